@@ -1,0 +1,11 @@
+// How the platform shows a web page.
+#pragma once
+
+#include <string>
+
+namespace kx::detail {
+
+/// The shell command that opens the URL appended to it; ends with a blank.
+std::string browserCommand();
+
+}  // namespace kx::detail

@@ -1,0 +1,7 @@
+#include "detail/browser.h"
+
+namespace kx::detail {
+
+std::string browserCommand() { return "open -a Safari "; }
+
+}  // namespace kx::detail

@@ -1,0 +1,17 @@
+// Conversion of a double to a 32-bit integer that is defined for every value.
+#pragma once
+
+#include <cstdint>
+#include <limits>
+
+namespace kx::detail {
+
+/// Truncates towards zero. A value outside the range of the result, and NaN, gives the smallest
+/// integer: what the x86 conversion instruction answers, and undefined in a plain cast.
+constexpr std::int32_t truncateToInt32(double value) {
+    constexpr double below = -2147483649.0, above = 2147483648.0;
+    return value > below && value < above ? static_cast<std::int32_t>(value)
+                                          : std::numeric_limits<std::int32_t>::min();
+}
+
+}  // namespace kx::detail

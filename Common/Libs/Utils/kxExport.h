@@ -1,0 +1,12 @@
+// Export marker of libkxUtils.
+//
+// The library is built with hidden symbols; what applications and plug-ins use carries KXUTILS_API.
+// The type information of such classes is visible too, so that a value or an exception made in one
+// shared object is recognised in another.
+#pragma once
+
+#define KXUTILS_API __attribute__((visibility("default")))
+
+/// Lets the compiler check a printf-style call: `format` and `first` are the positions (from 1) of
+/// the format string and of the first argument that it formats.
+#define KXUTILS_PRINTF(format, first) __attribute__((format(printf, format, first)))

@@ -1,0 +1,52 @@
+#include "kxMessage.h"
+
+#include "kxUtils.h"
+
+template bool getFromMessage<int>(const kxMessage&, const std::string&, int&);
+
+kxMessage::kxMessage(unsigned int id) : _id(id) {}
+
+kxMessage::kxMessage(unsigned int id, const std::string& name0, const boost::any& value0)
+    : _id(id) {
+    set(name0, value0, /*overwrite=*/true);
+}
+
+kxMessage::kxMessage(unsigned int id, const std::string& name0, const boost::any& value0,
+                     const std::string& name1, const boost::any& value1)
+    : kxMessage(id, name0, value0) {
+    set(name1, value1, /*overwrite=*/true);
+}
+
+kxMessage::kxMessage(unsigned int id, const std::string& name0, const boost::any& value0,
+                     const std::string& name1, const boost::any& value1, const std::string& name2,
+                     const boost::any& value2)
+    : kxMessage(id, name0, value0, name1, value1) {
+    set(name2, value2, /*overwrite=*/true);
+}
+
+kxMessage::kxMessage(const kxMessage& other) : _attributes(other._attributes) {}
+
+// Assigning a record to itself finds every name present and changes nothing.
+kxMessage& kxMessage::operator=(const kxMessage& other) {
+    _attributes.insert(other._attributes.begin(), other._attributes.end());
+    return *this;
+}
+
+void kxMessage::set(const std::string& name, const boost::any& value, bool overwrite) {
+    const auto [attribute, inserted] = _attributes.try_emplace(name, value);
+    if (!inserted && overwrite) attribute->second = value;
+}
+
+const boost::any& kxMessage::get(const std::string& name) const {
+    static const boost::any absent;
+    const auto attribute = _attributes.find(name);
+    return attribute == _attributes.end() ? absent : attribute->second;
+}
+
+void kxMessage::remove(const std::string& name) { _attributes.erase(name); }
+
+void kxMessage::clear() { _attributes.clear(); }
+
+bool kxMessage::exists(const std::string& name) const { return _attributes.count(name) != 0; }
+
+void kxMessage::printBT() { kxUtils::printBT(); }

@@ -1,0 +1,16 @@
+# kx_compile_options(TARGET): what every target of this project is compiled with.
+# Warnings become errors with CMake's own switch: -DCMAKE_COMPILE_WARNING_AS_ERROR=ON.
+function(kx_compile_options TARGET)
+  target_compile_options(${TARGET} PRIVATE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Wold-style-cast -Wundef)
+  set_target_properties(${TARGET} PROPERTIES CXX_EXTENSIONS OFF)
+  if(KXUTILS_SANITIZE)
+    target_compile_options(${TARGET} PRIVATE
+      -fsanitize=${KXUTILS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+    target_link_options(${TARGET} PRIVATE -fsanitize=${KXUTILS_SANITIZE})
+  endif()
+  if(KXUTILS_COVERAGE)
+    target_compile_options(${TARGET} PRIVATE --coverage)
+    target_link_options(${TARGET} PRIVATE --coverage)
+  endif()
+endfunction()

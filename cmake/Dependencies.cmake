@@ -1,0 +1,20 @@
+# Finds what the build needs; a missing package is named together with the command that installs it.
+function(kx_require PACKAGE DEBIAN_PACKAGE)
+  find_package(${PACKAGE} QUIET ${ARGN} GLOBAL)
+  if(NOT ${PACKAGE}_FOUND)
+    message(FATAL_ERROR
+      "kxUtils needs ${PACKAGE}; install it with: sudo apt-get install ${DEBIAN_PACKAGE}")
+  endif()
+endfunction()
+
+kx_require(Boost libboost-dev)
+kx_require(TBB libtbb-dev COMPONENTS tbbmalloc)
+if(KXUTILS_BUILD_TESTS)
+  kx_require(GTest libgtest-dev)
+endif()
+if(KXUTILS_BUILD_EXAMPLES)
+  kx_require(CLI11 libcli11-dev)
+endif()
+if(KXUTILS_BUILD_TESTS OR KXUTILS_SANITIZE)
+  kx_require(Threads libc6-dev)
+endif()

@@ -1,0 +1,66 @@
+// The test support's own tests: a helper that hides a failure would hide it in every test.
+#include "kxtest.h"
+
+#include <gtest/gtest.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <iostream>
+
+TEST(TempDir, IsRemovedWithItsContent) {
+    std::string path;
+    {
+        const kxtest::TempDir dir;
+        path = dir.path();
+        EXPECT_EQ(kxtest::slurp(dir.write("a/b.txt", std::string("x\0y", 3))),
+                  std::string("x\0y", 3));
+        EXPECT_EQ(kxtest::list(path), std::vector<std::string>{"a"});
+    }
+    EXPECT_FALSE(kxtest::exists(path));
+}
+
+TEST(Captured, SeesStdioStreamsAndDescriptors) {
+    kxtest::Captured out(stdout);
+    std::printf("one ");
+    std::fflush(stdout);
+    std::cout << "two " << std::flush;
+    ASSERT_EQ(write(1, "three", 5), 5);
+    EXPECT_EQ(out.text(), "one two three");
+}
+
+TEST(ScopedEnv, PutsBackSetAndUnset) {
+    unsetenv("KXTEST_A");
+    setenv("KXTEST_B", "old", 1);
+    {
+        const kxtest::ScopedEnv a("KXTEST_A", "1"), b("KXTEST_B", nullptr);
+        EXPECT_STREQ(getenv("KXTEST_A"), "1");
+        EXPECT_EQ(getenv("KXTEST_B"), nullptr);
+    }
+    EXPECT_EQ(getenv("KXTEST_A"), nullptr);
+    EXPECT_STREQ(getenv("KXTEST_B"), "old");
+}
+
+TEST(ScopedCwd, Returns) {
+    const auto before = std::filesystem::current_path();
+    {
+        const kxtest::TempDir dir;
+        const kxtest::ScopedCwd cwd(dir.path());
+        EXPECT_EQ(std::filesystem::current_path(), dir.path());
+    }
+    EXPECT_EQ(std::filesystem::current_path(), before);
+}
+
+TEST(Run, ReportsStreamsExitCodeAndEnvironment) {
+    const auto outcome = kxtest::run({"/bin/sh", "-c", "cat; echo \"$A\" >&2; pwd; exit 3"},
+                                     {{"A", "b c"}}, {"input\n", "/"});
+    EXPECT_EQ(outcome.exitCode, 3);
+    EXPECT_EQ(outcome.out, "input\n/\n");
+    EXPECT_EQ(outcome.err, "b c\n");
+    EXPECT_EQ(kxtest::run({"/bin/sh", "-c", "kill -9 $$"}).signal, 9);
+}
+
+TEST(Home, IsATemporaryDirectory) {
+    ASSERT_NE(getenv("HOME"), nullptr);
+    EXPECT_NE(std::string(getenv("HOME")).find("kxtest."), std::string::npos);
+}

@@ -1,0 +1,107 @@
+// Helpers shared by all tests. Everything a test changes in the process (environment, working
+// directory, redirected streams, files) is put back by the destructor of the object that changed
+// it.
+#pragma once
+
+#include <sys/types.h>
+
+#include <cstdio>
+#include <map>
+#include <string>
+#include <vector>
+
+namespace kxtest {
+
+/// A new directory below the system's temporary directory, as a canonical path (no symbolic links);
+/// removed with all that is in it by the destructor.
+class TempDir {
+public:
+    TempDir();
+    ~TempDir();
+    TempDir(const TempDir&) = delete;
+    TempDir& operator=(const TempDir&) = delete;
+
+    const std::string& path() const { return _path; }
+    /// path() + "/" + name; nothing is created.
+    std::string file(const std::string& name) const { return _path + "/" + name; }
+    /// Creates the file (and the directories above it) with `bytes`; returns its path.
+    std::string write(const std::string& name, const std::string& bytes) const;
+    /// Creates the directory; returns its path.
+    std::string makeDir(const std::string& name) const;
+
+private:
+    std::string _path;
+};
+
+/// The bytes of a file; fails the running test and returns "" if it cannot be read.
+std::string slurp(const std::string& path);
+bool exists(const std::string& path);
+/// Names in the directory, sorted, without "." and "..".
+std::vector<std::string> list(const std::string& directory);
+
+/// Sets (or, for a null value, unsets) an environment variable; the destructor puts it back.
+class ScopedEnv {
+public:
+    ScopedEnv(const char* name, const char* value);
+    ~ScopedEnv();
+    ScopedEnv(const ScopedEnv&) = delete;
+    ScopedEnv& operator=(const ScopedEnv&) = delete;
+
+private:
+    std::string _name, _old;
+    bool _wasSet;
+};
+
+/// Changes the working directory; the destructor returns to the earlier one.
+class ScopedCwd {
+public:
+    explicit ScopedCwd(const std::string& directory);
+    ~ScopedCwd();
+    ScopedCwd(const ScopedCwd&) = delete;
+    ScopedCwd& operator=(const ScopedCwd&) = delete;
+
+private:
+    int _old;
+};
+
+/// Redirects the descriptor of stdout or stderr to a temporary file, so that printf, streams and
+/// write(2) are all seen. text() flushes first and may be called repeatedly.
+class Captured {
+public:
+    explicit Captured(std::FILE* stream);
+    ~Captured();
+    Captured(const Captured&) = delete;
+    Captured& operator=(const Captured&) = delete;
+
+    std::string text();
+
+private:
+    std::FILE* _stream;
+    int _saved, _file;
+};
+
+/// What a child process left behind. exitCode is -1 if a signal ended it.
+struct Outcome {
+    int exitCode = -1;
+    int signal = 0;
+    std::string out, err;
+};
+
+struct RunOptions {
+    std::string input;      ///< standard input; empty: the null device
+    std::string directory;  ///< working directory; empty: the caller's
+};
+
+/// Runs argv[0] (a path; PATH is not searched) and waits. The environment is exactly `environment`
+/// plus the sanitizers' own option variables.
+Outcome run(const std::vector<std::string>& argv,
+            const std::map<std::string, std::string>& environment = {},
+            const RunOptions& options = {});
+
+/// True for the super-user, to whom the system refuses no access.
+bool isRoot();
+/// True when the program is compiled with AddressSanitizer or ThreadSanitizer, which bring an
+/// allocator and interceptors of their own.
+bool underSanitizer();
+
+}  // namespace kxtest

@@ -7,6 +7,6 @@
 
 #define KXUTILS_API __attribute__((visibility("default")))
 
-/// Lets the compiler check a printf-style call: `format` and `first` are the positions (from 1) of
+/// Lets the compiler check a printf-style call: `text` and `first` are the positions (from 1) of
 /// the format string and of the first argument that it formats.
-#define KXUTILS_PRINTF(format, first) __attribute__((format(printf, format, first)))
+#define KXUTILS_PRINTF(text, first) __attribute__((__format__(__printf__, text, first)))

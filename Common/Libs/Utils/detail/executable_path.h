@@ -1,0 +1,12 @@
+// The running executable's path.
+#pragma once
+
+#include <string>
+
+namespace kx::detail {
+
+/// The path as the system gives it (it may hold symbolic links), of up to 1023 characters; "" if
+/// the system does not give it or it is longer.
+std::string executablePath();
+
+}  // namespace kx::detail

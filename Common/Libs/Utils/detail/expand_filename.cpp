@@ -1,0 +1,118 @@
+#include "detail/expand_filename.h"
+
+#include <pwd.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+
+#include "detail/ascii.h"
+#include "kxLog.h"
+
+namespace kx::detail {
+namespace {
+
+constexpr bool isNameCharacter(char c) {
+    return isDigit(c) || isUpper(c) || isLower(c) || c == '_';
+}
+
+// The position of the first of `terminators` from `begin` on, or the end.
+std::size_t findEnd(const std::string& path, std::size_t begin, const char* terminators) {
+    return std::min(path.find_first_of(terminators, begin), path.size());
+}
+
+// A piece of the path that is replaced: what it names and where the text goes on behind it.
+struct Reference {
+    std::string name;
+    std::size_t next = 0;
+};
+
+// "$(NAME)" or "${NAME}" at `position`. Goes on behind the closing bracket, or, where another
+// character stands in its place, behind that one.
+Reference bracketed(const std::string& path, std::size_t position, char closing) {
+    const char terminators[] = {closing, ' ', '\0'};
+    const std::size_t begin = position + 2, end = findEnd(path, begin, terminators);
+    Reference reference{path.substr(begin, end - begin), end + 1};
+    if (end == path.size() || path[end] != closing)
+        kxLog::error("expandFilename: syntax error in env.var %s!", reference.name.c_str());
+    return reference;
+}
+
+// "$..." at `position`.
+Reference variable(const std::string& path, std::size_t position) {
+    const std::size_t begin = position + 1;
+    if (begin < path.size() && path[begin] == '(') return bracketed(path, position, ')');
+    if (begin < path.size() && path[begin] == '{') return bracketed(path, position, '}');
+    std::size_t end = begin;
+    while (end < path.size() && isNameCharacter(path[end])) ++end;
+    return {path.substr(begin, end - begin), end};
+}
+
+// "~" or "~user" at `position`; an empty name stands for the effective user.
+Reference user(const std::string& path, std::size_t position) {
+    const std::size_t begin = position + 1, end = findEnd(path, begin, "/ ");
+    return {path.substr(begin, end - begin), end};
+}
+
+// A zero byte ends a name for the system's calls, so a name that holds one names nothing.
+bool canBeNamed(const std::string& name) { return name.find('\0') == std::string::npos; }
+
+const char* valueOf(const std::string& name) {
+    return canBeNamed(name) ? std::getenv(name.c_str()) : nullptr;
+}
+
+const char* homeOf(const std::string& name) {
+    if (!canBeNamed(name)) return nullptr;
+    const passwd* const entry = name.empty() ? getpwuid(geteuid()) : getpwnam(name.c_str());
+    return entry ? entry->pw_dir : nullptr;
+}
+
+// A tilde stands for a home directory only where a command shell would begin a word.
+bool beginsWord(const std::string& path, std::size_t position) {
+    return position == 0 ||
+           std::string_view("\t ;<>|").find(path[position - 1]) != std::string_view::npos;
+}
+
+const std::string& refuseAsTooLong(const std::string& path) {
+    std::fputs("kxFile::expandFilename: skipped expanding environment variable, path too long!\n",
+               stderr);
+    return path;
+}
+
+}  // namespace
+
+std::string expandFilename(const std::string& path, std::size_t limit) {
+    if (path.size() > limit) return refuseAsTooLong(path);
+
+    std::string result;
+    std::size_t position = 0;
+    while (position < path.size()) {
+        const char c = path[position];
+        const char* value = nullptr;
+        Reference reference;
+        if (c == '$') {
+            reference = variable(path, position);
+            value = valueOf(reference.name);
+        } else if (c == '~' && beginsWord(path, position)) {
+            reference = user(path, position);
+            value = homeOf(reference.name);
+        } else {
+            const std::size_t end = findEnd(path, position + 1, "$~");
+            result.append(path, position, end - position);
+            position = end;
+            continue;
+        }
+        if (!value) {
+            kxLog::error("expandFilename: couldn't expand env.var %s!", reference.name.c_str());
+            return path;
+        }
+        result += value;
+        if (result.size() > limit) return refuseAsTooLong(path);
+        position = reference.next;
+    }
+    return result.size() > limit ? refuseAsTooLong(path) : result;
+}
+
+}  // namespace kx::detail

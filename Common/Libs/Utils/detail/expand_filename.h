@@ -1,0 +1,12 @@
+// Expansion of environment variables and home directories in a path.
+#pragma once
+
+#include <string>
+
+namespace kx::detail {
+
+/// See kxFile::expandFilename. `limit` is the greatest length, in characters, of the path and of
+/// the result.
+std::string expandFilename(const std::string& path, std::size_t limit);
+
+}  // namespace kx::detail

@@ -1,0 +1,47 @@
+// An open file that closes itself and leaves the error number of the call that failed.
+#pragma once
+
+#include <cerrno>
+#include <cstdio>
+#include <string>
+
+namespace kx::detail {
+
+/// Keeps errno across calls that may overwrite it.
+class ErrnoKeeper {
+public:
+    ErrnoKeeper() : _saved(errno) {}
+    ~ErrnoKeeper() { errno = _saved; }
+    ErrnoKeeper(const ErrnoKeeper&) = delete;
+    ErrnoKeeper& operator=(const ErrnoKeeper&) = delete;
+
+private:
+    int _saved;
+};
+
+/// Owns a FILE*. Closing it implicitly keeps errno; close() reports whether closing succeeded.
+class FileHandle {
+public:
+    FileHandle(const std::string& path, const char* mode) : _file(std::fopen(path.c_str(), mode)) {}
+    ~FileHandle() {
+        if (!_file) return;
+        const ErrnoKeeper keeper;
+        std::fclose(_file);
+    }
+    FileHandle(const FileHandle&) = delete;
+    FileHandle& operator=(const FileHandle&) = delete;
+
+    explicit operator bool() const { return _file != nullptr; }
+    std::FILE* get() const { return _file; }
+
+    bool close() {
+        std::FILE* const file = _file;
+        _file = nullptr;
+        return std::fclose(file) == 0;
+    }
+
+private:
+    std::FILE* _file;
+};
+
+}  // namespace kx::detail

@@ -1,0 +1,483 @@
+#include "kxFile.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+
+#include "detail/ascii.h"
+#include "detail/expand_filename.h"
+#include "detail/file_handle.h"
+#include "detail/relative_path.h"
+#include "detail/tmp_name.h"
+#include "kxLog.h"
+#include "kxMessage.h"
+#include "kxUtils.h"
+
+using kx::detail::ErrnoKeeper;
+using kx::detail::FileHandle;
+
+kxFile* kxFile::_me = nullptr;
+std::string kxFile::_tmp_envvar_name;
+std::vector<std::string> kxFile::_tmp_files;
+
+namespace {
+
+constexpr std::size_t maxPath = 2047;  // characters in the buffers that paths are composed in
+
+constexpr mode_t allPermissions = 0777;  // less the umask
+
+}  // namespace
+
+void kxFile::init() {
+    static kxFile kxfile;
+    _me = &kxfile;
+}
+
+// --- Path names ----------------------------------------------------------------------------------
+
+std::string kxFile::getFileName(const std::string& path) {
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? path : path.substr(slash + 1);
+}
+
+std::string kxFile::getFilePath(const std::string& path) {
+    if (path.empty()) return {};
+    const std::size_t slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash);
+}
+
+std::string kxFile::getExtension(const std::string& path) {
+    const std::size_t dot = path.rfind('.');
+    return dot == std::string::npos ? std::string() : kx::detail::toLower(path.substr(dot + 1));
+}
+
+std::string kxFile::getBaseName(const std::string& path) {
+    std::string name = getFileName(path);
+    const std::size_t dot = name.rfind('.');
+    if (dot != std::string::npos) name.resize(dot);
+    return name;
+}
+
+std::string kxFile::setExtension(const std::string& path, const std::string& extension) {
+    const std::size_t dot = path.rfind('.');
+    const std::size_t kept = std::min(dot, path.size());
+    std::string result;
+    result.reserve(kept + 1 + extension.size());
+    return result.append(path, 0, kept).append(1, '.').append(extension);
+}
+
+bool kxFile::hasExtension(const std::string& path, const std::string& extension) {
+    if (extension.empty() || path.size() < extension.size()) return false;
+    return std::equal(extension.rbegin(), extension.rend(), path.rbegin(), [](char a, char b) {
+        return kx::detail::toLower(a) == kx::detail::toLower(b);
+    });
+}
+
+std::string kxFile::getExtensionFromFilter(const std::string& filter) {
+    const std::size_t dot = filter.rfind('.');
+    if (dot == std::string::npos) return {};
+    const std::size_t blank = std::min(filter.find(' ', dot), filter.size());
+    return kx::detail::toLower(filter.substr(dot, blank - dot));
+}
+
+std::string kxFile::convertSeparators(const std::string& path) { return path; }
+
+std::string kxFile::convertToUnixSeparators(const std::string& path) {
+    std::string result = path;
+    std::replace(result.begin(), result.end(), '\\', '/');
+    return result;
+}
+
+bool kxFile::isRelative(const std::string& path) {
+    return !path.empty() && path[0] != '/' && path[0] != '$';
+}
+
+std::string kxFile::abs2Rel(const std::string& base, const std::string& path) {
+    if (isRelative(path)) return path;
+    if (base.empty() || path.empty()) return {};
+
+    const std::string unixPath = convertToUnixSeparators(path);
+    if (unixPath[0] == '$') return unixPath.size() >= maxPath ? path : convertSeparators(unixPath);
+
+    const std::string unixBase = convertToUnixSeparators(base);
+    if (unixBase[0] != '/') return {};
+
+    std::string result;
+    if (!kx::detail::composeRelative(unixBase, unixPath, maxPath - 1, result)) return path;
+    return convertSeparators(result.find(unixPath) == std::string::npos ? result : unixPath);
+}
+
+std::string kxFile::rel2Abs(const std::string& base, const std::string& path) {
+    if (base.empty() || path.empty()) return {};
+
+    const std::string unixPath = convertToUnixSeparators(path);
+    if (!isRelative(unixPath)) return convertSeparators(unixPath.substr(0, maxPath));
+
+    const std::string unixBase = convertToUnixSeparators(base);
+    const bool hasDrive = unixBase.size() > 1 && unixBase[1] == ':';
+    if (unixBase[0] != '/' && !hasDrive) return {};
+    if (unixBase.size() + 1 + unixPath.size() > maxPath) return {};
+    return convertSeparators(unixBase + '/' + unixPath);
+}
+
+void kxFile::makeValidFileName(std::string& name) {
+    static constexpr char reservedChars[] = {'<', '>', ':', '"', '/', '\\', '|', '?', '*'};
+
+    if (name.empty()) return;
+    if (name.back() == '.' || name.back() == ' ') name.pop_back();
+    if (!name.empty() && name.front() == '.') name.erase(0, 1);
+    const auto isReserved = [](char c) {
+        return std::find(std::begin(reservedChars), std::end(reservedChars), c) !=
+               std::end(reservedChars);
+    };
+    name.erase(std::remove_if(name.begin(), name.end(), isReserved), name.end());
+}
+
+bool kxFile::isumlaut(const std::string& text) {
+    return std::any_of(text.begin(), text.end(),
+                       [](char c) { return static_cast<unsigned char>(c) >= 0xA1; });
+}
+
+// --- Working directory ---------------------------------------------------------------------------
+
+std::string kxFile::getCurrentDir() {
+    char buffer[maxPath + 1];
+    return getcwd(buffer, sizeof buffer) ? buffer : "";
+}
+
+void kxFile::setCurrentDir(const std::string& directory) {
+    if (directory.empty()) return;
+    [[maybe_unused]] const int failed = chdir(directory.c_str());
+}
+
+// --- Expansion -----------------------------------------------------------------------------------
+
+std::string kxFile::expandFilename(const std::string& path) {
+    return kx::detail::expandFilename(path, maxPath);
+}
+
+// --- File operations -----------------------------------------------------------------------------
+
+bool kxFile::exists(const std::string& path, bool /*ignored1*/, bool /*ignored2*/) {
+    struct stat info {};
+    return !path.empty() && stat(path.c_str(), &info) == 0;
+}
+
+namespace {
+
+// Shows and logs why a check failed, as far as the caller wants it; errno stays that of the
+// failure.
+void report(const std::string& text, bool ask, bool log, const char* origin) {
+    const ErrnoKeeper keeper;
+    if (ask) {
+        kxMessage message(0, "text", text);
+        kxUtils::call("showMainWarning", message);
+    }
+    if (log) kxLog::error("%s %s", origin, text.c_str());
+}
+
+std::string wrongPermissions(const std::string& path, const char* what) {
+    return "File '" + path + "' is not " + what + " (wrong permissions)!";
+}
+
+// True if the user lets the file be overwritten; a host that does not answer lets it pass.
+bool mayOverwrite(const std::string& path) {
+    kxMessage message;
+    message.set("text", "File '" + path + "' already exists!\nOverwrite file?", true);
+    message.set("button0", std::string("&Yes"), true);
+    message.set("button1", std::string("&No"), true);
+    message.set("button2", std::string("Cancel"), true);
+    message.set("default button", 0, true);
+    message.set("escape button", 2, true);
+    kxUtils::call("showMainWarning", message);
+    int button = 0;
+    getFromMessage(message, "button", button);
+    return button < 1;
+}
+
+bool canCreate(const std::string& path) {
+    FileHandle file(path, "wb");
+    if (!file) return false;
+    file.close();
+    unlink(path.c_str());
+    return true;
+}
+
+bool makeDir(const std::string& path) { return mkdir(path.c_str(), allPermissions) == 0; }
+
+// The size of an open file, its position put back to the start; -1 if it has none (a directory, a
+// pipe).
+off_t sizeOf(std::FILE* file) {
+    struct stat info {};
+    if (fstat(fileno(file), &info) != 0) return -1;
+    if (S_ISDIR(info.st_mode)) {  // opens for reading, and some report an end of 2^63 - 1
+        errno = EISDIR;
+        return -1;
+    }
+    if (fseeko(file, 0, SEEK_END) != 0) return -1;
+    const off_t size = ftello(file);
+    return size >= 0 && fseeko(file, 0, SEEK_SET) == 0 ? size : -1;
+}
+
+template <typename Container>
+bool readWhole(const std::string& path, Container& content) {
+    content.clear();
+    if (path.empty()) return false;
+    const FileHandle file(path, "rb");
+    if (!file) return false;
+    const off_t size = sizeOf(file.get());
+    if (size <= 0) return false;
+    content.resize(static_cast<std::size_t>(size));
+    if (std::fread(content.data(), 1, content.size(), file.get()) == 0) {
+        content.clear();
+        return false;
+    }
+    return true;
+}
+
+bool writeWhole(const std::string& path, const std::string& content, const char* mode) {
+    if (path.empty()) return false;
+    FileHandle file(path, mode);
+    if (!file) return false;
+    // Without a buffer every byte goes to the system here, where its answer can be heard.
+    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    return std::fwrite(content.data(), 1, content.size(), file.get()) == content.size() &&
+           file.close();
+}
+
+}  // namespace
+
+bool kxFile::checkRead(const std::string& path, bool ask, bool log) {
+    if (path.empty()) return false;
+    if (!exists(path)) {
+        report("File '" + path + "' doesn't exist!", ask, log, "checkRead::");
+        return false;
+    }
+    if (!FileHandle(path, "rb")) {
+        report(wrongPermissions(path, "readable"), ask, log, "checkRead::");
+        return false;
+    }
+    return true;
+}
+
+bool kxFile::checkWrite(const std::string& path, bool ask, bool log) {
+    if (path.empty()) return false;
+    const bool isThere = exists(path);
+    if (isThere && ask && !mayOverwrite(path)) return false;
+    if (isThere ? access(path.c_str(), W_OK) == 0 : canCreate(path)) return true;
+    report(wrongPermissions(path, "writable"), ask, log, "checkWrite:");
+    return false;
+}
+
+bool kxFile::createDir(const std::string& path) { return !path.empty() && makeDir(path); }
+
+bool kxFile::createPath(const std::string& path) {
+    if (path.empty()) return false;
+    const std::string unixPath = convertToUnixSeparators(path);
+
+    // One or two slashes in front belong to the first component ("//server").
+    std::size_t end = unixPath.find_first_not_of('/');
+    if (end == std::string::npos) return true;
+    std::string prefix(std::min<std::size_t>(end, 2), '/');
+
+    int firstError = 0;
+    for (std::size_t begin = end; begin != std::string::npos;
+         begin = unixPath.find_first_not_of('/', end)) {
+        const bool isFirst = begin == unixPath.find_first_not_of('/');
+        end = std::min(unixPath.find('/', begin), unixPath.size());
+        if (!isFirst) prefix += '/';
+        prefix.append(unixPath, begin, end - begin);
+        if (!exists(prefix) && !makeDir(prefix) && !isFirst && firstError == 0) firstError = errno;
+    }
+    if (firstError != 0) errno = firstError;
+    return firstError == 0;
+}
+
+bool kxFile::remove(const std::string& path) {
+    if (path.empty()) return false;
+    return !exists(path) || std::remove(path.c_str()) == 0;
+}
+
+bool kxFile::rename(const std::string& directory, const std::string& oldName,
+                    const std::string& newName) {
+    if (directory.empty() || oldName.empty() || newName.empty()) return false;
+    const std::string from = directory + '/' + oldName, to = directory + '/' + newName;
+    return exists(from) && std::rename(from.c_str(), to.c_str()) == 0;
+}
+
+void kxFile::perror(const std::string& text) {
+    const ErrnoKeeper keeper;
+    kxLog::error("%s: %s", text.c_str(), std::strerror(errno));
+}
+
+bool kxFile::read(const std::string& path, char* buffer) {
+    if (path.empty() || !buffer) return false;
+    const FileHandle file(path, "rb");
+    if (!file) return false;
+    const off_t size = sizeOf(file.get());
+    return size > 0 && std::fread(buffer, 1, static_cast<std::size_t>(size), file.get()) > 0;
+}
+
+bool kxFile::read(const std::string& path, std::string& content) {
+    return readWhole(path, content);
+}
+
+bool kxFile::read(const std::string& path, std::vector<char>& content) {
+    return readWhole(path, content);
+}
+
+bool kxFile::write(const std::string& path, const std::string& content) {
+    return writeWhole(path, content, "wb");
+}
+
+bool kxFile::append(const std::string& path, const std::string& content) {
+    return writeWhole(path, content, "ab");
+}
+
+bool kxFile::copy(const std::string& source, const std::string& destination) {
+    const FileHandle in(source, "rb");
+    if (!in) return false;
+    const FileHandle out(destination, "wb");
+    if (!out) return false;
+    char chunk[1024];
+    std::size_t n = sizeof chunk;
+    while (n == sizeof chunk) {
+        n = std::fread(chunk, 1, sizeof chunk, in.get());
+        std::fwrite(chunk, 1, n, out.get());
+    }
+    return true;
+}
+
+std::uint64_t kxFile::getFileSize(const std::string& path) {
+    if (path.empty()) return 0;
+    const FileHandle file(path, "rb");
+    if (!file) return 0;
+    return static_cast<std::uint64_t>(std::max<off_t>(sizeOf(file.get()), 0));
+}
+
+std::streamoff kxFile::convertStreamPosToStreamOff(const std::streampos& position) {
+    return position;
+}
+
+// --- Temporary files -----------------------------------------------------------------------------
+
+namespace {
+
+// Makes `directory` the value of the variable `name` for this process and its children.
+void publish(const std::string& name, const std::string& directory) {
+    static std::string envar;  // putenv keeps the pointer
+    envar = name + '=' + directory;
+    putenv(envar.data());
+}
+
+// Where the library's own choice of a temporary directory is made and published.
+void chooseTmpDir(const std::string& variable, const std::string& name) {
+    const std::string shared = "/tmp/" + name;
+    if (kxFile::exists(shared) || kxFile::createDir(shared)) {
+        publish(variable, shared);
+        return;
+    }
+    kxLog::warning("Couldn't create tmp directory '%s'", shared.c_str());
+
+    const std::string own = kxFile::expandFilename("$TALO_ROOT/tmp");
+    if (kxFile::exists(own)) return;  // deliberately not published
+    if (kxFile::createDir(own))
+        publish(variable, own);
+    else
+        kxLog::warning("Couldn't create tmp directory '%s'", own.c_str());
+}
+
+}  // namespace
+
+void kxFile::initTmpDir(const std::string& name) {
+    if (name.empty()) {
+        kxLog::warning("kxFile::initTmpDir: dirname is empty.\n");
+        return;
+    }
+    static bool initialized = false;
+    if (initialized) return;
+    initialized = true;
+    _tmp_envvar_name += "TALO_TMP_DIR";
+
+    const char* const chosen = std::getenv(_tmp_envvar_name.c_str());
+    if (!chosen)
+        chooseTmpDir(_tmp_envvar_name, name);
+    else if (!exists(chosen) && !createDir(chosen))
+        kxLog::warning("Couldn't create tmp directory '%s'", chosen);
+
+    const char* const value = std::getenv(_tmp_envvar_name.c_str());
+    kxLog::info("%s = '%s'", _tmp_envvar_name.c_str(), value ? value : "(null)");
+}
+
+std::string kxFile::getTmpDir() {
+    initTmpDir("talo");
+    const char* const directory = std::getenv(_tmp_envvar_name.c_str());
+    if (directory) return directory;
+    kxLog::info("kxFile::getTmpDir: Couldn't get tmp dir!");
+    return {};
+}
+
+std::string kxFile::getTeamcenterTmpDir() {
+    std::string base = getTmpDir();
+    if (base.empty()) {
+        kxLog::warning("kxFile::getTeamcenterTmpDir : Couldn't get base tmp dir!");
+        return {};
+    }
+    std::string directory = base + "/teamcenter";
+    if (exists(directory) || createDir(directory)) return directory;
+    kxLog::warning("kxFile::getTeamcenterTmpDir : Couldn't create teamcenter tmp dir!");
+    return base;
+}
+
+std::string kxFile::getTmpName(const std::string& directory, const std::string& prefix) {
+    static std::uint32_t count = 0;
+    return kx::detail::nextFreeName(directory, prefix, count);
+}
+
+void kxFile::addTmpFile(const std::string& path) {
+    if (!path.empty()) _tmp_files.push_back(path);
+}
+
+bool kxFile::removeTmpFile(const std::string& name) {
+    return !name.empty() && remove(getTmpDir() + '/' + getFileName(name));
+}
+
+void kxFile::removeTmpFiles() {
+    for (const std::string& path : _tmp_files) remove(path);
+    _tmp_files.clear();
+}
+
+void kxFile::clearTmpDir() { kxLog::error("kxFile::clearTmpDir: NOT IMPLEMENTED YET!"); }
+
+// --- External commands ---------------------------------------------------------------------------
+
+bool kxFile::execute(const std::string& command, bool wait,
+                     void (* /*progress*/)(unsigned int, void*), void* /*data*/) {
+    if (command.empty()) return false;
+    return std::system((wait ? command : command + " &").c_str()) == 0;
+}
+
+bool kxFile::executeW(const std::string& command, bool wait, void (*progress)(unsigned int, void*),
+                      void* data) {
+    return execute(command.c_str(), wait, progress, data);
+}
+
+int kxFile::execute_no_output(const std::string& command) {
+    std::FILE* const output = popen(command.c_str(), "r");
+    if (!output) return 0;
+    char line[1024];
+    while (std::fgets(line, sizeof line, output)) {
+    }
+    std::puts("Close and waiting for subprocess to end...");
+    return pclose(output);
+}
+
+std::string kxFile::pathfind(const std::string& a, const std::string& b, const std::string& /*c*/) {
+    if (!a.empty() && !b.empty()) kxLog::error("kxFile::pathfind : NIY!\n");
+    return {};
+}

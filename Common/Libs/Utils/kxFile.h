@@ -1,0 +1,274 @@
+// Path names, file operations, temporary files, file checksums and external commands.
+#pragma once
+
+#include <cstdint>
+#include <ios>
+#include <string>
+#include <vector>
+
+#include "kxExport.h"
+
+/// Static functions on paths and files.
+///
+/// Paths are byte strings with "/" as separator, handed to the operating system unchanged. A
+/// failure is a result (false, 0, an empty string); what is reported besides stands at each
+/// function. Nothing but std::bad_alloc is thrown, with the one exception named at checkChecksum.
+class KXUTILS_API kxFile {
+public:
+    /// Creates the one instance, once, and stores its address in `_me`; any thread may call it.
+    static void init();
+
+    /// The instance that init() created, for callers that want to hold an object; the library does
+    /// not read it. Null before init().
+    static kxFile* _me;
+
+    // --- Path names ------------------------------------------------------------------------------
+    // Work on the text alone: no file is touched, no lock taken; any thread may call them. Bytes
+    // are compared as they are; case is folded for A-Z only, whatever the locale.
+
+    /// What follows the last slash.
+    ///
+    ///     "/a/b.txt" -> "b.txt"    "b.txt" -> "b.txt"    "dir/" -> ""
+    static std::string getFileName(const std::string& path);
+
+    /// What stands before the last slash.
+    ///
+    ///     "/a/b.txt" -> "/a"    "file" -> "."    "" -> ""    "/file" -> ""   (deliberate: not "/")
+    static std::string getFilePath(const std::string& path);
+
+    /// The text after the last dot, in lower case. The dot is searched for in the whole path, also
+    /// before a slash (deliberate).
+    ///
+    ///     "Archive.TAR.GZ" -> "gz"    "name." -> ""    "name" -> ""    "dir.d/file" -> "d/file"
+    static std::string getExtension(const std::string& path);
+
+    /// The file name without its extension; case is kept.
+    ///
+    ///     "/x/a.b.c" -> "a.b"    "name" -> "name"    ".profile" -> ""
+    static std::string getBaseName(const std::string& path);
+
+    /// Replaces what follows the last dot, or appends a dot and `extension` (which comes without
+    /// its dot). As in getExtension the dot may stand before a slash (deliberate).
+    ///
+    ///     "a.txt", "png" -> "a.png"    "a", "png" -> "a.png"    "", "png" -> ".png"
+    ///     "a.txt", ""    -> "a."       "x.d/file", "png" -> "x.png"
+    static std::string setExtension(const std::string& path, const std::string& extension);
+
+    /// True if the path ends in `extension`, ignoring case. No dot is required or added:
+    /// "foobar" has the extension "bar", and ".gz" is a suffix of three characters like any other.
+    /// False if either argument is empty.
+    static bool hasExtension(const std::string& path, const std::string& extension);
+
+    /// The extension, with its dot and in lower case, of an entry of a file dialog's filter list.
+    ///
+    ///     "*.OSB Scene files" -> ".osb"    "*" -> ""    "*." -> "."
+    ///     "Scenes (*.osb)"    -> ".osb)"   (deliberate: a bracket is kept)
+    static std::string getExtensionFromFilter(const std::string& filter);
+
+    /// The path in the platform's separators: on this platform the path unchanged.
+    static std::string convertSeparators(const std::string& path);
+
+    /// A copy with every backslash turned into a slash.
+    static std::string convertToUnixSeparators(const std::string& path);
+
+    /// True unless the path is empty or begins with a slash or a dollar sign (a path that begins
+    /// with an environment variable will be expanded). "C:/x" counts as relative.
+    static bool isRelative(const std::string& path);
+
+    /// `path` as seen from the directory `base`. Both are compared byte by byte; "." and ".." in
+    /// them are not interpreted; backslashes count as slashes.
+    ///
+    ///     "/usr/local/lib", "/usr/src/sys" -> "../../src/sys"    "/usr", "/usr/src/sys" ->
+    ///     "src/sys"
+    ///     "/a/b", "/a/b"  -> "."       "/a/b/", "/a/b/" -> "./"    "/usr/src/sys", "/usr" ->
+    ///     "../.." any, "x\y"      -> "x\y"     (a relative path comes back as passed in) any,
+    ///     "$ROOT/x"  -> "$ROOT/x"
+    ///     "", "/a"        -> ""        any, "" -> ""        "rel", "/a" -> ""
+    ///
+    /// Deliberate: a result that contains the whole path is replaced by the path ("/a/c", "/b"
+    /// gives
+    /// "/b" and not "../../b"). A result of more than 2046 characters is refused: `path` comes
+    /// back.
+    static std::string abs2Rel(const std::string& base, const std::string& path);
+
+    /// `path` below the directory `base`, joined with one slash and not normalised; backslashes
+    /// become slashes.
+    ///
+    ///     "/a", "b" -> "/a/b"    "/a/", "b" -> "/a//b"    "/a/b", "../c" -> "/a/b/../c"
+    ///     any, "/x" -> "/x"      any, "$V/x" -> "$V/x"    "C:\p", "x\y" -> "C:/p/x/y"
+    ///     "rel", "b" -> ""       "", "b" -> ""            "/a", "" -> ""
+    ///
+    /// An absolute path is cut at 2047 characters; a joined result that would be longer is refused
+    /// ("") rather than cut, since a cut path names another file.
+    static std::string rel2Abs(const std::string& base, const std::string& path);
+
+    /// Makes `name` a valid file name, in place: removes one trailing dot or space, one leading
+    /// dot, then every one of the characters < > : " / \ | ? *
+    ///
+    ///     "a:b" -> "ab"    "a.." -> "a."    "." -> ""    ".a?b*. " -> "ab."
+    static void makeValidFileName(std::string& name);
+
+    /// True if a byte of the text is 161 (0xA1) or greater.
+    static bool isumlaut(const std::string& text);
+
+    // --- Working directory -----------------------------------------------------------------------
+    // Process-wide and not guarded.
+
+    /// The working directory; "" if it cannot be read or is longer than 2047 characters.
+    static std::string getCurrentDir();
+
+    /// Changes the working directory. An empty path is ignored; a failure is not reported.
+    static void setCurrentDir(const std::string& directory);
+
+    // --- Expansion -------------------------------------------------------------------------------
+
+    /// Replaces environment variables and home directories in a path, in one pass (what a value
+    /// contains is not expanded again).
+    ///
+    ///     "$NAME", "${NAME}", "$(NAME)"  the variable's value
+    ///     "~", "~/x"                     home directory of the effective user, from the user
+    ///                                    database (never from $HOME)
+    ///     "~user", "~user/x"             home directory of that user
+    ///
+    /// A tilde counts at the start and after a tab, a blank or one of ; < > | only.
+    ///
+    /// All or nothing: where a variable is not set or a user unknown the path comes back unchanged
+    /// and the log gets an error. Note that this makes "$HOME" expand to "$HOME", not to "", where
+    /// HOME is not set. A bracket that is not closed is logged and read as if it were, swallowing
+    /// the character after the name. A path of 2048 or more characters, and one whose expansion
+    /// would be, comes back unchanged with a message on standard error.
+    ///
+    /// Threads: as safe as getenv and getpwnam are beside whatever else the process does.
+    static std::string expandFilename(const std::string& path);
+
+    // --- File operations -------------------------------------------------------------------------
+    // No locks. After a failure errno is that of the call that failed, so perror() can follow.
+
+    /// True if the path is not empty and leads to a file, a directory or anything else. The flags
+    /// are accepted and ignored.
+    static bool exists(const std::string& path, bool ignored1 = false, bool ignored2 = false);
+
+    /// True if the file exists and can be opened for reading. Otherwise, except for an empty path,
+    /// `ask` shows the reason to the user through the host and `log` logs it as an error.
+    static bool checkRead(const std::string& path, bool ask, bool log);
+
+    /// True if the file may be written. A file that does not exist is created and deleted again to
+    /// find out. For one that exists `ask` first lets the user refuse through the host (a host that
+    /// cannot ask lets it pass); then its access rights are tested. Where writing is impossible,
+    /// `ask` shows the reason and `log` logs it as an error; a refusal is not logged.
+    static bool checkWrite(const std::string& path, bool ask, bool log);
+
+    /// Creates one directory (mode 0777 less the umask), no parents. False if it exists already.
+    static bool createDir(const std::string& path);
+
+    /// Creates every missing directory along the path; backslashes count as slashes. True if all
+    /// exist in the end, apart from the first component, whose creation may fail (it is often a
+    /// volume). The walk goes on after a failure; errno is that of the first. False for "";
+    /// true for a path of slashes only.
+    static bool createPath(const std::string& path);
+
+    /// Removes a file or an empty directory. True also if nothing exists at the path; false for "".
+    static bool remove(const std::string& path);
+
+    /// Renames `directory`/`oldName` to `directory`/`newName`, replacing a file of that name. False
+    /// if one of the three is empty or nothing of the old name exists.
+    static bool rename(const std::string& directory, const std::string& oldName,
+                       const std::string& newName);
+
+    /// Logs "text: description of errno" as an error; errno is kept.
+    static void perror(const std::string& text);
+
+    /// Reads the whole file into `buffer`, the caller's, of at least getFileSize(path) bytes. True
+    /// if at least one byte was read: false for an empty file, a directory, "" or a null buffer.
+    /// A short read is not detected.
+    static bool read(const std::string& path, char* buffer);
+
+    /// Replaces `content` by the file's bytes. True if at least one byte was read; otherwise
+    /// `content` is empty. A file that shrinks while it is read leaves zero bytes at the end.
+    static bool read(const std::string& path, std::string& content);
+    static bool read(const std::string& path, std::vector<char>& content);
+
+    /// Creates or truncates the file and writes `content`. True only if the system has taken every
+    /// byte: a full disk gives false whatever the size.
+    static bool write(const std::string& path, const std::string& content);
+
+    /// As write(), but appends to a file that exists.
+    static bool append(const std::string& path, const std::string& content);
+
+    /// Copies a file in chunks of 1024 bytes, replacing the destination. False if one of the two
+    /// cannot be opened. Deliberate: an error while writing is NOT detected (read the copy back, or
+    /// compare sizes, where it matters), and a file copied onto itself is emptied.
+    static bool copy(const std::string& source, const std::string& destination);
+
+    /// The file's size in bytes; 0 for "", a directory and a file that cannot be opened.
+    static std::uint64_t getFileSize(const std::string& path);
+
+    /// The plain offset of a stream position, without its conversion state.
+    static std::streamoff convertStreamPosToStreamOff(const std::streampos& position);
+
+    // --- Temporary files -------------------------------------------------------------------------
+    // One directory per process, published in the environment variable TALO_TMP_DIR so that child
+    // processes and plug-ins find the same place. Main thread only.
+
+    /// Chooses the directory, once in the life of the process (an empty name is refused with a
+    /// warning and does not count). A TALO_TMP_DIR set by the user wins and is never changed;
+    /// otherwise "/tmp/" + `name` is used, or else "$TALO_ROOT/tmp". A directory that is missing is
+    /// created; what cannot be created is logged as a warning.
+    ///
+    /// Deliberate: a "$TALO_ROOT/tmp" that exists already is not published, so that getTmpDir()
+    /// then has no directory to report.
+    static void initTmpDir(const std::string& name);
+
+    /// The temporary directory, after initTmpDir("talo") if none was chosen yet. "" with a log
+    /// entry if there is none. It is not checked whether the directory still exists.
+    static std::string getTmpDir();
+
+    /// The sub-directory "teamcenter" of getTmpDir(), created if it is missing. If it cannot be
+    /// created: getTmpDir() itself, with a warning. "" with a warning if there is none.
+    static std::string getTeamcenterTmpDir();
+
+    /// A name (`prefix` and a number, without the directory) that does not exist in `directory`.
+    /// The numbers never repeat within a process, and no file is created: two processes can be
+    /// given the same name. "" if an argument is empty.
+    static std::string getTmpName(const std::string& directory, const std::string& prefix);
+
+    /// Registers a path for removeTmpFiles(); an empty one is ignored.
+    static void addTmpFile(const std::string& path);
+
+    /// Removes the file of that name (only the last component of `name` counts) from the temporary
+    /// directory. True if it is gone or was not there; false for "". Registered paths are
+    /// untouched.
+    static bool removeTmpFile(const std::string& name);
+
+    /// Removes all registered files and forgets them. The library never calls this itself: a host
+    /// does when it shuts down.
+    static void removeTmpFiles();
+
+    /// Not implemented: logs an error.
+    static void clearTmpDir();
+
+    // --- External commands -----------------------------------------------------------------------
+    // The system shell parses the command: nothing is quoted or escaped. No state.
+
+    /// Runs a command. With `wait`, true if it ended with exit status 0; without, it runs in the
+    /// background and true only says that the shell started it. False for "". `progress` is never
+    /// called, and `data` never read.
+    static bool execute(const std::string& command, bool wait,
+                        void (*progress)(unsigned int, void*) = nullptr, void* data = nullptr);
+
+    /// As execute(), for a command cut at its first zero byte.
+    static bool executeW(const std::string& command, bool wait,
+                         void (*progress)(unsigned int, void*) = nullptr, void* data = nullptr);
+
+    /// Runs a command, discards its standard output (its standard error is not redirected), says so
+    /// on standard output and waits for its end. The wait status as of waitpid(2); 0 if the command
+    /// could not be started.
+    static int execute_no_output(const std::string& command);
+
+    /// Not implemented: always "", with an error in the log if `a` and `b` are not empty.
+    static std::string pathfind(const std::string& a, const std::string& b, const std::string& c);
+
+private:
+    static std::string _tmp_envvar_name;
+    static std::vector<std::string> _tmp_files;
+};

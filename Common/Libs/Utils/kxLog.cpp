@@ -1,0 +1,360 @@
+#include "kxLog.h"
+
+#include <cstdarg>
+#include <cstdio>
+#include <cstdlib>
+#include <mutex>
+#include <ostream>
+
+#include "detail/ascii.h"
+#include "detail/log_file.h"
+#include "kxFile.h"
+#include "kxPlatform.h"
+
+int kxLog::_log_format = 2;
+bool kxLog::_add_time_stamp = false;
+int kxLog::_nr = 0;
+std::string kxLog::_last_error;
+void (*kxLog::_info_fp)(const char*) = nullptr;
+void (*kxLog::_warning_fp)(const char*) = nullptr;
+void (*kxLog::_error_fp)(const char*) = nullptr;
+std::string* kxLog::_output_buffer = nullptr;
+std::streambuf* kxLog::_output_streambuf = nullptr;
+std::string kxLog::_log_file;
+
+namespace {
+
+// Held from the first to the last output of a message.
+std::mutex _mutex;
+
+enum Format { textFormat = 1, htmlFormat = 2, csvFormat = 3 };
+enum Flags { callCallback = 2, writeLines = 4 };
+
+struct Level {
+    int baseNumber;
+    const char* typeWord;
+    int consoleType, alternateConsoleType;
+    const char *colour, *alternateColour;  // of HTML lines
+    const char *before, *after;            // around lines to the stream
+};
+
+constexpr Level infoLevel = {100, "INFO", 0, 4, "008c00", "008c8c", "", ""};
+constexpr Level warningLevel = {200, "WARN", 1, 5, "b4b400", "b4b48c", "\033[33m", "\033[0m"};
+constexpr Level errorLevel = {300, "ERROR", 2, 6, "b40000", "b4008c", "\033[31m", "\033[0m"};
+
+// Any thread's numbered call writes the public integer, so all use here is atomic.
+void setNumber(int nr) { __atomic_store_n(&kxLog::_nr, nr, __ATOMIC_RELAXED); }
+
+std::string numberText(int base) {
+    const int nr = __atomic_load_n(&kxLog::_nr, __ATOMIC_RELAXED);
+    // Added without a sign: an application may have chosen a number near the limit.
+    const unsigned sum = static_cast<unsigned>(base) + static_cast<unsigned>(nr);
+    return std::to_string(static_cast<int>(sum));
+}
+
+// The text buffer of one formatting entry point, guarded by itself.
+class EntryPoint {
+public:
+    using Output = void (*)(const char* text, int flags, bool alternate);
+
+    KXUTILS_PRINTF(3, 0)
+    void log(Output output, const char* format, std::va_list arguments) {
+        const std::lock_guard<std::mutex> guard(_bufferMutex);
+        constexpr int maxLength = sizeof _text - 1;
+        const int length = std::vsnprintf(_text, sizeof _text, format, arguments);
+        if (length < 0 || length > maxLength) _text[maxLength] = '\0';
+        output(_text, callCallback | writeLines, /*alternate=*/false);
+    }
+
+private:
+    std::mutex _bufferMutex;
+    char _text[2048] = {};
+};
+
+EntryPoint infoEntry, infoNumberEntry;
+EntryPoint warningEntry, warningNumberEntry;
+EntryPoint errorEntry, errorNumberEntry;
+
+void endLine(std::string& line) {
+    if (line.empty() || line.back() != '\n') line += '\n';
+}
+
+std::string makeLine(const Level& level, const char* text, bool alternate) {
+    std::string line;
+    switch (kxLog::_log_format) {
+        case textFormat:
+            kxLog::addExtraInfo(line, level.typeWord, level.baseNumber);
+            line += text;
+            endLine(line);
+            break;
+        case csvFormat:
+            kxLog::addExtraInfoCSV(line, level.typeWord, level.baseNumber);
+            line += text;
+            endLine(line);
+            break;
+        case htmlFormat:
+            line.append("<span style=\"color:#")
+                .append(alternate ? level.alternateColour : level.colour)
+                .append(";\">")
+                .append(kxLog::convertToHtml(text))
+                .append("</span><br>\n");
+            break;
+        default:
+            break;
+    }
+    return line;
+}
+
+// Where the log file of that name really goes.
+std::string logFilePath(const std::string& name) {
+    const std::string variable = kx::detail::toUpper(kxPlatform::getAppName()) + "_LOG_DIR";
+    const char* const directory = std::getenv(variable.c_str());
+    if (!directory || !*directory) return name;
+    kxFile::createPath(directory);
+    return std::string(directory) + '/' + kxFile::getFileName(name);
+}
+
+// Opens the log file, moving an old one aside. False if it cannot be opened; `path` is then what
+// was tried, for the report: the caller may hold the lock that reporting takes.
+bool openLogFile(const std::string& name, std::string& path) {
+    path = logFilePath(name);
+    const bool isCsv = kxLog::_log_format == csvFormat;
+    const std::string stamp = kx::detail::staleStamp(path, isCsv);
+    if (!stamp.empty() && std::rename(path.c_str(), (path + stamp).c_str()) != 0)
+        std::fputs("kxLog::setLogFile: couldn't rename old log file!\n", stderr);
+    if (isCsv) kxLog::writeCSVHeader(path.c_str());
+
+    std::printf("Setting log file to '%s'.\n", path.c_str());
+    const bool isHtml = kxLog::_log_format == htmlFormat;
+    const bool isOpen = kx::detail::appendToFile(path, isHtml ? kx::detail::htmlHead() : "");
+    kxLog::_log_file = isOpen ? path : "";
+    return isOpen;
+}
+
+// Writes a line, after a change of day to a new file. False as openLogFile.
+bool writeLine(const std::string& line, std::string& failedPath) {
+    if (kxLog::_log_file.empty()) return true;
+    if (kxLog::_log_format == csvFormat &&
+        !kx::detail::staleStamp(kxLog::_log_file, /*isCsv=*/true).empty()) {
+        std::puts("create new log file, new day started!");
+        const std::string name = kxLog::_log_file;  // which opening replaces
+        if (!openLogFile(name, failedPath)) return false;
+    }
+    kx::detail::appendToFile(kxLog::_log_file, line);
+    return true;
+}
+
+// A text of its own, given to the output itself: the buffer of the entry point `error` may be the
+// one that holds the message on its way.
+void reportUnopened(const std::string& path) {
+    kxLog::errorI(("Couldn't create log file '" + path + "'!").c_str(), callCallback | writeLines,
+                  /*alternate=*/false);
+}
+
+void output(const Level& level, void (*const& callback)(const char*), const char* text, int flags,
+            bool alternate) {
+    std::string failedPath;
+    {
+        const std::lock_guard<std::mutex> guard(_mutex);
+        if (&level == &errorLevel) kxLog::_last_error = text;
+        if ((flags & callCallback) != 0 && callback) callback(text);
+        kxLog::colorOutput(alternate ? level.alternateConsoleType : level.consoleType, text);
+
+        if ((flags & writeLines) == 0) return;
+        if (!kxLog::_output_streambuf && !kxLog::_output_buffer && kxLog::_log_file.empty()) return;
+        const std::string line = makeLine(level, text, alternate);
+        if (kxLog::_output_buffer) *kxLog::_output_buffer += line;
+        if (kxLog::_output_streambuf) {
+            std::ostream stream(kxLog::_output_streambuf);
+            stream << level.before << line << level.after;
+        }
+        if (writeLine(line, failedPath)) return;
+    }
+    reportUnopened(failedPath);
+}
+
+}  // namespace
+
+// --- Messages ------------------------------------------------------------------------------------
+
+void kxLog::info(const char* format, ...) {
+    if (!format) return;
+    std::va_list arguments;
+    va_start(arguments, format);
+    infoEntry.log(infoI, format, arguments);
+    va_end(arguments);
+}
+
+void kxLog::warning(const char* format, ...) {
+    if (!format) return;
+    std::va_list arguments;
+    va_start(arguments, format);
+    warningEntry.log(warningI, format, arguments);
+    va_end(arguments);
+}
+
+void kxLog::error(const char* format, ...) {
+    if (!format) return;
+    std::va_list arguments;
+    va_start(arguments, format);
+    errorEntry.log(errorI, format, arguments);
+    va_end(arguments);
+}
+
+void kxLog::info(int nr, const char* format, ...) {
+    if (!format) return;
+    setNumber(nr);
+    std::va_list arguments;
+    va_start(arguments, format);
+    infoNumberEntry.log(infoI, format, arguments);
+    va_end(arguments);
+}
+
+void kxLog::warning(int nr, const char* format, ...) {
+    if (!format) return;
+    setNumber(nr);
+    std::va_list arguments;
+    va_start(arguments, format);
+    warningNumberEntry.log(warningI, format, arguments);
+    va_end(arguments);
+}
+
+void kxLog::error(int nr, const char* format, ...) {
+    if (!format) return;
+    setNumber(nr);
+    std::va_list arguments;
+    va_start(arguments, format);
+    errorNumberEntry.log(errorI, format, arguments);
+    va_end(arguments);
+}
+
+void kxLog::infoNR(const char* /*format*/, ...) {}
+void kxLog::warningNR(const char* /*format*/, ...) {}
+void kxLog::errorNR(const char* /*format*/, ...) {}
+
+void kxLog::infoIPython(const char* text) { infoI(text, callCallback | writeLines, false); }
+void kxLog::warningIPython(const char* text) { warningI(text, callCallback | writeLines, false); }
+void kxLog::errorIPython(const char* text) { errorI(text, callCallback | writeLines, false); }
+
+void kxLog::infoIPython(int nr, const char* text) {
+    setNumber(nr);
+    infoIPython(text);
+}
+
+void kxLog::warningIPython(int nr, const char* text) {
+    setNumber(nr);
+    warningIPython(text);
+}
+
+void kxLog::errorIPython(int nr, const char* text) {
+    setNumber(nr);
+    errorIPython(text);
+}
+
+void kxLog::infoI(const char* text, int flags, bool alternate) {
+    output(infoLevel, _info_fp, text, flags, alternate);
+}
+
+void kxLog::warningI(const char* text, int flags, bool alternate) {
+    output(warningLevel, _warning_fp, text, flags, alternate);
+}
+
+void kxLog::errorI(const char* text, int flags, bool alternate) {
+    output(errorLevel, _error_fp, text, flags, alternate);
+}
+
+// The newline stands inside the colour; one call a message, since other programs share the console.
+void kxLog::colorOutput(int type, const char* text) {
+    switch (type) {
+        case 0:
+            std::fputs((std::string(text) + '\n').c_str(), stdout);
+            break;
+        case 1:
+            std::fprintf(stdout, "\033[33m%s\n\033[0m", text);
+            break;
+        case 2:
+            std::fprintf(stderr, "\033[31m%s\n\033[0m", text);
+            break;
+        case 4:
+            std::fprintf(stdout, "\033[34m%s\n\033[0m", text);
+            break;
+        case 5:
+            std::fprintf(stdout, "\033[36m%s\n\033[0m", text);
+            break;
+        case 6:
+            std::fprintf(stderr, "\033[35m%s\n\033[0m", text);
+            break;
+        default:
+            std::fprintf(stderr, "kxLog::colorOutput : unknown tpye (%d)!\n", type);
+            break;
+    }
+}
+
+// --- Last error, callbacks, buffer and stream ----------------------------------------------------
+
+const char* kxLog::getLastError() { return _last_error.c_str(); }
+void kxLog::clearLastError() { _last_error.clear(); }
+
+void kxLog::setInfoCB(void (*callback)(const char*)) { _info_fp = callback; }
+void kxLog::setWarningCB(void (*callback)(const char*)) { _warning_fp = callback; }
+void kxLog::setErrorCB(void (*callback)(const char*)) { _error_fp = callback; }
+
+void kxLog::enableOutputBuffer(std::string& buffer) { _output_buffer = &buffer; }
+void kxLog::disableOutputBuffer() { _output_buffer = nullptr; }
+
+void kxLog::enableOutputStream(void* streambuf) {
+    _output_streambuf = static_cast<std::streambuf*>(streambuf);
+}
+void kxLog::disableOutputStream() { _output_streambuf = nullptr; }
+
+// --- Lines and log file --------------------------------------------------------------------------
+
+void kxLog::setLogFormat(int format) {
+    _log_format = format;
+    if (format == textFormat || format == csvFormat) _add_time_stamp = true;
+}
+
+void kxLog::setLogFile(const char* name) {
+    if (!name) return;
+    std::string path;
+    // Copied first: the name may be the stored one, which opening replaces.
+    if (!openLogFile(std::string(name), path)) reportUnopened(path);
+}
+
+const char* kxLog::getLogFile() { return _log_file.empty() ? nullptr : _log_file.c_str(); }
+
+void kxLog::writeCSVHeader(const char* name) {
+    const std::string path = name ? name : _log_file;
+    if (kxFile::exists(path, false, false)) return;
+    if (!kxFile::write(path, "Date;Time;Type of Message;Message Number;Description\n"))
+        std::fprintf(stderr, "kxLog::writeCSVHeader: couldn't write log file '%s'!\n",
+                     path.c_str());
+}
+
+std::string kxLog::convertToHtml(const std::string& text) {
+    std::string result;
+    result.reserve(text.size());
+    for (const char c : text) {
+        if (c == '"' || c == '&' || c == '<' || c == '>')
+            result.append("&#").append(std::to_string(static_cast<int>(c))).append(";");
+        else
+            result += c;
+    }
+    if (!result.empty() && result.back() == '\n') result.pop_back();
+    return result;
+}
+
+void kxLog::addToLogFile(const std::string& line) {
+    std::string failedPath;
+    if (!writeLine(line, failedPath)) reportUnopened(failedPath);
+}
+
+void kxLog::addExtraInfo(std::string& line, const std::string& type, int number) {
+    if (!_add_time_stamp) return;
+    line = kx::detail::textStamp() + type + ' ' + numberText(number) + ' ';
+}
+
+void kxLog::addExtraInfoCSV(std::string& line, const std::string& type, int number) {
+    if (!_add_time_stamp) return;
+    line = kx::detail::csvStamp() + type + ';' + numberText(number) + ';';
+}

@@ -1,0 +1,164 @@
+// The process-wide log.
+#pragma once
+
+#include <streambuf>
+#include <string>
+
+#include "kxExport.h"
+
+/// Three levels (info, warning, error), printf-style, to many destinations at once.
+///
+/// Every message goes to the console in the level's colour. It also goes to the level's callback,
+/// to a string, to a stream buffer and to a log file where one is set. All state is static; logging
+/// works from the moment the library is loaded and never reports a failure.
+///
+///     kxLog::setLogFormat(1);              // text; before setLogFile
+///     kxLog::setLogFile("/tmp/app.log");
+///     kxLog::warning("%d faces dropped", n);
+///
+/// Texts pass through unchanged to the console and to text and CSV lines: terminal escapes, ";" and
+/// newlines in a message stay what they are. Do not log untrusted text where that matters.
+///
+/// ## Threads
+/// Any thread may log. One mutex is held from the first to the last output of a message (last
+/// error, callback, console, buffer, stream, file), so two messages never mix and all destinations
+/// see them in the same order. Each formatting entry point has a static text buffer with a mutex of
+/// its own, held from formatting to the end of the call and always taken before the output's mutex;
+/// threads that log through the same entry point take turns. The mutexes are not recursive: a
+/// callback, and the argument of no call, must log through kxLog.
+///
+/// Everything else (setters, format, file, getLastError) takes no lock and is meant for set-up and
+/// the main thread.
+class KXUTILS_API kxLog {
+public:
+    // --- Messages --------------------------------------------------------------------------------
+    // A null format is ignored. A text is cut at 2047 characters. No newline is needed at its end.
+
+    static void info(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    static void warning(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    static void error(const char* format, ...) KXUTILS_PRINTF(1, 2);
+
+    /// With a number, which text and CSV lines show added to the level's base number (100, 200,
+    /// 300). It stays in force for all later messages of every level until the next numbered one.
+    static void info(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
+    static void warning(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
+    static void error(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
+
+    /// The switched-off variants: they take the same arguments and, deliberately, do nothing.
+    static void infoNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    static void warningNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    static void errorNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
+
+    /// For script bindings: the text as it is ("%" stays "%"), of any length.
+    static void infoIPython(const char* text);
+    static void warningIPython(const char* text);
+    static void errorIPython(const char* text);
+    static void infoIPython(int nr, const char* text);
+    static void warningIPython(int nr, const char* text);
+    static void errorIPython(int nr, const char* text);
+
+    /// The output itself, for a text of any length. `flags` is a sum of 2 (call the level's
+    /// callback) and 4 (write buffer, stream and file); the console is written in any case.
+    /// `alternate` chooses the level's second colour.
+    static void infoI(const char* text, int flags, bool alternate);
+    static void warningI(const char* text, int flags, bool alternate);
+    static void errorI(const char* text, int flags, bool alternate);
+
+    /// Writes `text` and a newline to the console, without flushing. `type` is 0 (plain), 1
+    /// (yellow), 4 (blue), 5 (cyan) on standard output, 2 (red), 6 (magenta) on standard error. Any
+    /// other type: a complaint on standard error in place of the text. Takes no lock of the log.
+    static void colorOutput(int type, const char* text);
+
+    // --- Last error ------------------------------------------------------------------------------
+
+    /// The text of the last error message, "" if there was none; valid until the next error
+    /// message.
+    static const char* getLastError();
+    static void clearLastError();
+
+    // --- Callbacks, buffer and stream ------------------------------------------------------------
+
+    /// Receives the bare text of each message of the level (no stamp, colour or newline), valid for
+    /// the call only, on the thread that logs and with the log's mutex held: it must not log. Null
+    /// removes the callback.
+    static void setInfoCB(void (*callback)(const char*));
+    static void setWarningCB(void (*callback)(const char*));
+    static void setErrorCB(void (*callback)(const char*));
+
+    /// Appends every line to `buffer`, which stays the caller's and must outlive its use here.
+    static void enableOutputBuffer(std::string& buffer);
+    static void disableOutputBuffer();
+
+    /// Writes every line to a stream buffer, which stays the caller's and must outlive its use
+    /// here; warnings in yellow, errors in red. Pass a `std::streambuf*`: a pointer to a class
+    /// derived from it must be converted to `std::streambuf*` first, since it loses its type on the
+    /// way.
+    static void enableOutputStream(void* streambuf);
+    static void disableOutputStream();
+
+    // --- Lines and log file ----------------------------------------------------------------------
+    // Formats of buffer, stream and file lines:
+    //
+    //   1 text  2017-03-01 14:05:09 WARN 200 the text
+    //   2 HTML  <span style="color:#b4b400;">the text, escaped</span><br>
+    //   3 CSV   01.03.2017;14:05:09;WARN;200;the text
+    //
+    // Any other format makes the lines empty. Stamps are local time. CSV has no quoting: a ";" in a
+    // message makes one field more. With stamps cleared in format 3, the day of the first line
+    // cannot be read and the file is moved aside at EVERY message.
+
+    /// Chooses the format; 1 and 3 also turn stamps on. Call it before setLogFile, so that the
+    /// file's head matches.
+    static void setLogFormat(int format);
+
+    /// Opens the log file. Null changes nothing.
+    ///
+    /// If the environment variable named after the application (in capitals, and "_LOG_DIR"; for
+    /// "talo" TALO_LOG_DIR) holds a directory, the file goes there under its own name, and the
+    /// directory is created.
+    ///
+    /// An existing file whose first message is not of today is moved aside, to its path followed
+    /// directly by that message's stamp ("app.log20170301-140509"). Deliberate: HTML, and text
+    /// without stamps, cannot be dated, so such a file always moves to path + "00000-000000",
+    /// replacing an earlier one of that name. Only a regular file is moved.
+    ///
+    /// If the file cannot be opened, file logging is off and an error says so.
+    static void setLogFile(const char* name);
+
+    /// The path of the log file, valid until it changes; null if there is none.
+    static const char* getLogFile();
+
+    /// Creates the file `name` (null: the log file) with the CSV header line, unless it exists. A
+    /// failure is reported on standard error.
+    static void writeCSVHeader(const char* name);
+
+    /// `text` with the characters " & < > as character references (&#34; and so on), less one
+    /// newline at its end.
+    static std::string convertToHtml(const std::string& text);
+
+    /// Appends a line to the log file in one write, so that lines of several processes stay whole;
+    /// nothing if there is no file. A line that cannot be written is lost silently. In CSV format a
+    /// file whose first message is not of today is moved aside first and a new one started;
+    /// deliberate: a file that holds its header only counts as undated and moves to path +
+    /// "00000-000000" at its first message. Takes no lock: the output calls it with the lock held.
+    static void addToLogFile(const std::string& line);
+
+    /// With stamps on, replaces `line` by the start of a text line: time, type and number + _nr.
+    static void addExtraInfo(std::string& line, const std::string& type, int number);
+    /// The same for a CSV line.
+    static void addExtraInfoCSV(std::string& line, const std::string& type, int number);
+
+    // --- State -----------------------------------------------------------------------------------
+    // Public for hosts that set it directly during set-up.
+
+    static int _log_format;       ///< 1 text, 2 HTML (the start value), 3 CSV
+    static bool _add_time_stamp;  ///< whether text and CSV lines start with stamp, type and number
+    static int _nr;               ///< added to the level's base number; threads write it atomically
+    static std::string _last_error;
+    static void (*_info_fp)(const char*);
+    static void (*_warning_fp)(const char*);
+    static void (*_error_fp)(const char*);
+    static std::string* _output_buffer;
+    static std::streambuf* _output_streambuf;
+    static std::string _log_file;  ///< path; empty: no file
+};

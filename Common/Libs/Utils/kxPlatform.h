@@ -1,0 +1,159 @@
+// Where the application is installed, who it is, and how its screen is measured.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "kxExport.h"
+
+/// Static functions only; the host initialises the class once at start-up with init().
+///
+/// Pointers returned point into the class's own strings and stay valid until that value is rebuilt
+/// or reassigned. Threads: no locks; initialise on the main thread before others start. getBinDir,
+/// getLibDir, getPluginsDir and getQtPluginsDir rebuild their string at every call and are not safe
+/// for concurrent callers.
+class KXUTILS_API kxPlatform {
+public:
+    // --- Start-up and installation layout --------------------------------------------------------
+    //
+    //     <base>/bin/MAC/<application>    executables and this library (getExeDir, getBinDir)
+    //     <base>/lib/MAC                  getLibDir
+    //     <base>/lib/plugins/MAC          getPluginsDir
+    //     <base>/data, <base>/examples    getDataDir, getExamplesDir, unless shared ones exist
+
+    /// Initialises everything from the path by which the application was started (its first
+    /// command-line word; a relative one counts from the working directory).
+    ///
+    /// Sets all locale categories to "C". The application's name is the file name up to its first
+    /// dot; the executable's directory is the canonical directory part; the base directory is two
+    /// levels above. If <base>/bin/MAC/<name> does not exist, the base directory is taken from the
+    /// executable that the system says is running, silently. Directories that cannot be entered
+    /// leave the working directory in the answers. The working directory itself stays as it is.
+    ///
+    /// The preferences directory is below the home directory as "$HOME" names it, and is created if
+    /// it is missing; a failure to create it is not reported. Where HOME is *empty*, it is
+    /// <base>/preferences, with a message on standard error. Where HOME is *not set*, "$HOME" stays
+    /// unexpanded (the log says so) and the preferences path starts with that literal text, below
+    /// the working directory: make sure that HOME is set.
+    static void init(const char* path);
+
+    /// Initialises name and base directory only, as passed, for hosts that know their root. Sets
+    /// all locale categories to "C". Where <root>/bin/MAC does not exist, the name becomes "talo"
+    /// and the base directory the working directory + "/../..", with a message on standard error;
+    /// an application named "hesper" is let pass.
+    static void init(const char* root, const char* appName);
+
+    /// Sets every locale category of the process to "C"; returns what setlocale(3) returns.
+    static const char* initLocale();
+
+    /// The platform's word in directory names: "MAC".
+    static const char* getPlatform();
+
+    /// The executable's directory and the base directory; empty before init, which is then logged
+    /// as an error.
+    static const char* getExeDir();
+    static const char* getBaseDir();
+
+    /// The directory `name` among the data that all users share, if that exists, otherwise in the
+    /// base directory. "" for null.
+    static std::string getCommonDir(const char* name);
+
+    /// getCommonDir("data") and getCommonDir("examples"), computed ONCE in the life of the process:
+    /// asked before init, they keep the answer for an empty base directory.
+    static const char* getDataDir();
+    static const char* getExamplesDir();
+
+    /// See the layout above. getBinDir of an application named "hesper" is <base>/bin where the
+    /// directory above it is missing.
+    static const char* getBinDir();
+    static const char* getLibDir();
+    static const char* getPluginsDir();
+    static const char* getQtPluginsDir();
+
+    /// The user's directory for this application; ends with a slash unless HOME was empty. ""
+    /// before init(path).
+    static const char* getPreferencesDir();
+
+    /// Start and end of a shared library's file name: "lib" and ".dylib".
+    static const char* getSOPrefix();
+    static const char* getSOSuffix();
+
+    static bool isX64();  ///< always true
+
+    /// Always 1, deliberately: not the number of processors of the machine.
+    static std::uint64_t getNumCPUs();
+
+    // --- Identity --------------------------------------------------------------------------------
+    // Set in this order: init, edition flags and analysis mode, full name and year. A null pointer
+    // is ignored.
+
+    static void setAppName(const char* name);  ///< does not rebuild the version name
+    static const char* getAppName();
+    static void setFullAppName(const char* name);               ///< rebuilds the version name
+    static void setDisplayVersionYearString(const char* year);  ///< rebuilds the version name
+
+    /// Rebuilds the version name: the full name (or else the application's name; in analysis mode
+    /// "TALOAnalysis"), and, if a year is set, a blank, the year and a blank. The trailing blank is
+    /// deliberate.
+    static void updateAppVersionName();
+
+    /// The version name, or the application's name if it was never built. Deliberate: for an
+    /// application *named* "TALOAnalysis" it is "TALO NURBS Analysis"; the mode plays no part here.
+    static const char* getAppVersionName();
+
+    static const char* getCompName();  ///< the maker's name: "Pelloran"
+
+    // Edition flags, independent of each other; the library does not read them.
+    static void setTaloCompact(bool on);
+    static bool isTaloCompact();
+    static void setTaloStudio(bool on);
+    static bool isTaloStudio();
+    static void setTaloPlayer(bool on);
+    static bool isTaloPlayer();
+
+    static void setAnalysisMode(bool on);  ///< does not rebuild the version name
+    static bool getAnalysisMode();
+
+    // --- Display metrics -------------------------------------------------------------------------
+
+    /// Chooses the greatest of the steps 96, 120, 144, 192 and 240 dpi that is not above `dpiX` (96
+    /// below 96, and, deliberately, from 10240 on) for both axes, scales the icon sizes to it and
+    /// prints the step on standard output. `dpiY` is ignored, deliberately.
+    static void setDpi(std::uint64_t dpiX, std::uint64_t dpiY = 0);
+    static std::uint64_t getDpiX();
+    static std::uint64_t getDpiY();
+    static double getDpiScaleX();  ///< dpi / 96
+    static double getDpiScaleY();
+
+    /// Icon sizes in pixels, stored as passed until the next setDpi.
+    static void setSmallIconSize(std::uint64_t x, std::uint64_t y);
+    static void setMediumIconSize(std::uint64_t x, std::uint64_t y);
+    static void setLargeIconSize(std::uint64_t x, std::uint64_t y);
+    static std::uint64_t getSmallIconSizeX();
+    static std::uint64_t getSmallIconSizeY();
+    static std::uint64_t getMediumIconSizeX();
+    static std::uint64_t getMediumIconSizeY();
+    static std::uint64_t getLargeIconSizeX();
+    static std::uint64_t getLargeIconSizeY();
+    static std::uint64_t getTreeViewIconSizeX();  ///< small icon size + 4
+    static std::uint64_t getTreeViewIconSizeY();
+
+private:
+    static std::string _exe_dir;
+    static std::string _base_dir;
+    static std::string _app_name;
+    static std::string _preferences_dir;
+    static std::string _full_app_name;
+    static std::string _version_year;
+    static std::string _app_version_name;
+
+    static bool _taloCompact;
+    static bool _taloPrism;  // set by setTaloStudio; the member keeps this older name, deliberately
+    static bool _taloPlayer;
+    static bool _analysis_mode;
+
+    static std::uint64_t _dpiX, _dpiY;
+    static std::uint64_t _small_icon_sizeX, _small_icon_sizeY;
+    static std::uint64_t _medium_icon_sizeX, _medium_icon_sizeY;
+    static std::uint64_t _large_icon_sizeX, _large_icon_sizeY;
+};

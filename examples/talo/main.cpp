@@ -1,0 +1,137 @@
+// talo: a host application without a window, to read when you write one of your own.
+//
+// It starts from an installation layout, tells the library who it is, answers the library's
+// questions on the terminal, and reports on files. It exits with 0 when all went well, 1 when a
+// file failed, 2 on wrong usage.
+#include <algorithm>
+#include <filesystem>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include "kxFile.h"
+#include "kxLog.h"
+#include "kxPlatform.h"
+#include "options.h"
+#include "terminal_host.h"
+
+namespace {
+
+int logFormatCode(const std::string& name) {
+    if (name == "html") return 2;
+    if (name == "csv") return 3;
+    return 1;
+}
+
+// Everything that a host sets up before it works. The order matters: the log file's place depends
+// on the application's name, its head on the format, the version name on the full name and year.
+void startUp(const Options& options) {
+    installTerminalHost(options.answer);
+    kxPlatform::setFullAppName(options.fullName.c_str());
+    kxPlatform::setDisplayVersionYearString(options.year.c_str());
+    if (options.dpi != 0) kxPlatform::setDpi(options.dpi, options.dpi);
+    if (!options.logFile.empty()) {
+        kxLog::setLogFormat(logFormatCode(options.logFormat));
+        kxLog::setLogFile(options.logFile.c_str());
+    }
+    // Everything a user may have typed is data: it goes behind a "%s", never into the format.
+    kxLog::info("%s, installed in %s", kxPlatform::getAppVersionName(), kxPlatform::getBaseDir());
+}
+
+// The path in full, so that it can be shown relative to the installation.
+std::string absolutePath(const std::string& path) {
+    const std::string expanded = kxFile::expandFilename(path);  // "~/x" and "$DIR/x"
+    return kxFile::isRelative(expanded) ? kxFile::rel2Abs(kxFile::getCurrentDir(), expanded)
+                                        : expanded;
+}
+
+// Appends the file itself, or all files below a directory, sorted. False if a directory cannot be
+// read.
+bool listFiles(const std::string& path, std::vector<std::string>& files) {
+    if (!std::filesystem::is_directory(path)) {
+        files.push_back(path);
+        return true;
+    }
+    std::vector<std::string> found;
+    try {
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(path))
+            if (!entry.is_directory()) found.push_back(entry.path().string());
+    } catch (const std::filesystem::filesystem_error& error) {
+        kxLog::error("Couldn't list '%s': %s", path.c_str(), error.code().message().c_str());
+        return false;
+    }
+    std::sort(found.begin(), found.end());
+    files.insert(files.end(), found.begin(), found.end());
+    return true;
+}
+
+// Reports on one file; false if it cannot be read.
+bool report(const std::string& path) {
+    const bool isReadable = kxFile::checkRead(path, /*ask=*/false, /*log=*/true);
+    // The extension of the name, not of the path: a dot in a directory's name would count too.
+    const std::string name = kxFile::getFileName(path);
+    std::cout << name << '\n'
+              << "  extension  " << kxFile::getExtension(name) << '\n'
+              << "  base name  " << kxFile::getBaseName(name) << '\n'
+              << "  size       " << kxFile::getFileSize(path) << '\n'
+              << "  path       " << kxFile::abs2Rel(kxPlatform::getBaseDir(), path) << '\n'
+              << "  readable   " << (isReadable ? "yes" : "no") << '\n';
+    return isReadable;
+}
+
+bool isSameFile(const std::string& a, const std::string& b) {
+    std::error_code ignored;
+    return std::filesystem::equivalent(a, b, ignored);
+}
+
+// Copies one file, asking before it overwrites another. A file that the user keeps is no failure.
+bool copyTo(const std::string& directory, const std::string& path) {
+    const std::string target = directory + '/' + kxFile::getFileName(path);
+    if (isSameFile(path, target)) {  // copy() would empty it
+        kxLog::error("'%s' is where the copy would go", path.c_str());
+        return false;
+    }
+    // Both a refusal and a file that cannot be written answer false; only the latter is logged.
+    kxLog::clearLastError();
+    if (!kxFile::checkWrite(target, /*ask=*/true, /*log=*/true)) {
+        std::cout << "  copied     no\n";
+        return *kxLog::getLastError() == '\0';
+    }
+    // copy() does not notice a full disk, so the sizes are compared.
+    const bool isCopied =
+        kxFile::copy(path, target) && kxFile::getFileSize(target) == kxFile::getFileSize(path);
+    if (!isCopied) kxLog::error("Couldn't copy '%s' to '%s'", path.c_str(), target.c_str());
+    std::cout << "  copied     " << (isCopied ? target : "no") << '\n';
+    return isCopied;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    // First of all, before anything asks for a directory: where are we installed?
+    kxPlatform::init(argv[0]);
+
+    Options options;
+    int exitCode = 0;
+    if (!parseOptions(argc, argv, options, exitCode)) return exitCode;
+    startUp(options);
+
+    std::vector<std::string> paths = options.paths;
+    if (paths.empty()) paths.emplace_back(kxPlatform::getDataDir());
+    const std::string target = options.copyTo.empty() ? "" : absolutePath(options.copyTo);
+    if (!target.empty() && !kxFile::createPath(target)) {
+        kxFile::perror("Couldn't create '" + target + "'");
+        return 1;
+    }
+
+    bool allWell = true;
+    std::vector<std::string> files;
+    for (const std::string& path : paths) allWell = listFiles(absolutePath(path), files) && allWell;
+    for (const std::string& file : files) {
+        const bool isDone = report(file) && (target.empty() || copyTo(target, file));
+        allWell = allWell && isDone;
+    }
+    std::cout << std::flush;
+    kxLog::info("%s", allWell ? "All files are well." : "Some files failed.");
+    return allWell ? 0 : 1;
+}

@@ -1,0 +1,27 @@
+#include "options.h"
+
+#include <CLI/CLI.hpp>
+
+bool parseOptions(int argc, char** argv, Options& options, int& exitCode) {
+    CLI::App app("talo: reports on files and copies them, a host application without a window",
+                 "talo");
+    app.add_option("path", options.paths, "Files and directories (default: the installed data)");
+    app.add_option("--copy-to", options.copyTo, "Copy each file into this directory")
+        ->type_name("DIR");
+    app.add_option("--answer", options.answer, "Answer every question instead of asking")
+        ->check(CLI::IsMember({"yes", "no", "cancel"}));
+    app.add_option("--log", options.logFile, "Log to this file")->type_name("FILE");
+    app.add_option("--log-format", options.logFormat, "Format of the log file")
+        ->check(CLI::IsMember({"text", "html", "csv"}))
+        ->capture_default_str();
+    app.add_option("--full-name", options.fullName, "Name to present")->capture_default_str();
+    app.add_option("--year", options.year, "Version year to present");
+    app.add_option("--dpi", options.dpi, "Resolution of the display");
+    try {
+        app.parse(argc, argv);
+        return true;
+    } catch (const CLI::ParseError& error) {
+        exitCode = app.exit(error) == 0 ? 0 : 2;
+        return false;
+    }
+}

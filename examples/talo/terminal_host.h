@@ -1,0 +1,8 @@
+// Answers the library's requests on the terminal, where a host with windows would open a dialog.
+#pragma once
+
+#include <string>
+
+/// Installs the callback. `answer` ("yes", "no", "cancel") presses that button in every question;
+/// empty asks on standard input.
+void installTerminalHost(const std::string& answer);

@@ -1,0 +1,26 @@
+// The CPUID instruction, and the walk over its leaves.
+#pragma once
+
+#include <cstdint>
+#include <functional>
+
+#include "kxCPUInfo.h"
+
+namespace kx::detail {
+
+struct CpuidRegisters {
+    std::uint32_t eax, ebx, ecx, edx;
+};
+
+/// Answers one query; a made-up processor in tests.
+using CpuidQuery = std::function<CpuidRegisters(std::uint32_t leaf, std::uint32_t subLeaf)>;
+
+/// Executes CPUID. All zero on a processor without it.
+CpuidRegisters cpuid(std::uint32_t leaf, std::uint32_t subLeaf);
+
+/// Queries, in this order: leaf 0; leaves 0 to the highest standard one; the highest extended leaf;
+/// the extended leaves, if there are any; leaf 4 up to the first sub-leaf without a cache. The
+/// number of queries is bounded whatever the processor answers.
+kxCPUInfo::Fields readCpu(const CpuidQuery& query);
+
+}  // namespace kx::detail

@@ -1,0 +1,7 @@
+#include "detail/cpuid.h"
+
+namespace kx::detail {
+
+CpuidRegisters cpuid(std::uint32_t /*leaf*/, std::uint32_t /*subLeaf*/) { return {}; }
+
+}  // namespace kx::detail

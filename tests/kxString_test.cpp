@@ -1,0 +1,650 @@
+#include "kxString.h"
+
+#include <gtest/gtest.h>
+
+#include <clocale>
+#include <cmath>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <locale>
+#include <random>
+#include <sstream>
+#include <string>
+#include <type_traits>
+#include <vector>
+
+#include "reference/digit_grouping.h"
+
+using std::string_literals::operator""s;
+
+namespace {
+
+constexpr float largest = std::numeric_limits<float>::max();
+
+template <typename Float>
+Float fromStream(const std::string& text) {
+    static std::istringstream in = [] {
+        std::istringstream stream;
+        stream.imbue(std::locale::classic());
+        return stream;
+    }();
+    in.clear();
+    in.str(text);
+    Float value = 0;
+    in >> value;
+    return value;
+}
+
+std::string throughStream(float value) {
+    std::ostringstream out;
+    out.imbue(std::locale::classic());
+    out << value;
+    return out.str();
+}
+
+/// Also tells 0 from -0 and is true for equal NaNs.
+template <typename Float>
+bool sameBits(Float a, Float b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+float fromBits(std::uint32_t bits) {
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+/// Decimal comma, points between groups of three.
+class CommaNumbers : public std::numpunct<char> {
+    char do_decimal_point() const override { return ','; }
+    char do_thousands_sep() const override { return '.'; }
+    std::string do_grouping() const override { return "\3"; }
+};
+
+class ScopedGlobalLocale {
+public:
+    explicit ScopedGlobalLocale(const std::locale& locale) : _old(std::locale::global(locale)) {}
+    ~ScopedGlobalLocale() { std::locale::global(_old); }
+    ScopedGlobalLocale(const ScopedGlobalLocale&) = delete;
+    ScopedGlobalLocale& operator=(const ScopedGlobalLocale&) = delete;
+
+private:
+    std::locale _old;
+};
+
+}  // namespace
+
+// --- beautifyDigits ------------------------------------------------------------------------------
+
+struct DigitsCase {
+    const char* name;
+    std::string text, separator;
+    std::uint32_t group;
+    std::string result;
+};
+static void PrintTo(const DigitsCase& c, std::ostream* os) { *os << c.name; }
+
+class BeautifyDigits : public testing::TestWithParam<DigitsCase> {};
+TEST_P(BeautifyDigits, MatchesTable) {
+    const DigitsCase& c = GetParam();
+    EXPECT_EQ(kxString::beautifyDigits(c.text, c.separator, c.group), c.result);
+}
+
+static const DigitsCase digitsCases[] = {
+    {"Empty", "", ",", 3, ""},
+    {"NoDigits", "abc", ",", 3, "abc"},
+    {"OneGroup", "123", ",", 3, "123"},
+    {"OneMoreThanAGroup", "1000", ",", 3, "1,000"},
+    {"JustAGroupOfFour", "1000", ",", 4, "1000"},
+    {"GroupOfTwo", "1000", "'", 2, "10'00"},
+    {"GroupOfOne", "1234", ",", 1, "1,2,3,4"},
+    {"Groups", "1234567", ",", 3, "1,234,567"},
+    {"FractionIsARunOfItsOwn", "12345.6789", ",", 3, "12,345.6,789"},
+    {"RunsInText", "item 12345 of 678901", ",", 3, "item 12,345 of 678,901"},
+    {"TextAfterTheLastRun", "12345 pieces", ",", 3, "12,345 pieces"},
+    {"ZerosCount", "0001000", ",", 3, "0,001,000"},
+    {"SignsStay", "-1234 +1234", ",", 3, "-1,234 +1,234"},
+    {"HighBytesAreNoDigits", "\xb2\xb3\xb9 1234\xff", ",", 3, "\xb2\xb3\xb9 1,234\xff"},
+    {"NeighboursOfDigitsInAscii", "////1234::::", ",", 3, "////1,234::::"},
+    {"ZeroByteInside", "1234\0005678"s, ",", 3, "1,234\0005,678"s},
+    {"ZeroByteAsSeparator", "1234", "\0"s, 3, "1\000234"s},
+    {"LargestGroup", "12345", ",", 0xFFFFFFFFU, "12345"},
+    {"GroupOfZeroIsRefused", "12345", ",", 0, "12345"},
+    {"EmptySeparator", "1234567 1234567", "", 3, "1234567 1234567"},
+    {"LongSeparator", "1234567", "--", 3, "1--234--567"},
+    {"VeryLongSeparator", "12345 67890", "&nbsp;", 1,
+     "1&nbsp;2&nbsp;3&nbsp;4&nbsp;5 6&nbsp;7&nbsp;8&nbsp;9&nbsp;0"},
+    // By hand: the run ended at 7, two separators went in, scanning resumes at 9, the grouped end.
+    {"DigitAsSeparator", "1234567", "0", 3, "102340567"},
+    // Resumes at 5 + 2, before "45", which is no longer than a group.
+    {"DigitsAsSeparator", "12345", "00", 2, "100230045"},
+    // Resumes at 3 + 2, before "03": that becomes "0003", then 7 + 1 is before the last digit.
+    {"DigitsAreGroupedAgain", "123", "00", 1, "100200003"},
+    // "1xy92xy93": resumes at 3 + 2, inside the second separator, before "y93", whose "93" becomes
+    // "9xy93"; then at 8 + 1, before "xy93"...: no end. So grouped once, and the next run is, too.
+    {"EndlessRunIsGroupedOnce", "123 4 56", "xy9", 1, "1xy92xy93 4 5xy96"},
+    {"EndlessGrowthIsGroupedOnce", "123a", "0000", 1,
+     "1000020000"
+     "3a"},
+    // Two digits end with "00" and 1 ("1002": resumes before the 2), also beside text.
+    {"EndsBesideText", "12 x 3", "00", 1, "1002 x 3"},
+};
+INSTANTIATE_TEST_SUITE_P(Table, BeautifyDigits, testing::ValuesIn(digitsCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST(BeautifyDigits, NumberForm) {
+    EXPECT_EQ(kxString::beautifyDigits(1234567U, ".", 3), "1.234.567");
+    EXPECT_EQ(kxString::beautifyDigits(0U, ",", 3), "0");
+    EXPECT_EQ(kxString::beautifyDigits(4294967295U, ",", 3), "4,294,967,295");
+    EXPECT_EQ(kxString::beautifyDigits(12345U, ",", 0), "12345");
+}
+
+// Every separator of up to five characters that are digits or not, among them many for which the
+// rule has no end.
+TEST(BeautifyDigits, FollowsTheRuleWhereItEndsAndGroupsOnceWhereNot) {
+    const std::string digits = "123456789012345678";
+    int ended = 0, endless = 0;
+    for (std::size_t size = 0; size <= 5; ++size)
+        for (unsigned kinds = 0; kinds < 1U << size; ++kinds) {
+            std::string separator;
+            for (std::size_t i = 0; i < size; ++i) separator += (kinds >> i & 1U) != 0 ? '7' : ',';
+            for (std::uint32_t group = 1; group <= 5; ++group)
+                for (std::size_t length = 1; length <= digits.size(); ++length) {
+                    const std::string run = digits.substr(0, length);
+                    const auto expected = reference::groupDigits(run, separator, group);
+                    std::string once = run;
+                    std::size_t at = 0;
+                    reference::groupNextRun(once, at, separator, group);
+                    ++(expected ? ended : endless);
+                    ASSERT_EQ(kxString::beautifyDigits(run, separator, group),
+                              expected.value_or(once))
+                        << separator << ' ' << group << ' ' << run;
+                    const std::string text = "-" + run + ".5";
+                    ASSERT_EQ(kxString::beautifyDigits(text, separator, group),
+                              "-" + expected.value_or(once) + ".5");
+                }
+        }
+    EXPECT_GT(ended, 1000);
+    EXPECT_GT(endless, 1000);
+}
+
+// Work that grew with the square of these sizes would take minutes.
+TEST(BeautifyDigits, TakesTimeInProportionToTheText) {
+    std::string runs;
+    for (int i = 0; i < 400000; ++i) runs += "1234 ";
+    EXPECT_EQ(kxString::beautifyDigits(runs, ",", 3).size(), 2400000U);
+    EXPECT_EQ(kxString::beautifyDigits(runs, ", ", 3).size(), 2800000U);
+    EXPECT_EQ(kxString::beautifyDigits(std::string(1000001, '5'), ",", 1).size(), 2000001U);
+}
+
+// --- toFloat -------------------------------------------------------------------------------------
+
+struct FloatCase {
+    const char* name;
+    std::string text;
+    float value;
+};
+static void PrintTo(const FloatCase& c, std::ostream* os) { *os << c.name; }
+
+class ToFloat : public testing::TestWithParam<FloatCase> {};
+TEST_P(ToFloat, MatchesTable) {
+    const FloatCase& c = GetParam();
+    EXPECT_PRED2(sameBits<float>, kxString::toFloat(c.text), c.value);
+    EXPECT_PRED2(sameBits<float>, fromStream<float>(c.text), c.value) << "the table is wrong";
+}
+
+static const std::string zeros(1000, '0');
+
+static const FloatCase floatCases[] = {
+    {"Empty", "", 0},
+    {"Blanks", " \t\n", 0},
+    {"Word", "abc", 0},
+    {"Integer", "7", 7},
+    {"Fraction", "2.5", 2.5F},
+    {"Exponent", "25e-1", 2.5F},
+    {"UpperCaseExponent", "25E1", 250},
+    {"ExponentWithPlus", "1e+2", 100},
+    {"Negative", "-2.5", -2.5F},
+    {"Plus", "+2.5", 2.5F},
+    {"MinusZero", "-0", -0.0F},
+    {"LeadingWhiteSpace", " \t\n\v\f\r7", 7},
+    {"OtherBlankIsNoWhiteSpace",
+     "\xa0"
+     "7",
+     0},
+    {"RestIsIgnored", "7abc", 7},
+    {"NextNumberIsIgnored", "7 8", 7},
+    {"NoLeadingDigit", ".5", 0.5F},
+    {"NoDigitBehindThePoint", "5.", 5},
+    {"NoDigitBehindThePointButExponent", "5.e1", 50},
+    {"PointAlone", ".", 0},
+    {"MinusPoint", "-.", 0},
+    {"PointAndExponent", ".e1", 0},
+    {"SecondPointEnds", "1.5.5", 1.5F},
+    {"CommaEnds", "1,5", 1},
+    {"GroupsEnd", "1,234,567", 1},
+    {"ApostropheEnds", "1'000", 1},
+    {"Minus", "-", 0},
+    {"PlusAlone", "+", 0},
+    {"PlusMinus", "+-1", 0},
+    {"MinusMinus", "--1", 0},
+    {"BlankBehindSign", "- 1", 0},
+    {"ExponentAlone", "e5", 0},
+    {"ExponentWithoutDigits", "1e", 0},
+    {"ExponentWithoutDigitsInText", "7em", 0},
+    {"ExponentWithSignOnly", "1e+", 0},
+    {"NegativeExponentWithSignOnly", "-1.5E-", 0},
+    {"TwoSignsInExponent", "1e--5", 0},
+    {"TwoExponents", "1e5e6", 1e5F},
+    {"SpoiltSecondExponent", "1e5e", 1e5F},
+    {"PointInExponentEnds", "1e2.5", 100},
+    {"LetterBehindExponentEnds", "1e5x", 1e5F},
+    {"Hexadecimal", "0x10", 0},
+    {"HexadecimalFloat", "0x1.8p3", 0},
+    {"NegativeHexadecimal", "-0x10", -0.0F},
+    {"Infinity", "inf", 0},
+    {"NegativeInfinity", "-infinity", 0},
+    {"NotANumber", "nan", 0},
+    {"NotANumberWithPayload", "NAN(1)", 0},
+    {"Suffix", "1.5f", 1.5F},
+    {"ZeroByteEnds", "1\0002"s, 1},
+    {"ZeroByteFirst", "\0001"s, 0},
+    {"LeadingZeros", "0000012", 12},
+    {"LargestFloat", "3.4028235e38", largest},
+    {"Overflow", "1e39", largest},
+    {"NegativeOverflow", "-1e39", -largest},
+    // Half a unit above the largest float: rounding up would leave the range.
+    {"OverflowByRounding", "340282356779733661637539395458142568448", largest},
+    {"OverflowWithoutExponent", "1" + zeros, largest},
+    {"OverflowBehindLeadingZeros", zeros + "1" + zeros, largest},
+    {"OverflowByHugeExponent", "1e99999999999999999999", largest},
+    {"OverflowOfAFraction", "." + zeros + "1e1100", largest},
+    {"OverflowBeyondDouble", "1e309", largest},
+    {"OverflowThenE", "1e309e", largest},
+    {"OverflowSpoiltByE", "1" + zeros + "e", 0},
+    {"Underflow", "1e-99", 0},
+    {"NegativeUnderflow", "-1e-99", -0.0F},
+    {"UnderflowWithoutExponent", "0." + zeros + "1", 0},
+    {"UnderflowOfALongInteger", "1" + zeros + "e-1100", 0},
+    {"UnderflowByHugeExponent", "-1e-99999999999999999999", -0.0F},
+    {"ZeroWithHugeExponent", "0e99999999999999999999", 0},
+    {"ZeroWithHugeExponentAndFraction", "-0.00E+99999", -0.0F},
+    {"SmallestNormal", "1.17549435e-38", std::numeric_limits<float>::min()},
+    {"Denormal", "1e-45", std::numeric_limits<float>::denorm_min()},
+    // Half of the smallest: a tie goes to the even neighbour, 0; a little more does not.
+    {"HalfOfTheSmallest",
+     "7."
+     "00649232162408535461864791644958065640130970938257885878534141944895541342930300743319094181"
+     "060791015625e-46",
+     0},
+    {"MoreThanHalfOfTheSmallest",
+     "7."
+     "00649232162408535461864791644958065640130970938257885878534141944895541342930300743319094181"
+     "0607910156250001e-46",
+     std::numeric_limits<float>::denorm_min()},
+    {"LongIntegerScaledDown", "1" + zeros + "e-1000", 1},
+    {"LongFractionScaledUp", "0." + zeros + "1e1001", 1},
+    // 2^24 + 1 lies between two floats: a tie, decided by the last of many digits.
+    {"TieToEven", "16777217", 16777216},
+    {"TieBrokenByALateDigit", "16777217." + zeros + "1", 16777218},
+};
+INSTANTIATE_TEST_SUITE_P(Table, ToFloat, testing::ValuesIn(floatCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+// Texts of the characters that matter to the grammar, read as a float and, as an option, as a
+// double.
+TEST(NumberReading, EqualsTheStreamForRandomTexts) {
+    std::mt19937 random(7);
+    const std::string alphabet = "0123456789019..eeEE+-+- \t\n\r\v\f\0xXinfINFapP_'"s;
+    const std::string starts[] = {"", "1e", "-", "1e3", "1e-4", "9.9e30", "0.", "00", " +"};
+    for (int i = 0; i < 60000; ++i) {
+        std::string text = starts[random() % std::size(starts)];
+        for (auto n = random() % 8; n > 0; --n) text += alphabet[random() % alphabet.size()];
+        ASSERT_PRED2(sameBits<float>, kxString::toFloat(text), fromStream<float>(text)) << text;
+        ASSERT_PRED2(sameBits<double>, kxString::getDoubleOption(text), fromStream<double>(text))
+            << text;
+    }
+}
+
+static std::vector<float> manyFloats(std::size_t randomOnes) {
+    std::vector<float> values;
+    const auto addAround = [&](std::uint32_t bits) {
+        for (std::uint32_t i = 0; i < 9; ++i)
+            for (const std::uint32_t sign : {0U, 0x80000000U})
+                values.push_back(fromBits((bits - 4 + i) ^ sign));
+    };
+    // Every power of two, the ends of every range, and infinities and NaNs beyond them.
+    for (std::uint32_t exponent = 0; exponent < 256; ++exponent) addAround(exponent << 23U);
+    for (std::uint32_t bit = 0; bit < 23; ++bit) {
+        addAround(1U << bit);
+        addAround(0x7F800000U | 1U << bit);
+    }
+    // Where the notation changes, and where six digits round.
+    for (int power = -45; power <= 38; ++power)
+        for (const char* digits : {"1", "9.999995", "1.2345650", "1.0000050", "5"}) {
+            const float value = fromStream<float>(digits + ("e" + std::to_string(power)));
+            std::uint32_t bits;
+            std::memcpy(&bits, &value, sizeof bits);
+            addAround(bits);
+        }
+    std::mt19937 random(11);
+    for (std::size_t i = 0; i < randomOnes; ++i)
+        values.push_back(fromBits(static_cast<std::uint32_t>(random())));
+    return values;
+}
+
+TEST(NumberWriting, EqualsTheStreamForAllBoundariesAndRandomFloats) {
+    for (const float value : manyFloats(100000))
+        ASSERT_EQ(kxString::setNum(value), throughStream(value)) << std::hexfloat << value;
+}
+
+// Nine digits give a float back, seventeen of its double neighbour are near a tie, six are common.
+TEST(NumberReading, EqualsTheStreamForWrittenFloats) {
+    static const char* const formats[] = {"%.9g", "%.6g", "%.17g", "%.6e", "%f", "%.60e", "%a"};
+    std::size_t i = 0;
+    char text[512];
+    for (const float value : manyFloats(30000)) {
+        const char* const format = formats[i++ % std::size(formats)];
+        const double midpoint = (double{value} + double{std::nextafter(value, largest)}) / 2;
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+        for (const double written : {double{value}, midpoint}) {
+            std::snprintf(text, sizeof text, format, written);
+            ASSERT_PRED2(sameBits<float>, kxString::toFloat(text), fromStream<float>(text)) << text;
+        }
+#pragma GCC diagnostic pop
+    }
+}
+
+TEST(NumberReading, EqualsTheStreamForRandomDoubles) {
+    std::mt19937_64 random(13);
+    char text[64];
+    for (int i = 0; i < 30000; ++i) {
+        const std::uint64_t bits = random();
+        double value;
+        std::memcpy(&value, &bits, sizeof value);
+        std::snprintf(text, sizeof text, "%.*g,", static_cast<int>(random() % 20), value);
+        ASSERT_PRED2(sameBits<double>, kxString::getDoubleOption(text), fromStream<double>(text))
+            << text;
+    }
+}
+
+// --- setNum and lists ----------------------------------------------------------------------------
+
+TEST(SetNum, SixDigitsAndTheShorterNotation) {
+    EXPECT_EQ(kxString::setNum(1.5F), "1.5");
+    EXPECT_EQ(kxString::setNum(1234567), "1.23457e+06");
+    EXPECT_EQ(kxString::setNum(0.0000001F), "1e-07");
+    EXPECT_EQ(kxString::setNum(100000), "100000");
+    EXPECT_EQ(kxString::setNum(999999.4375F), "999999");
+    EXPECT_EQ(kxString::setNum(999999.5F), "1e+06");
+    EXPECT_EQ(kxString::setNum(0.0001F), "0.0001");
+    EXPECT_EQ(kxString::setNum(0.00001F), "1e-05");
+    EXPECT_EQ(kxString::setNum(0), "0");
+    EXPECT_EQ(kxString::setNum(-0.0F), "-0");
+    EXPECT_EQ(kxString::setNum(-largest), "-3.40282e+38");
+    EXPECT_EQ(kxString::setNum(std::numeric_limits<float>::denorm_min()), "1.4013e-45");
+    EXPECT_EQ(kxString::setNum(-std::numeric_limits<float>::infinity()), "-inf");
+    EXPECT_EQ(kxString::setNum(fromBits(0x7FC00000U)), "nan");
+    EXPECT_EQ(kxString::setNum(fromBits(0xFFC00000U)), "-nan");
+}
+
+TEST(CreateStringFromValues, EndsEachValueWithABlank) {
+    EXPECT_EQ(kxString::createStringFromValues({}), "");
+    EXPECT_EQ(kxString::createStringFromValues({1, 2.5F}), "1 2.5 ");
+    EXPECT_EQ(kxString::createStringFromValues({1e7F, -1e-7F, 0}), "1e+07 -1e-07 0 ");
+}
+
+struct ListCase {
+    const char* name;
+    std::string text;
+    std::vector<float> values;
+};
+static void PrintTo(const ListCase& c, std::ostream* os) { *os << c.name; }
+
+class GetValuesFromString : public testing::TestWithParam<ListCase> {};
+TEST_P(GetValuesFromString, MatchesTable) {
+    EXPECT_EQ(kxString::getValuesFromString(GetParam().text), GetParam().values);
+}
+
+static const ListCase listCases[] = {
+    {"Empty", "", {0}},
+    {"True", "TRUE", {1}},
+    {"TrueInsideAWord", "isTRUEish", {1}},
+    {"TrueBehindNumbers", "1.0e+00 TRUE", {1}},
+    {"TrueBehindAZeroByte", "\0TRUE"s, {1}},
+    {"CutTrue", "TRU", {0}},
+    {"LowerCaseTrueHasAnE", "true", {0}},
+    {"False", "FALSE", {0}},
+    {"FalseInsideAWord", "7FALSEx", {0}},
+    {"FalseBehindNumbers", "5.0e+00 FALSE", {0}},
+    {"CutFalse", "7FALS", {7}},
+    {"TrueWinsOverFalse", "FALSE TRUE", {1}},
+    {"NoE", "1 2.5 3", {1}},
+    {"UpperCaseEIsNoE", "1E+01 2E+00 ", {10}},
+    {"List", "1.000000e+00 2.500000e+00 ", {1, 2.5F}},
+    {"NoSeparatorAtTheEnd", "1.000000e+00 2.500000e+00", {1, 2.5F}},
+    {"AnySeparator", "1e+00,2e+00;3e+00", {1, 2, 3}},
+    {"RestWithoutEIsDropped", "1.5e+00 7", {1.5F}},
+    {"ShortLastPiece", "1.5e+00 2e3", {1.5F, 2000}},
+    {"ShortOnlyPiece", "2e3", {2000}},
+    {"SpoiltLastPiece", "1.5e+00 2e", {1.5F, 0}},
+    {"EAtTheVeryEnd", "e", {0}},
+    // The third digit of the exponent is taken for the separator, but read.
+    {"ThreeDigitExponent", "1e+001 2e+00 ", {10, 2}},
+    {"FourDigitExponentIsCut", "1e+0012e+00 ", {10, 2}},
+    {"ShortExponentTakesTheNextDigits", "1e1 2 3e+00 ", {10, 3}},
+    {"TwoEsInOnePiece", "1e2e3 4e+00 ", {100, 4}},
+    {"PieceCutsALongExponent", "1e+99999", {largest}},
+};
+INSTANTIATE_TEST_SUITE_P(Table, GetValuesFromString, testing::ValuesIn(listCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+// Deliberate: only a list in exponent notation comes back whole.
+TEST(GetValuesFromString, ReadsBackWhatWasWrittenWithExponents) {
+    const auto roundTrip = [](const std::vector<float>& values) {
+        return kxString::getValuesFromString(kxString::createStringFromValues(values));
+    };
+    using Values = std::vector<float>;
+    EXPECT_EQ(roundTrip({1e6F, -2.5e-6F, 3e38F}), (Values{1e6F, -2.5e-6F, 3e38F}));
+    EXPECT_EQ(roundTrip({1, 2, 3}), Values{1});
+    EXPECT_EQ(roundTrip({}), Values{0});
+}
+
+// --- Locales -------------------------------------------------------------------------------------
+
+static void expectClassicNumbers() {
+    EXPECT_EQ(kxString::toFloat("1234.5"), 1234.5F);
+    EXPECT_EQ(kxString::toFloat("1.234,5"), 1.234F);
+    EXPECT_EQ(kxString::toFloat("-1.5e3"), -1500.0F);
+    EXPECT_EQ(kxString::toFloat("1e99"), largest);
+    EXPECT_EQ(kxString::setNum(1234.5F), "1234.5");
+    EXPECT_EQ(kxString::setNum(-1.5e-7F), "-1.5e-07");
+    EXPECT_EQ(kxString::createStringFromValues({0.5F, 123456}), "0.5 123456 ");
+    EXPECT_EQ(kxString::getValuesFromString("1.5e+00 2.5e+00 "), (std::vector<float>{1.5F, 2.5F}));
+    EXPECT_EQ(kxString::getDoubleOption("1234.5,x=true"), 1234.5);
+    EXPECT_EQ(kxString::beautifyDigits(1234567U, "'", 3), "1'234'567");
+    EXPECT_EQ(kxString::hash("x"), std::to_string(std::hash<std::string>()("x")));
+}
+
+TEST(Locales, GlobalCxxLocaleWithDecimalCommaChangesNothing) {
+    const ScopedGlobalLocale comma(std::locale(std::locale::classic(), new CommaNumbers));
+    std::ostringstream out;
+    out << 1234.5;
+    ASSERT_EQ(out.str(), "1.234,5") << "the locale is not in effect";
+    expectClassicNumbers();
+}
+
+TEST(Locales, ProcessLocaleWithDecimalCommaChangesNothing) {
+    const std::string old = std::setlocale(LC_ALL, nullptr);
+    const char* found = nullptr;
+    for (const char* name : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8", "fr_FR", "it_IT.UTF-8"})
+        if (!found) found = std::setlocale(LC_ALL, name);
+    if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    EXPECT_STREQ(std::localeconv()->decimal_point, ",");
+    expectClassicNumbers();
+    std::setlocale(LC_ALL, old.c_str());
+}
+
+// --- Option texts --------------------------------------------------------------------------------
+
+TEST(GetDoubleOption, ReadsTheFirstField) {
+    EXPECT_EQ(kxString::getDoubleOption("2.5,flag=true"), 2.5);
+    EXPECT_EQ(kxString::getDoubleOption("7abc"), 7);
+    EXPECT_EQ(kxString::getDoubleOption(" \t-1e3"), -1000);
+    EXPECT_EQ(kxString::getDoubleOption("0.1"), 0.1) << "a float would be less exact";
+    EXPECT_EQ(kxString::getDoubleOption("1e300"), 1e300);
+    EXPECT_EQ(kxString::getDoubleOption("-1e999"), -std::numeric_limits<double>::max());
+    EXPECT_EQ(kxString::getDoubleOption("flag=true"), 0);
+    EXPECT_EQ(kxString::getDoubleOption(",7"), 0);
+    EXPECT_EQ(kxString::getDoubleOption("1e,5"), 0);
+    EXPECT_EQ(kxString::getDoubleOption(""), 0);
+}
+
+TEST(GetStringOption, IsTheFirstField) {
+    EXPECT_EQ(kxString::getStringOption(",x=true"), "");
+    EXPECT_EQ(kxString::getStringOption("abc"), "abc");
+    EXPECT_EQ(kxString::getStringOption(" a b ,c,d"), " a b ");
+    EXPECT_EQ(kxString::getStringOption(""), "");
+}
+
+TEST(GetBoolOption, FindsNameAndTrueAnywhere) {
+    EXPECT_TRUE(kxString::getBoolOption("0.5,smooth=true", "smooth"));
+    EXPECT_TRUE(kxString::getBoolOption("smooth=trueish,7", "smooth"));
+    EXPECT_TRUE(kxString::getBoolOption("nosmooth=true", "smooth")) << "deliberate";
+    EXPECT_TRUE(kxString::getBoolOption("a=true,b=true", "b"));
+    EXPECT_TRUE(kxString::getBoolOption("a=true=true", "a=true"));
+    EXPECT_FALSE(kxString::getBoolOption("smooth=TRUE", "smooth"));
+    EXPECT_FALSE(kxString::getBoolOption("smooth = true", "smooth"));
+    EXPECT_FALSE(kxString::getBoolOption("Smooth=true", "smooth"));
+    EXPECT_FALSE(kxString::getBoolOption("th=true", "smooth"));
+    EXPECT_FALSE(kxString::getBoolOption("smooth,=true", "smooth"));
+    EXPECT_FALSE(kxString::getBoolOption("smooth=tru", "smooth"));
+    EXPECT_FALSE(kxString::getBoolOption("", "smooth"));
+    EXPECT_TRUE(kxString::getBoolOption("x,=true", "")) << "an empty name: \"=true\" alone";
+    EXPECT_FALSE(kxString::getBoolOption("x", ""));
+}
+
+// --- Text ----------------------------------------------------------------------------------------
+
+TEST(Replace, ReplacesFromLeftToRightAndNeverTwice) {
+    const auto replaced = [](std::string text, const std::string& search,
+                             const std::string& replacement) {
+        kxString::replace(text, search, replacement);
+        return text;
+    };
+    EXPECT_EQ(replaced("aba", "a", "aa"), "aabaa");
+    EXPECT_EQ(replaced("aaaa", "aa", "b"), "bb");
+    EXPECT_EQ(replaced("aaa", "aa", "b"), "ba");
+    EXPECT_EQ(replaced("aab", "ab", "b"), "ab") << "what arose from a replacement is not searched";
+    EXPECT_EQ(replaced("xaxbx", "x", ""), "ab");
+    EXPECT_EQ(replaced("abc", "x", "y"), "abc");
+    EXPECT_EQ(replaced("abc", "A", "y"), "abc");
+    EXPECT_EQ(replaced("abc", "abcd", "y"), "abc");
+    EXPECT_EQ(replaced("abc", "abc", "y"), "y");
+    EXPECT_EQ(replaced("", "a", "b"), "");
+    EXPECT_EQ(replaced("abc", "", "y"), "abc") << "an empty search text";
+    EXPECT_EQ(replaced("a\0b\0"s, "\0"s, "-"), "a-b-");
+}
+
+TEST(Replace, ArgumentsMayBeTheTextItself) {
+    std::string text = "a text too long for the string's own buffer";
+    const std::string old = text;
+    kxString::replace(text, text, "x");
+    EXPECT_EQ(text, "x");
+    text = old;
+    kxString::replace(text, "too", text);
+    EXPECT_EQ(text, "a text " + old + " long for the string's own buffer");
+    text = old;
+    kxString::replace(text, text, text);
+    EXPECT_EQ(text, old);
+}
+
+TEST(Replace, TakesTimeInProportionToTheText) {
+    std::string text(1000000, 'a');
+    kxString::replace(text, "a", "bc");
+    EXPECT_EQ(text.size(), 2000000U);
+}
+
+TEST(Capitalize, RaisesTheFirstCharacterAndThoseAfterBlanks) {
+    EXPECT_EQ(kxString::capitalize("hello big world"), "Hello Big World");
+    EXPECT_EQ(kxString::capitalize("hello  x"), "Hello  X");
+    EXPECT_EQ(kxString::capitalize(" x"), " X");
+    EXPECT_EQ(kxString::capitalize("a\tb\nc-d"), "A\tb\nc-d");
+    EXPECT_EQ(kxString::capitalize("hELLO WORLD"), "HELLO WORLD");
+    EXPECT_EQ(kxString::capitalize(""), "");
+    for (int c = 0; c < 256; ++c) {
+        const std::string one(1, static_cast<char>(c));
+        const std::string raised(1, static_cast<char>(c >= 'a' && c <= 'z' ? c - 32 : c));
+        EXPECT_EQ(kxString::capitalize(one + one), raised + (c == ' ' ? raised : one));
+    }
+}
+
+TEST(Hash, IsTheStandardHashInDecimal) {
+    for (const std::string& text : {""s, "abc"s, "a\0c"s, std::string(1000, '\xff')})
+        EXPECT_EQ(kxString::hash(text), std::to_string(std::hash<std::string>()(text)));
+    EXPECT_EQ(kxString::hash("abc"), kxString::hash("abc"));
+    EXPECT_NE(kxString::hash("abc"), kxString::hash("abd"));
+}
+
+TEST(StartsWith, ComparesBytes) {
+    EXPECT_TRUE(kxString::startsWith("abc", "ab"));
+    EXPECT_TRUE(kxString::startsWith("abc", "abc"));
+    EXPECT_TRUE(kxString::startsWith("abc", ""));
+    EXPECT_TRUE(kxString::startsWith("", ""));
+    EXPECT_FALSE(kxString::startsWith("abc", "abcd"));
+    EXPECT_FALSE(kxString::startsWith("", "a"));
+    EXPECT_FALSE(kxString::startsWith("abc", "bc"));
+    EXPECT_FALSE(kxString::startsWith("abc", "AB"));
+    EXPECT_FALSE(kxString::startsWith("a\0b"s, "a\0c"s));
+}
+
+TEST(EndsWith, ComparesBytes) {
+    EXPECT_TRUE(kxString::endsWith("abc", "bc"));
+    EXPECT_TRUE(kxString::endsWith("abc", "abc"));
+    EXPECT_TRUE(kxString::endsWith("abc", ""));
+    EXPECT_TRUE(kxString::endsWith("", ""));
+    EXPECT_FALSE(kxString::endsWith("abc", "xabc"));
+    EXPECT_FALSE(kxString::endsWith("", "a"));
+    EXPECT_FALSE(kxString::endsWith("abc", "ab"));
+    EXPECT_FALSE(kxString::endsWith("abc", "BC"));
+    EXPECT_FALSE(kxString::endsWith("a\0b"s, "c\0b"s));
+}
+
+TEST(GetCommonLeadingString, IsTheLongestCommonPrefix) {
+    const auto common = kxString::getCommonLeadingString;
+    static_assert(std::is_same_v<decltype(common), std::string (*const)(std::string, std::string)>);
+    EXPECT_EQ(common("abcdef", "abcxyz"), "abc");
+    EXPECT_EQ(common("abc", "abcdef"), "abc");
+    EXPECT_EQ(common("abcdef", "abc"), "abc");
+    EXPECT_EQ(common("abc", "abc"), "abc");
+    EXPECT_EQ(common("x", "y"), "");
+    EXPECT_EQ(common("", "abc"), "");
+    EXPECT_EQ(common("abc", ""), "");
+    EXPECT_EQ(common("aBc", "abc"), "a");
+    EXPECT_EQ(common("a\0b"s, "a\0c"s), "a\0"s);
+}
+
+TEST(Split, FollowsGetline) {
+    using Fields = std::vector<std::string>;
+    EXPECT_EQ(kxString::split("a,,b", ','), (Fields{"a", "", "b"}));
+    EXPECT_EQ(kxString::split("a,b,", ','), (Fields{"a", "b"}));
+    EXPECT_EQ(kxString::split("", ','), Fields{});
+    EXPECT_EQ(kxString::split("whole text", ','), Fields{"whole text"});
+    EXPECT_EQ(kxString::split(";a", ';'), (Fields{"", "a"}));
+    EXPECT_EQ(kxString::split(",", ','), Fields{""});
+    EXPECT_EQ(kxString::split(",,", ','), (Fields{"", ""}));
+    EXPECT_EQ(kxString::split("a\nb,c", ','), (Fields{"a\nb", "c"}));
+    EXPECT_EQ(kxString::split("a\0b"s, '\0'), (Fields{"a", "b"}));
+    // All texts of up to six characters that are delimiters or not.
+    for (unsigned kinds = 1; kinds < 128; ++kinds) {
+        std::string text;
+        for (unsigned bits = kinds; bits > 1; bits >>= 1U) text += (bits & 1U) != 0 ? ',' : 'a';
+        std::istringstream in(text);
+        Fields expected;
+        for (std::string field; std::getline(in, field, ',');) expected.push_back(field);
+        EXPECT_EQ(kxString::split(text, ','), expected) << text;
+    }
+}

@@ -1,0 +1,36 @@
+// Grouping of digits, word by word and without any care for speed.
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+
+namespace reference {
+
+/// Groups the first run of digits from `at` on and moves `at` to where scanning resumes.
+inline void groupNextRun(std::string& text, std::size_t& at, const std::string& separator,
+                         std::size_t group) {
+    const auto isDigit = [&](std::size_t i) { return text[i] >= '0' && text[i] <= '9'; };
+    while (at < text.size() && !isDigit(at)) ++at;
+    std::size_t end = at;
+    while (end < text.size() && isDigit(end)) ++end;
+    if (at == end) return;
+    const std::size_t length = end - at;
+    const std::size_t n = (length - 1) / group;
+    for (std::size_t i = 1; i <= n; ++i) text.insert(at + length - i * group, separator);
+    at = end + n;
+}
+
+/// The text with all its runs grouped; nothing if the rule comes to no end. (It may just need long:
+/// keep the runs below twenty digits and the separator below ten.)
+inline std::optional<std::string> groupDigits(std::string text, const std::string& separator,
+                                              std::size_t group) {
+    std::size_t at = 0;
+    for (int steps = 0; at < text.size(); ++steps) {
+        if (steps == 2000 || text.size() > 20000) return std::nullopt;
+        groupNextRun(text, at, separator, group);
+    }
+    return text;
+}
+
+}  // namespace reference

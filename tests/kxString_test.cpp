@@ -261,6 +261,7 @@ static const FloatCase floatCases[] = {
     {"OverflowBehindLeadingZeros", zeros + "1" + zeros, largest},
     {"OverflowByHugeExponent", "1e99999999999999999999", largest},
     {"OverflowOfAFraction", "." + zeros + "1e1100", largest},
+    {"OverflowOfAFractionByExponentWithPlus", "0.001e+99", largest},
     {"OverflowBeyondDouble", "1e309", largest},
     {"OverflowThenE", "1e309e", largest},
     {"OverflowSpoiltByE", "1" + zeros + "e", 0},

@@ -1,9 +1,11 @@
 // Every public header, and something of the library that is not in a header.
 #include <kxAnyConverter.h>
 #include <kxFile.h>
+#include <kxFileExtension.h>
 #include <kxLog.h>
 #include <kxMessage.h>
 #include <kxPlatform.h>
+#include <kxString.h>
 #include <kxUtils.h>
 
 int main() {

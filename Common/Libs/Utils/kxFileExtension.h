@@ -1,0 +1,77 @@
+// Registry of file formats and of the file-name extensions that belong to each.
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "kxExport.h"
+
+/// The formats that a component reads or writes, each a name with its set of extensions. An
+/// extension may belong to several formats. An ordinary value: it is copied, moved and assigned
+/// with all it holds.
+///
+///     kxFileExtension formats;
+///     formats.addFormat("Scene", {".osb", ".osg"});
+///     formats.checkFilename("MODEL.OSB");      // true
+///     formats.getName(".osg");                 // "Scene"
+///     formats.getExtensionsString(";");        // ".osb;.osg"
+///
+/// Names and extensions are kept exactly as passed, with or without a leading dot; register and ask
+/// in the same way. They are ordered byte by byte, so capitals come before small letters.
+///
+/// Deliberate: the look-ups compare exactly and in case, while checkFilename() ignores case. There
+/// is no index from extension to format: each look-up visits the formats one after the other.
+///
+/// Arguments may be parts of the registry itself. Threads: like a standard container, concurrent
+/// calls are safe as long as all are const. Throws nothing but std::bad_alloc, which leaves the
+/// registry as it was (addFormats(): with some of the formats added).
+class KXUTILS_API kxFileExtension {
+public:
+    /// Registers a format. If the name is registered already, the result is false and its
+    /// extensions stay as they are: nothing is merged.
+    bool addFormat(const std::string& name, const std::set<std::string>& extensions);
+
+    /// Removes a format with all its extensions; false if it is not registered.
+    bool subFormat(const std::string& name);
+
+    /// Registers a format with exactly these extensions, in place of an earlier one of its name.
+    /// Always true.
+    bool replaceFormat(const std::string& name, const std::set<std::string>& extensions);
+
+    /// Registers the formats of `other` whose names are missing here; the others keep their own
+    /// extensions.
+    void addFormats(const kxFileExtension& other);
+
+    /// All formats by name; valid as long as the registry.
+    const std::map<std::string, std::set<std::string>>& getExtensionMap() const {
+        return _extension_map;
+    }
+
+    /// True if some format has exactly this extension.
+    bool hasExtension(const std::string& extension) const;
+
+    /// The first format, in the order of the names, that has exactly this extension; "" if none.
+    std::string getName(const std::string& extension) const;
+
+    /// The extensions of one format; empty for an unknown name.
+    std::set<std::string> getExtensions(const std::string& name) const;
+
+    /// The extensions of all formats, each once.
+    std::set<std::string> getExtensions() const;
+
+    /// getExtensions() in ascending order with `separator` between neighbours; no wildcard or dot
+    /// is added.
+    std::string getExtensionsString(const std::string& separator) const;
+
+    /// The names of all formats.
+    std::set<std::string> getNames() const;
+
+    /// True if `fileName` ends with some registered extension, in any case (kxFile::hasExtension).
+    /// An extension registered without its dot also accepts names that merely end in its letters:
+    /// "osb" accepts "model.xosb" (deliberate). An empty extension accepts nothing.
+    bool checkFilename(const std::string& fileName) const;
+
+private:
+    std::map<std::string, std::set<std::string>> _extension_map;
+};

@@ -590,28 +590,25 @@ TEST(Hash, IsTheStandardHashInDecimal) {
     EXPECT_NE(kxString::hash("abc"), kxString::hash("abd"));
 }
 
-TEST(StartsWith, ComparesBytes) {
-    EXPECT_TRUE(kxString::startsWith("abc", "ab"));
-    EXPECT_TRUE(kxString::startsWith("abc", "abc"));
-    EXPECT_TRUE(kxString::startsWith("abc", ""));
-    EXPECT_TRUE(kxString::startsWith("", ""));
-    EXPECT_FALSE(kxString::startsWith("abc", "abcd"));
-    EXPECT_FALSE(kxString::startsWith("", "a"));
-    EXPECT_FALSE(kxString::startsWith("abc", "bc"));
-    EXPECT_FALSE(kxString::startsWith("abc", "AB"));
-    EXPECT_FALSE(kxString::startsWith("a\0b"s, "a\0c"s));
-}
-
-TEST(EndsWith, ComparesBytes) {
-    EXPECT_TRUE(kxString::endsWith("abc", "bc"));
-    EXPECT_TRUE(kxString::endsWith("abc", "abc"));
-    EXPECT_TRUE(kxString::endsWith("abc", ""));
-    EXPECT_TRUE(kxString::endsWith("", ""));
-    EXPECT_FALSE(kxString::endsWith("abc", "xabc"));
-    EXPECT_FALSE(kxString::endsWith("", "a"));
-    EXPECT_FALSE(kxString::endsWith("abc", "ab"));
-    EXPECT_FALSE(kxString::endsWith("abc", "BC"));
-    EXPECT_FALSE(kxString::endsWith("a\0b"s, "c\0b"s));
+// What begins a text ends the reversed text, reversed.
+TEST(StartsWithAndEndsWith, CompareBytes) {
+    const auto reversed = [](const std::string& text) {
+        return std::string(text.rbegin(), text.rend());
+    };
+    const struct {
+        std::string text, part;
+        bool found;
+    } rows[] = {
+        {"abc", "ab", true},    {"abc", "abc", true}, {"abc", "", true},
+        {"", "", true},         {"aab", "a", true},   {"\xff\x80", "\xff", true},
+        {"abc", "abcd", false}, {"", "a", false},     {"abc", "bc", false},
+        {"abc", "b", false},    {"abc", "AB", false}, {"a\0b"s, "a\0c"s, false},
+    };
+    for (const auto& row : rows) {
+        EXPECT_EQ(kxString::startsWith(row.text, row.part), row.found) << row.text << row.part;
+        EXPECT_EQ(kxString::endsWith(reversed(row.text), reversed(row.part)), row.found)
+            << row.text << row.part;
+    }
 }
 
 TEST(GetCommonLeadingString, IsTheLongestCommonPrefix) {

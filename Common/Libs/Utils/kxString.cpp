@@ -9,10 +9,11 @@
 #include <system_error>
 #include <utility>
 
-namespace {
+#include "detail/ascii.h"
 
-// The standard's classification functions would ask the process's locale.
-bool isDigit(char c) { return c >= '0' && c <= '9'; }
+using kx::detail::isDigit;
+
+namespace {
 
 // --- Grouping of digits --------------------------------------------------------------------------
 
@@ -213,7 +214,7 @@ std::string kxString::capitalize(const std::string& text) {
     std::string result = text;
     char previous = ' ';
     for (char& c : result) {
-        if (previous == ' ' && c >= 'a' && c <= 'z') c = static_cast<char>(c - 'a' + 'A');
+        if (previous == ' ') c = kx::detail::toUpper(c);
         previous = c;
     }
     return result;

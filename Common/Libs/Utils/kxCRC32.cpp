@@ -1,0 +1,119 @@
+#include "kxCRC32.h"
+
+#include <array>
+
+#include "detail/little_endian.h"
+
+using kx::detail::loadLittleEndian16;
+using kx::detail::loadLittleEndian32;
+
+namespace {
+
+constexpr std::uint32_t polynomial = 0xEDB88320;  // 0x04C11DB7 with its bits reversed
+
+constexpr std::uint32_t bitSteps(std::uint32_t crc, int count) {
+    for (; count != 0; --count) crc = (crc >> 1) ^ ((crc & 1) != 0 ? polynomial : 0);
+    return crc;
+}
+
+// Entry i: the register after the 4 bits of i.
+constexpr std::array<std::uint32_t, 16> makeLookup16() {
+    std::array<std::uint32_t, 16> table{};
+    for (std::uint32_t i = 0; i < 16; ++i) table[i] = bitSteps(i, 4);
+    return table;
+}
+constexpr auto crc32Lookup16 = makeLookup16();
+static_assert(crc32Lookup16[0] == 0 && crc32Lookup16[1] == 0x1DB71064 &&
+              crc32Lookup16[15] == 0xBDBDF21C);
+
+// Table k, entry i: the register after byte i and k zero bytes.
+constexpr std::array<std::array<std::uint32_t, 256>, 8> makeLookup() {
+    std::array<std::array<std::uint32_t, 256>, 8> tables{};
+    for (std::uint32_t i = 0; i < 256; ++i) {
+        tables[0][i] = bitSteps(i, 8);
+        for (std::size_t k = 1; k < 8; ++k) tables[k][i] = bitSteps(tables[k - 1][i], 8);
+    }
+    return tables;
+}
+constexpr auto crc32Lookup = makeLookup();
+static_assert(crc32Lookup[0][0] == 0 && crc32Lookup[0][1] == 0x77073096 &&
+              crc32Lookup[0][128] == polynomial && crc32Lookup[0][255] == 0x2D02EF8D);
+static_assert(crc32Lookup[1][1] == 0x191B3141 && crc32Lookup[7][1] == 0xCCAA009E);
+
+const unsigned char* bytesOf(const void* data) { return static_cast<const unsigned char*>(data); }
+
+// One look-up per byte: all of calc_1byte, and what the word loops leave over.
+std::uint32_t bytewise(std::uint32_t crc, const unsigned char* p, unsigned long length) {
+    for (; length != 0; --length) crc = (crc >> 8) ^ crc32Lookup[0][(crc & 0xFF) ^ *p++];
+    return crc;
+}
+
+// Takes a word through 4 bytes of tables: those of `base` to `base + 3`, the word's last byte in
+// the lowest.
+template <std::size_t base>
+std::uint32_t lookUpWord(std::uint32_t word) {
+    return crc32Lookup[base][word >> 24] ^ crc32Lookup[base + 1][(word >> 16) & 0xFF] ^
+           crc32Lookup[base + 2][(word >> 8) & 0xFF] ^ crc32Lookup[base + 3][word & 0xFF];
+}
+
+}  // namespace
+
+std::uint32_t kxCRC32::calc_bitwise(const void* data, unsigned long length,
+                                    std::uint32_t previous) {
+    std::uint32_t crc = ~previous;
+    for (const auto* p = bytesOf(data); length != 0; --length) crc = bitSteps(crc ^ *p++, 8);
+    return ~crc;
+}
+
+std::uint32_t kxCRC32::calc_halfbyte(const void* data, unsigned long length,
+                                     std::uint32_t previous) {
+    std::uint32_t crc = ~previous;
+    for (const auto* p = bytesOf(data); length != 0; --length) {
+        const std::uint32_t byte = *p++;
+        crc = (crc >> 4) ^ crc32Lookup16[(crc ^ byte) & 15];
+        crc = (crc >> 4) ^ crc32Lookup16[(crc & 15) ^ (byte >> 4)];
+    }
+    return ~crc;
+}
+
+std::uint32_t kxCRC32::calc_1byte(const void* data, unsigned long length, std::uint32_t previous) {
+    return ~bytewise(~previous, bytesOf(data), length);
+}
+
+std::uint32_t kxCRC32::calc_4bytes(const void* data, unsigned long length, std::uint32_t previous) {
+    std::uint32_t crc = ~previous;
+    const auto* p = bytesOf(data);
+    for (; length >= 4; length -= 4, p += 4) crc = lookUpWord<0>(loadLittleEndian32(p) ^ crc);
+    return ~bytewise(crc, p, length);
+}
+
+std::uint32_t kxCRC32::calc_8bytes(const void* data, unsigned long length, std::uint32_t previous) {
+    std::uint32_t crc = ~previous;
+    const auto* p = bytesOf(data);
+    for (; length >= 8; length -= 8, p += 8) {
+        const std::uint32_t one = loadLittleEndian32(p) ^ crc, two = loadLittleEndian32(p + 4);
+        crc = lookUpWord<0>(two) ^ lookUpWord<4>(one);
+    }
+    return ~bytewise(crc, p, length);
+}
+
+std::uint32_t kxCRC32::calc_FNV1A_Jesteress(const void* data, unsigned long length,
+                                            std::uint32_t seed) {
+    constexpr std::uint32_t prime = 709607, offsetBasis = 2166136261;
+    std::uint32_t hash = seed != 0 ? seed : offsetBasis;
+    const auto* p = bytesOf(data);
+    for (; length >= 8; length -= 8, p += 8) {
+        const std::uint32_t first = loadLittleEndian32(p), second = loadLittleEndian32(p + 4);
+        hash = (hash ^ (first << 5 | first >> 27) ^ second) * prime;
+    }
+    if ((length & 4) != 0) {
+        hash = (hash ^ loadLittleEndian32(p)) * prime;
+        p += 4;
+    }
+    if ((length & 2) != 0) {
+        hash = (hash ^ loadLittleEndian16(p)) * prime;
+        p += 2;
+    }
+    if ((length & 1) != 0) hash = (hash ^ *p) * prime;
+    return hash ^ (hash >> 16);
+}

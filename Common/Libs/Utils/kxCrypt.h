@@ -1,0 +1,40 @@
+// RC4 byte cipher.
+#pragma once
+
+#include <array>
+#include <cstdint>
+#include <vector>
+
+#include "kxExport.h"
+
+/// RC4 (ARCFOUR; key stream as in RFC 6229), one byte per call, no byte of the key stream dropped.
+/// Coding is its own inverse: the same key and the same sequence of calls turn coded bytes back.
+///
+///     kxCrypt cipher(key);
+///     for (unsigned char& byte : bytes) byte = cipher.code(byte);
+///
+/// RC4 hides texts from a casual look and is no protection against an attacker; do not use it for
+/// secrets.
+///
+/// A copy goes on from where the original stands, independently of it. One thread uses an object at
+/// a time. Throws std::bad_alloc when the key is copied, nothing else.
+class KXUTILS_API kxCrypt {
+public:
+    /// Keeps a copy of `key` (for reset()). Bytes beyond the 256th have no effect. An empty key is
+    /// the caller's mistake; it codes as a key of one zero byte does.
+    explicit kxCrypt(const std::vector<unsigned char>& key);
+    kxCrypt(const kxCrypt&) = default;
+    kxCrypt& operator=(const kxCrypt&) = default;
+    virtual ~kxCrypt();
+
+    /// Returns to the start of the key stream.
+    void reset();
+
+    /// `c` combined with the next byte of the key stream.
+    unsigned char code(unsigned char c);
+
+private:
+    std::vector<unsigned char> _key;
+    std::array<unsigned char, 256> _state{};  // the permutation S
+    std::uint32_t _i = 0, _j = 0;             // indices of the generator, 0 to 255
+};

@@ -1,0 +1,23 @@
+// State of the application's random number generator.
+#pragma once
+
+#include <array>
+#include <cstdint>
+
+#include "kxExport.h"
+
+/// Storage only: the library defines no operation, so that the executable and all plug-ins draw
+/// from one generator, the application's. All members are zero (no words drawn) until the
+/// application fills them. Not guarded: main thread only.
+class KXUTILS_API kxRandom {
+public:
+    /// Words of the generator's state, as many as a 32-bit Mersenne Twister has.
+    static std::array<std::uint32_t, 624> s_randomTable;
+    /// Index of the next word in s_randomTable.
+    static std::uint32_t s_index;
+
+    /// 2^-32 each: takes a 32-bit random word into [0, 1]. The upper end is reached: the 128
+    /// largest words round to 2^32 as a float.
+    static const float s_rcpFloatMax1;
+    static const float s_rcpFloatMax2;
+};

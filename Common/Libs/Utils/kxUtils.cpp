@@ -6,9 +6,12 @@
 #include <cstdlib>
 #include <ctime>
 #include <iostream>
+#include <vector>
 
 #include "detail/browser.h"
+#include "detail/little_endian.h"
 #include "detail/truncate.h"
+#include "kxCrypt.h"
 
 kxUtils::Callback kxUtils::_fp = nullptr;
 
@@ -89,4 +92,40 @@ void kxUtils::calcMips(int& mips, int& sink) {
     const std::uint32_t bits = static_cast<std::uint32_t>(kx::detail::truncateToInt32(sum));
     sink = static_cast<int>(bits + 0xA9732580U);
     mips = kx::detail::truncateToInt32(200.0 / (overhead + elapsed));
+}
+
+std::string kxUtils::decryptShader(const unsigned char* block, bool lineFeed) {
+    // One byte at a time, so that the key stands nowhere in the library as one piece.
+    static const std::vector<unsigned char> key = [] {
+        std::vector<unsigned char> bytes;
+        bytes.reserve(16);
+        bytes.push_back('6');
+        bytes.push_back('F');
+        bytes.push_back('L');
+        bytes.push_back('#');
+        bytes.push_back('u');
+        bytes.push_back('9');
+        bytes.push_back('2');
+        bytes.push_back('=');
+        bytes.push_back('d');
+        bytes.push_back('_');
+        bytes.push_back('j');
+        bytes.push_back(';');
+        bytes.push_back('M');
+        bytes.push_back('7');
+        bytes.push_back('g');
+        bytes.push_back('P');
+        return bytes;
+    }();
+
+    const std::size_t size = kx::detail::loadLittleEndian32(block);
+    kxCrypt cipher(key);
+    std::string text(size, '\0');
+    for (std::size_t k = 0; k < size; ++k) text[k] = static_cast<char>(cipher.code(block[4 + k]));
+    if (lineFeed) text += '\n';
+    return text;
+}
+
+std::string kxUtils::decryptShaderLF(const unsigned char* block) {
+    return decryptShader(block, /*lineFeed=*/true);
 }

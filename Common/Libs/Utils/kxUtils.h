@@ -1,4 +1,4 @@
-// The bridge to the host application, and small operating-system services.
+// The bridge to the host application, small operating-system services, and shader decryption.
 #pragma once
 
 #include <string>
@@ -77,6 +77,22 @@ public:
     /// the thread busy for 100 million of each kind. `sink` receives a value that depends on the
     /// computation (always 695412096) and keeps it from being optimised away.
     static void calcMips(int& mips, int& sink);
+
+    // --- Shader decryption -----------------------------------------------------------------------
+    // A block is a number N (4 bytes, little-endian) and N bytes of text, enciphered with RC4 under
+    // a key of the library's own. Any thread may call at any time.
+
+    /// The text of a block, N characters, followed by one "\n" if `lineFeed` is true.
+    ///
+    /// The block is trusted: it has no checksum and no end mark, so N bytes are read whatever they
+    /// are, and `block` must not be null. It may have any alignment and is not kept.
+    ///
+    /// Enciphering is the same operation: calling this on a block of plain text gives the
+    /// enciphered text.
+    static std::string decryptShader(const unsigned char* block, bool lineFeed = false);
+
+    /// decryptShader(block, true)
+    static std::string decryptShaderLF(const unsigned char* block);
 
 private:
     static Callback _fp;

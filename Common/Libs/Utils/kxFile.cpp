@@ -20,6 +20,7 @@
 
 using kx::detail::ErrnoKeeper;
 using kx::detail::FileHandle;
+using kx::detail::isSlash;
 
 kxFile* kxFile::_me = nullptr;
 std::string kxFile::_tmp_envvar_name;
@@ -30,6 +31,9 @@ namespace {
 constexpr std::size_t maxPath = 2047;  // characters in the buffers that paths are composed in
 
 constexpr mode_t allPermissions = 0777;  // less the umask
+
+// In place, so that a text that was just composed is not copied for it.
+void useSlashes(std::string& text) { std::replace(text.begin(), text.end(), '\\', '/'); }
 
 }  // namespace
 
@@ -57,10 +61,10 @@ std::string kxFile::getExtension(const std::string& path) {
 }
 
 std::string kxFile::getBaseName(const std::string& path) {
-    std::string name = getFileName(path);
-    const std::size_t dot = name.rfind('.');
-    if (dot != std::string::npos) name.resize(dot);
-    return name;
+    const std::size_t begin = path.rfind('/') + 1;  // 0 without a slash
+    const std::size_t dot = path.rfind('.');
+    const bool hasDot = dot != std::string::npos && dot >= begin;
+    return path.substr(begin, hasDot ? dot - begin : std::string::npos);
 }
 
 std::string kxFile::setExtension(const std::string& path, const std::string& extension) {
@@ -68,7 +72,8 @@ std::string kxFile::setExtension(const std::string& path, const std::string& ext
     const std::size_t kept = std::min(dot, path.size());
     std::string result;
     result.reserve(kept + 1 + extension.size());
-    return result.append(path, 0, kept).append(1, '.').append(extension);
+    result.append(path, 0, kept).append(1, '.').append(extension);
+    return result;
 }
 
 bool kxFile::hasExtension(const std::string& path, const std::string& extension) {
@@ -89,7 +94,7 @@ std::string kxFile::convertSeparators(const std::string& path) { return path; }
 
 std::string kxFile::convertToUnixSeparators(const std::string& path) {
     std::string result = path;
-    std::replace(result.begin(), result.end(), '\\', '/');
+    useSlashes(result);
     return result;
 }
 
@@ -101,28 +106,36 @@ std::string kxFile::abs2Rel(const std::string& base, const std::string& path) {
     if (isRelative(path)) return path;
     if (base.empty() || path.empty()) return {};
 
-    const std::string unixPath = convertToUnixSeparators(path);
-    if (unixPath[0] == '$') return unixPath.size() >= maxPath ? path : convertSeparators(unixPath);
-
-    const std::string unixBase = convertToUnixSeparators(base);
-    if (unixBase[0] != '/') return {};
-
     std::string result;
-    if (!kx::detail::composeRelative(unixBase, unixPath, maxPath - 1, result)) return path;
-    return convertSeparators(result.find(unixPath) == std::string::npos ? result : unixPath);
+    if (path[0] == '$') {
+        if (path.size() >= maxPath) return path;
+        result = path;
+    } else {
+        if (!isSlash(base[0])) return {};
+        if (!kx::detail::composeRelative(base, path, maxPath - 1, result)) return path;
+        const bool holdsPath = std::search(result.begin(), result.end(), path.begin(), path.end(),
+                                           kx::detail::isSameInPath) != result.end();
+        if (holdsPath) result = path;
+    }
+    useSlashes(result);
+    return convertSeparators(result);
 }
 
 std::string kxFile::rel2Abs(const std::string& base, const std::string& path) {
     if (base.empty() || path.empty()) return {};
 
-    const std::string unixPath = convertToUnixSeparators(path);
-    if (!isRelative(unixPath)) return convertSeparators(unixPath.substr(0, maxPath));
-
-    const std::string unixBase = convertToUnixSeparators(base);
-    const bool hasDrive = unixBase.size() > 1 && unixBase[1] == ':';
-    if (unixBase[0] != '/' && !hasDrive) return {};
-    if (unixBase.size() + 1 + unixPath.size() > maxPath) return {};
-    return convertSeparators(unixBase + '/' + unixPath);
+    std::string result;
+    if (isSlash(path[0]) || path[0] == '$') {
+        result.assign(path, 0, maxPath);
+    } else {
+        const bool hasDrive = base.size() > 1 && base[1] == ':';
+        const std::size_t size = base.size() + 1 + path.size();
+        if ((!isSlash(base[0]) && !hasDrive) || size > maxPath) return {};
+        result.reserve(size);
+        result.append(base).append(1, '/').append(path);
+    }
+    useSlashes(result);
+    return convertSeparators(result);
 }
 
 void kxFile::makeValidFileName(std::string& name) {

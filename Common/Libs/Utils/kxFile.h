@@ -78,17 +78,18 @@ public:
     /// `path` as seen from the directory `base`. Both are compared byte by byte; "." and ".." in
     /// them are not interpreted; backslashes count as slashes.
     ///
-    ///     "/usr/local/lib", "/usr/src/sys" -> "../../src/sys"    "/usr", "/usr/src/sys" ->
-    ///     "src/sys"
-    ///     "/a/b", "/a/b"  -> "."       "/a/b/", "/a/b/" -> "./"    "/usr/src/sys", "/usr" ->
-    ///     "../.." any, "x\y"      -> "x\y"     (a relative path comes back as passed in) any,
-    ///     "$ROOT/x"  -> "$ROOT/x"
-    ///     "", "/a"        -> ""        any, "" -> ""        "rel", "/a" -> ""
+    ///     "/usr/local/lib", "/usr/src/sys" -> "../../src/sys"
+    ///     "/usr", "/usr/src/sys"           -> "src/sys"
+    ///     "/usr/src/sys", "/usr"           -> "../.."
+    ///     "/a/b", "/a/b"                   -> "."
+    ///     "/a/b/", "/a/b/"                 -> "./"
+    ///     any, "x\y"                       -> "x\y"   (a relative path comes back as passed in)
+    ///     "/a" or "rel", "$ROOT\x"         -> "$ROOT/x"
+    ///     "", "/a"   "rel", "/a"   "/a", ""  -> ""
     ///
     /// Deliberate: a result that contains the whole path is replaced by the path ("/a/c", "/b"
-    /// gives
-    /// "/b" and not "../../b"). A result of more than 2046 characters is refused: `path` comes
-    /// back.
+    /// gives "/b" and not "../../b"). A result of more than 2046 characters is refused: `path`
+    /// comes back as passed in.
     static std::string abs2Rel(const std::string& base, const std::string& path);
 
     /// `path` below the directory `base`, joined with one slash and not normalised; backslashes

@@ -90,29 +90,23 @@ std::string expandFilename(const std::string& path, std::size_t limit) {
     std::size_t position = 0;
     while (position < path.size()) {
         const char c = path[position];
-        const char* value = nullptr;
-        Reference reference;
-        if (c == '$') {
-            reference = variable(path, position);
-            value = valueOf(reference.name);
-        } else if (c == '~' && beginsWord(path, position)) {
-            reference = user(path, position);
-            value = homeOf(reference.name);
+        if (c == '$' || (c == '~' && beginsWord(path, position))) {
+            const Reference reference = c == '$' ? variable(path, position) : user(path, position);
+            const char* const value = c == '$' ? valueOf(reference.name) : homeOf(reference.name);
+            if (!value) {
+                kxLog::error("expandFilename: couldn't expand env.var %s!", reference.name.c_str());
+                return path;
+            }
+            result += value;
+            position = reference.next;
         } else {
             const std::size_t end = findEnd(path, position + 1, "$~");
             result.append(path, position, end - position);
             position = end;
-            continue;
         }
-        if (!value) {
-            kxLog::error("expandFilename: couldn't expand env.var %s!", reference.name.c_str());
-            return path;
-        }
-        result += value;
         if (result.size() > limit) return refuseAsTooLong(path);
-        position = reference.next;
     }
-    return result.size() > limit ? refuseAsTooLong(path) : result;
+    return result;
 }
 
 }  // namespace kx::detail

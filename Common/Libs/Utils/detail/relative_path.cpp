@@ -15,7 +15,7 @@ bool appendWithin(std::size_t limit, std::string& text, std::string_view piece) 
 
 // True if nothing, or only a final slash, follows from `position` on.
 bool isExhausted(const std::string& text, std::size_t position) {
-    return position == text.size() || (position + 1 == text.size() && text[position] == '/');
+    return position == text.size() || (position + 1 == text.size() && isSlash(text[position]));
 }
 
 }  // namespace
@@ -24,20 +24,20 @@ bool composeRelative(const std::string& base, const std::string& path, std::size
                      std::string& result) {
     // Where the two part, and the last slash that they share: there the ways up and down meet.
     std::size_t end = 0, branch = 0;
-    for (; end < path.size() && end < base.size() && path[end] == base[end]; ++end)
-        if (path[end] == '/') branch = end;
+    for (; end < path.size() && end < base.size() && isSameInPath(path[end], base[end]); ++end)
+        if (isSlash(path[end])) branch = end;
     const bool pathEnded = end == path.size(), baseEnded = end == base.size();
 
     if (isExhausted(path, end) && isExhausted(base, end)) {
-        const bool endsInSlash = !pathEnded || path[end - 1] == '/';
+        const bool endsInSlash = !pathEnded || isSlash(path[end - 1]);
         result = endsInSlash ? "./" : ".";
         return true;
     }
-    if ((pathEnded && base[end] == '/') || (baseEnded && path[end] == '/')) branch = end;
+    if ((pathEnded && isSlash(base[end])) || (baseEnded && isSlash(path[end]))) branch = end;
 
     result.clear();
     for (std::size_t i = branch; i + 1 < base.size(); ++i)
-        if (base[i] == '/' && !appendWithin(limit, result, up)) return false;
+        if (isSlash(base[i]) && !appendWithin(limit, result, up)) return false;
     if (branch < path.size())
         return appendWithin(limit, result, std::string_view(path).substr(branch + 1));
     result.pop_back();  // there was at least one way up, which ends in a slash

@@ -5,9 +5,13 @@
 
 namespace kx::detail {
 
-/// Replaces `result` by `path` as seen from the directory `base`. Both begin with a slash and hold
-/// no backslashes; "." and ".." in them are not interpreted. False, with a useless `result`, if
-/// more than `limit` characters would be needed at any time.
+/// Both kinds of slash separate; paths are compared with this instead of being converted first.
+constexpr bool isSlash(char c) { return c == '/' || c == '\\'; }
+constexpr bool isSameInPath(char a, char b) { return a == b || (isSlash(a) && isSlash(b)); }
+
+/// Replaces `result` by `path` as seen from the directory `base`; backslashes of `path` stay in it.
+/// Both begin with a slash; "." and ".." in them are not interpreted. False, with a useless
+/// `result`, if more than `limit` characters would be needed at any time.
 bool composeRelative(const std::string& base, const std::string& path, std::size_t limit,
                      std::string& result);
 

@@ -52,6 +52,8 @@ std::string numberText(int base) {
     return std::to_string(static_cast<int>(sum));
 }
 
+constexpr std::size_t maxTextLength = 2047;  // of a formatted text
+
 // The text buffer of one formatting entry point, guarded by itself.
 class EntryPoint {
 public:
@@ -60,15 +62,15 @@ public:
     KXUTILS_PRINTF(3, 0)
     void log(Output output, const char* format, std::va_list arguments) {
         const std::lock_guard<std::mutex> guard(_bufferMutex);
-        constexpr int maxLength = sizeof _text - 1;
         const int length = std::vsnprintf(_text, sizeof _text, format, arguments);
-        if (length < 0 || length > maxLength) _text[maxLength] = '\0';
+        if (length < 0 || static_cast<std::size_t>(length) > maxTextLength)
+            _text[maxTextLength] = '\0';
         output(_text, callCallback | writeLines, /*alternate=*/false);
     }
 
 private:
     std::mutex _bufferMutex;
-    char _text[2048] = {};
+    char _text[maxTextLength + 1] = {};
 };
 
 EntryPoint infoEntry, infoNumberEntry;
@@ -144,10 +146,11 @@ bool writeLine(const std::string& line, std::string& failedPath) {
     return true;
 }
 
-// A text of its own, given to the output itself: the buffer of the entry point `error` may be the
-// one that holds the message on its way.
+// A text of its own, cut as the entry point `error` would cut it: that one's buffer may hold the
+// message on its way.
 void reportUnopened(const std::string& path) {
-    kxLog::errorI(("Couldn't create log file '" + path + "'!").c_str(), callCallback | writeLines,
+    const std::string text = "Couldn't create log file '" + path + "'!";
+    kxLog::errorI(text.substr(0, maxTextLength).c_str(), callCallback | writeLines,
                   /*alternate=*/false);
 }
 

@@ -24,8 +24,8 @@
 /// error, callback, console, buffer, stream, file), so two messages never mix and all destinations
 /// see them in the same order. Each formatting entry point has a static text buffer with a mutex of
 /// its own, held from formatting to the end of the call and always taken before the output's mutex;
-/// threads that log through the same entry point take turns. The mutexes are not recursive: a
-/// callback, and the argument of no call, must log through kxLog.
+/// threads that log through the same entry point take turns. The mutexes are not recursive: neither
+/// a callback nor the stream buffer that receives the lines may log through kxLog.
 ///
 /// Everything else (setters, format, file, getLastError) takes no lock and is meant for set-up and
 /// the main thread.
@@ -115,7 +115,7 @@ public:
     ///
     /// If the environment variable named after the application (in capitals, and "_LOG_DIR"; for
     /// "talo" TALO_LOG_DIR) holds a directory, the file goes there under its own name, and the
-    /// directory is created.
+    /// directory is created. A variable that is set but empty counts as not set.
     ///
     /// An existing file whose first message is not of today is moved aside, to its path followed
     /// directly by that message's stamp ("app.log20170301-140509"). Deliberate: HTML, and text
@@ -140,7 +140,10 @@ public:
     /// nothing if there is no file. A line that cannot be written is lost silently. In CSV format a
     /// file whose first message is not of today is moved aside first and a new one started;
     /// deliberate: a file that holds its header only counts as undated and moves to path +
-    /// "00000-000000" at its first message. Takes no lock: the output calls it with the lock held.
+    /// "00000-000000" at its first message. If the new file cannot be opened, file logging is off,
+    /// the line is lost, and the error that says so follows the message. A CSV file that was
+    /// deleted comes back without its header. Takes no lock: the output calls it with the lock
+    /// held.
     static void addToLogFile(const std::string& line);
 
     /// With stamps on, replaces `line` by the start of a text line: time, type and number + _nr.

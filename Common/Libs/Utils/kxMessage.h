@@ -83,8 +83,9 @@ private:
 ///
 ///     holds a T                      -> true, result = the value
 ///     absent, or holds nothing       -> false, result kept, silent
-///     holds a value of another type  -> false, result kept, one line on standard error (not the
-///     log)
+///     holds a value of another type  -> false, result kept, one line on standard error
+///
+/// That line does not go through the log.
 ///
 /// Types are compared by name, so a value made in a plug-in that carries its own copy of the type
 /// information is accepted.

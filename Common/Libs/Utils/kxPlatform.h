@@ -11,7 +11,7 @@
 /// Pointers returned point into the class's own strings and stay valid until that value is rebuilt
 /// or reassigned. Threads: no locks; initialise on the main thread before others start. getBinDir,
 /// getLibDir, getPluginsDir and getQtPluginsDir rebuild their string at every call and are not safe
-/// for concurrent callers.
+/// for concurrent callers. A null pointer is allowed only where it is said so.
 class KXUTILS_API kxPlatform {
 public:
     // --- Start-up and installation layout --------------------------------------------------------

@@ -60,8 +60,9 @@ public:
     /// The loader's pending error text, or "" if there is none; reading it clears it.
     static std::string getLastError();
 
-    /// Opens a web page in the platform's browser. `url` is handed to the system shell as it is,
-    /// deliberately without quoting: pass only text that is safe in a shell command.
+    /// Opens a web page in the platform's browser, by a shell command that is waited for and whose
+    /// status is ignored. `url` is handed to the shell as it is, deliberately without quoting: pass
+    /// only text that is safe in a shell command.
     static void openBrowser(const std::string& url);
 
     /// Not implemented on this platform: always false.

@@ -1,0 +1,74 @@
+// The pieces below the host bridge and the platform that no public function shows directly.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdint>
+#include <filesystem>
+#include <limits>
+#include <string>
+
+#if defined(__x86_64__)
+#include <emmintrin.h>
+#endif
+
+#include "detail/executable_path.h"
+#include "detail/truncate.h"
+
+using kx::detail::truncateToInt32;
+
+namespace {
+
+constexpr std::int32_t smallest = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t largest = std::numeric_limits<std::int32_t>::max();
+
+struct TruncateCase {
+    const char* name;
+    double value;
+    std::int32_t result;
+};
+void PrintTo(const TruncateCase& c, std::ostream* os) { *os << c.name; }
+
+const TruncateCase truncateCases[] = {
+    {"Zero", 0.0, 0},
+    {"MinusZero", -0.0, 0},
+    {"BelowOne", 0.999999, 0},
+    {"AboveMinusOne", -0.999999, 0},
+    {"TowardsZero", 27.5, 27},
+    {"NegativeTowardsZero", -27.5, -27},
+    {"Largest", 2147483647.0, largest},
+    {"LargestAndAHalf", 2147483647.5, largest},
+    {"JustBelowTheUpperLimit", std::nextafter(2147483648.0, 0.0), largest},
+    {"UpperLimit", 2147483648.0, smallest},
+    {"Smallest", -2147483648.0, smallest},
+    {"SmallestPlusAHalf", -2147483647.5, smallest + 1},
+    {"SmallestMinusAHalf", -2147483648.5, smallest},
+    {"LowerLimit", -2147483649.0, smallest},
+    {"FarAbove", 3.3e23, smallest},
+    {"FarBelow", -3.3e23, smallest},
+    {"Infinity", std::numeric_limits<double>::infinity(), smallest},
+    {"MinusInfinity", -std::numeric_limits<double>::infinity(), smallest},
+    {"NotANumber", std::numeric_limits<double>::quiet_NaN(), smallest},
+};
+
+class TruncateToInt32 : public testing::TestWithParam<TruncateCase> {};
+
+}  // namespace
+
+TEST_P(TruncateToInt32, MatchesTable) {
+    const TruncateCase& c = GetParam();
+    EXPECT_EQ(truncateToInt32(c.value), c.result);
+#if defined(__x86_64__)
+    EXPECT_EQ(_mm_cvttsd_si32(_mm_set_sd(c.value)), c.result) << "the processor's own conversion";
+#endif
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, TruncateToInt32, testing::ValuesIn(truncateCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+static_assert(truncateToInt32(-1.5) == -1 && truncateToInt32(1e10) == smallest, "constant too");
+
+TEST(ExecutablePath, IsThatOfTheRunningProgram) {
+    const std::string path = kx::detail::executablePath();
+    EXPECT_EQ(std::filesystem::path(path).filename(), "detail_core_test");
+    EXPECT_TRUE(std::filesystem::equivalent(path, "/proc/self/exe"));
+}

@@ -1,0 +1,10 @@
+// A library with a function that only another library defines: it loads lazily in any case, and at
+// once only where that definition is visible.
+extern "C" {
+
+int kxProvidedValue();
+
+__attribute__((visibility("default"))) int kxOwnValue() { return 7; }
+
+__attribute__((visibility("default"))) int kxConsumedValue() { return kxProvidedValue() + 1; }
+}

@@ -8,9 +8,12 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
+#include <stdexcept>
 
 #include "detail/ascii.h"
 #include "detail/expand_filename.h"
+#include "detail/file_checksum.h"
 #include "detail/file_handle.h"
 #include "detail/relative_path.h"
 #include "detail/tmp_name.h"
@@ -21,6 +24,7 @@
 using kx::detail::ErrnoKeeper;
 using kx::detail::FileHandle;
 using kx::detail::isSlash;
+using kx::detail::sizeOf;
 
 kxFile* kxFile::_me = nullptr;
 std::string kxFile::_tmp_envvar_name;
@@ -222,20 +226,6 @@ bool canCreate(const std::string& path) {
 }
 
 bool makeDir(const std::string& path) { return mkdir(path.c_str(), allPermissions) == 0; }
-
-// The size of an open file, its position put back to the start; -1 if it has none (a directory, a
-// pipe).
-off_t sizeOf(std::FILE* file) {
-    struct stat info {};
-    if (fstat(fileno(file), &info) != 0) return -1;
-    if (S_ISDIR(info.st_mode)) {  // opens for reading, and some report an end of 2^63 - 1
-        errno = EISDIR;
-        return -1;
-    }
-    if (fseeko(file, 0, SEEK_END) != 0) return -1;
-    const off_t size = ftello(file);
-    return size >= 0 && fseeko(file, 0, SEEK_SET) == 0 ? size : -1;
-}
 
 template <typename Container>
 bool readWhole(const std::string& path, Container& content) {
@@ -466,6 +456,69 @@ void kxFile::removeTmpFiles() {
 }
 
 void kxFile::clearTmpDir() { kxLog::error("kxFile::clearTmpDir: NOT IMPLEMENTED YET!"); }
+
+// --- Checksums and identifiers -------------------------------------------------------------------
+
+namespace {
+
+constexpr std::size_t blockSize = 8192;
+
+}  // namespace
+
+std::uint32_t kxFile::getChecksum(const std::string& path, int skip) {
+    if (path.empty()) return 0;
+    const FileHandle file(path, "rb");
+    if (!file) return 0;
+    if (skip > 0 && (sizeOf(file.get()) < skip || fseeko(file.get(), skip, SEEK_SET) != 0))
+        return 0;
+    constexpr auto toTheEnd = std::numeric_limits<std::uint64_t>::max();
+    return kx::detail::crc32Of(file.get(), toTheEnd, blockSize);
+}
+
+bool kxFile::appendChecksum(const std::string& path, std::uint32_t checksum) {
+    return append(path, kx::detail::checksumFooter(checksum));
+}
+
+bool kxFile::checkChecksum(const std::string& path, std::uint32_t& checksum, std::uint32_t offset) {
+    using Kind = kx::detail::ChecksumFinding::Kind;
+    checksum = 0;
+    const auto found = kx::detail::inspectChecksum(path, offset);
+    if (found.hasMetaFooter) std::puts("Found meta footer.");
+    switch (found.kind) {
+        case Kind::notOpened:
+            break;
+        case Kind::noFooter:
+            std::puts("Couldn't find file checksum!");
+            break;
+        case Kind::badMetaDistance:
+            throw std::invalid_argument("kxFile::checkChecksum: meta footer without a number");
+        case Kind::correct:
+            checksum = found.computed;
+            std::printf("Found correct file checksum %s.\n", found.stored.c_str());
+            break;
+        case Kind::incorrect:
+            std::printf("Found incorrect file checksum %s != %s!\n",
+                        kx::detail::checksumDigits(found.computed).c_str(), found.stored.c_str());
+            return false;
+    }
+    return true;
+}
+
+std::uint32_t kxFile::getID(const void* data, std::uint32_t length) {
+    return data ? kx::detail::crc32Of(data, length) : 0;
+}
+
+std::string kxFile::getFileID(const std::string& path) {
+    if (path.empty()) return {};
+    std::uint32_t crc = 0;
+    off_t size = 0;
+    const FileHandle file(path, "rb");
+    if (file) {
+        crc = kx::detail::crc32Of(file.get(), blockSize, blockSize);
+        size = std::max<off_t>(sizeOf(file.get()), 0);
+    }
+    return std::to_string(size) + std::to_string(crc);
+}
 
 // --- External commands ---------------------------------------------------------------------------
 

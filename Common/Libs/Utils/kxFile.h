@@ -248,6 +248,65 @@ public:
     /// Not implemented: logs an error.
     static void clearTmpDir();
 
+    // --- Checksums and identifiers ---------------------------------------------------------------
+    // The checksum is the standard CRC-32 of IEEE 802.3 and zlib: polynomial 0x04C11DB7, reflected,
+    // initial value and final XOR 0xFFFFFFFF; "123456789" has 0xCBF43926. A read that comes back
+    // short, also by an error, counts as the file's end. Sizes and positions have 64 bits. No state
+    // and no locks: any thread may call these. Nothing is logged.
+    //
+    // A stamped file: [offset bytes, not covered][protected data][checksum footer], optionally
+    // followed by [meta data][meta footer]. Each footer has 16 bytes:
+    //
+    //     checksum footer   00 54 41 4C 4F 43 52 43 (0, "TALOCRC"), then the CRC-32 of the
+    //                       protected data as eight upper-case hexadecimal digits
+    //     meta footer       "TALOMETA", then eight hexadecimal digits: the bytes from the start of
+    //                       the checksum footer to the start of the meta footer
+    //
+    // To stamp a file, write it, then appendChecksum(path, getChecksum(path, offset)); later
+    // checkChecksum(path, crc, offset) with the same offset. Nothing here writes a meta footer.
+
+    /// The CRC-32 of the file after its first `skip` bytes (none if `skip` is 0 or less). 0 for "",
+    /// a file that cannot be opened and one of fewer than `skip` bytes: a checksum of 0 and a
+    /// failure cannot be told apart.
+    static std::uint32_t getChecksum(const std::string& path, int skip = 0);
+
+    /// Appends a checksum footer, creating the file if it is missing. True only if the system has
+    /// taken all 16 bytes; false for "" and a file that cannot be opened.
+    static bool appendChecksum(const std::string& path, std::uint32_t checksum);
+
+    /// True unless the file has a checksum footer that does not match the data from byte `offset`
+    /// up to the footer. `checksum` becomes the computed value if the two match, otherwise 0.
+    ///
+    ///                                            result  standard output
+    ///     "", cannot be opened                   true    nothing
+    ///     no checksum footer, or fewer than      true    "Couldn't find file checksum!"
+    ///     `offset` + 16 bytes
+    ///     footer matches                         true    "Found correct file checksum %s."
+    ///     footer does not match                  false   "Found incorrect file checksum %s != %s!"
+    ///                                                    (computed, stored)
+    ///
+    /// The eight characters are compared as text: lower-case digits never match (deliberate). After
+    /// a meta footer "Found meta footer." comes first, and a footer that is not where it says
+    /// counts as no footer. The messages bypass the log; each is a line written in one call.
+    ///
+    /// Throws std::invalid_argument, after "Found meta footer." and with `checksum` set to 0, if
+    /// the meta footer's number does not start with a hexadecimal digit. It is read by the rules of
+    /// std::stoul: blanks, a sign and "0x" may come before the digits, and what follows them is
+    /// ignored.
+    static bool checkChecksum(const std::string& path, std::uint32_t& checksum,
+                              std::uint32_t offset = 0);
+
+    /// The CRC-32 of `length` bytes at `data`; 0 for a null pointer and for no bytes.
+    static std::uint32_t getID(const void* data, std::uint32_t length);
+
+    /// A cheap identifier: the size in bytes and the CRC-32 of the first 8192 bytes, both in
+    /// decimal and without a separator. "00" for an empty file and one that cannot be read; "" for
+    /// "". Deliberately weak: files of one size that differ only later share it, and so can files
+    /// of different sizes.
+    ///
+    ///     10 bytes with the CRC-32 305419896 -> "10305419896"
+    static std::string getFileID(const std::string& path);
+
     // --- External commands -----------------------------------------------------------------------
     // The system shell parses the command: nothing is quoted or escaped. No state.
 

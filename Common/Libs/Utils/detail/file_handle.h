@@ -1,6 +1,8 @@
 // An open file that closes itself and leaves the error number of the call that failed.
 #pragma once
 
+#include <sys/stat.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <string>
@@ -43,5 +45,19 @@ public:
 private:
     std::FILE* _file;
 };
+
+/// The size of an open file, its position put back to the start; -1, with errno set, if it has none
+/// (a directory, a pipe).
+inline off_t sizeOf(std::FILE* file) {
+    struct stat info {};
+    if (fstat(fileno(file), &info) != 0) return -1;
+    if (S_ISDIR(info.st_mode)) {  // opens for reading, and some report an end of 2^63 - 1
+        errno = EISDIR;
+        return -1;
+    }
+    if (fseeko(file, 0, SEEK_END) != 0) return -1;
+    const off_t size = ftello(file);
+    return size >= 0 && fseeko(file, 0, SEEK_SET) == 0 ? size : -1;
+}
 
 }  // namespace kx::detail

@@ -1,0 +1,100 @@
+#include "detail/file_checksum.h"
+
+#include <algorithm>
+#include <boost/crc.hpp>
+#include <cinttypes>
+#include <cstdlib>
+#include <string_view>
+#include <vector>
+
+#include "detail/file_handle.h"
+
+namespace kx::detail {
+namespace {
+
+using Crc32 = boost::crc_optimal<32, 0x04C11DB7, 0xFFFFFFFF, 0xFFFFFFFF, true, true>;
+
+constexpr std::size_t footerSize = 16, markSize = 8, blockSize = 81920;
+
+constexpr std::string_view checksumMark("\0TALOCRC", markSize), metaMark = "TALOMETA";
+
+bool hasMark(const std::string& footer, std::string_view mark) {
+    return footer.compare(0, markSize, mark) == 0;
+}
+
+// The 16 bytes at `position`; "" if they cannot be read, so that no earlier bytes pass for them.
+std::string readFooter(std::FILE* file, std::uint64_t position) {
+    std::string footer(footerSize, '\0');
+    if (fseeko(file, static_cast<off_t>(position), SEEK_SET) != 0) return {};
+    return std::fread(footer.data(), 1, footerSize, file) == footerSize ? footer : std::string();
+}
+
+}  // namespace
+
+std::uint32_t crc32Of(const void* data, std::size_t size) {
+    Crc32 crc;
+    crc.process_bytes(data, size);
+    return crc.checksum();
+}
+
+std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock) {
+    Crc32 crc;
+    std::vector<char> block(maxBlock);
+    while (length > 0) {
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
+        const std::size_t size = std::fread(block.data(), 1, wanted, file);
+        crc.process_bytes(block.data(), size);
+        if (size < wanted) break;
+        length -= size;
+    }
+    return crc.checksum();
+}
+
+std::string checksumDigits(std::uint32_t checksum) {
+    char digits[9];
+    std::snprintf(digits, sizeof digits, "%08" PRIX32, checksum);
+    return digits;
+}
+
+std::string checksumFooter(std::uint32_t checksum) {
+    return std::string(checksumMark) + checksumDigits(checksum);
+}
+
+ChecksumFinding inspectChecksum(const std::string& path, std::uint32_t offset) {
+    using Kind = ChecksumFinding::Kind;
+    ChecksumFinding found;
+    if (path.empty()) return found;
+    const FileHandle file(path, "rb");
+    if (!file) return found;
+
+    found.kind = Kind::noFooter;
+    const off_t size = sizeOf(file.get());
+    if (size < static_cast<off_t>(offset) + static_cast<off_t>(footerSize)) return found;
+    std::uint64_t position = static_cast<std::uint64_t>(size) - footerSize;
+    std::string footer = readFooter(file.get(), position);
+
+    if (hasMark(footer, metaMark)) {
+        found.hasMetaFooter = true;
+        found.metaFooterAt = position;
+        const std::string text = footer.substr(markSize);
+        char* end = nullptr;
+        const std::uint64_t distance = std::strtoul(text.c_str(), &end, 16);
+        if (end == text.c_str()) {
+            found.kind = Kind::badMetaDistance;
+            return found;
+        }
+        if (distance > position - offset) return found;  // before the protected data
+        position -= distance;
+        footer = readFooter(file.get(), position);
+    }
+    if (!hasMark(footer, checksumMark)) return found;
+
+    found.footerAt = position;
+    found.stored = footer.substr(markSize);
+    if (fseeko(file.get(), static_cast<off_t>(offset), SEEK_SET) != 0) return found;
+    found.computed = crc32Of(file.get(), position - offset, blockSize);
+    found.kind = found.stored == checksumDigits(found.computed) ? Kind::correct : Kind::incorrect;
+    return found;
+}
+
+}  // namespace kx::detail

@@ -1,0 +1,77 @@
+#include "detail/file_checksum.h"
+
+#include <gtest/gtest.h>
+
+#include "reference/crc32_bitwise.h"
+#include "support/file_support.h"
+
+using kx::detail::ChecksumFinding;
+using Kind = ChecksumFinding::Kind;
+
+namespace {
+
+const std::string mark("\0TALOCRC", 8);
+
+// What is found in a file of these bytes, printing nothing on the way.
+ChecksumFinding inspect(const std::string& bytes, std::uint32_t offset) {
+    const kxtest::TempDir dir;
+    kxtest::Captured out(stdout), err(stderr);
+    ChecksumFinding found = kx::detail::inspectChecksum(dir.write("f", bytes), offset);
+    EXPECT_EQ(out.text() + err.text(), "");
+    return found;
+}
+
+}  // namespace
+
+TEST(InspectChecksum, TellsAMissingFileFromAMissingFooter) {
+    const kxtest::TempDir dir;
+    EXPECT_EQ(kx::detail::inspectChecksum("", 0).kind, Kind::notOpened);
+    EXPECT_EQ(kx::detail::inspectChecksum(dir.file("missing"), 0).kind, Kind::notOpened);
+    EXPECT_EQ(inspect("no footer in these bytes", 0).kind, Kind::noFooter);
+    EXPECT_FALSE(inspect("no footer in these bytes", 0).hasMetaFooter);
+}
+
+TEST(InspectChecksum, SaysWhereAFooterStandsAndWhatItHolds) {
+    const ChecksumFinding found = inspect("HEAD123456789" + mark + "CBF43926", 4);
+    EXPECT_EQ(found.kind, Kind::correct);
+    EXPECT_FALSE(found.hasMetaFooter);
+    EXPECT_EQ(found.footerAt, 13U);
+    EXPECT_EQ(found.stored, "CBF43926");
+    EXPECT_EQ(found.computed, 0xCBF43926);
+}
+
+TEST(InspectChecksum, KeepsBothValuesOfAMismatch) {
+    const ChecksumFinding found = inspect("123456789" + mark + "cbf43926xyTALOMETA00000012", 0);
+    EXPECT_EQ(found.kind, Kind::incorrect);
+    EXPECT_TRUE(found.hasMetaFooter);
+    EXPECT_EQ(found.metaFooterAt, 27U);
+    EXPECT_EQ(found.footerAt, 9U);
+    EXPECT_EQ(found.stored, "cbf43926");
+    EXPECT_EQ(found.computed, 0xCBF43926);
+}
+
+TEST(InspectChecksum, ReportsAMetaFooterThatLeadsNowhere) {
+    const ChecksumFinding nowhere = inspect("12345TALOMETA00000001", 0);
+    EXPECT_EQ(nowhere.kind, Kind::noFooter);
+    EXPECT_TRUE(nowhere.hasMetaFooter);
+    EXPECT_EQ(nowhere.metaFooterAt, 5U);
+    const ChecksumFinding noNumber = inspect("12345TALOMETA--------", 0);
+    EXPECT_EQ(noNumber.kind, Kind::badMetaDistance);
+    EXPECT_TRUE(noNumber.hasMetaFooter);
+    EXPECT_EQ(noNumber.metaFooterAt, 5U);
+}
+
+TEST(Crc32Of, ReadsAtMostTheLengthFromTheFilesPosition) {
+    const kxtest::TempDir dir;
+    const std::string bytes = kxtest::someBytes(100), path = dir.write("f", bytes);
+    for (const std::size_t maxBlock : {1, 7, 10, 100, 1000}) {
+        std::FILE* const file = std::fopen(path.c_str(), "rb");
+        ASSERT_NE(file, nullptr);
+        EXPECT_EQ(kx::detail::crc32Of(file, 70, maxBlock),
+                  reference::crc32Bitwise(bytes.substr(0, 70)));
+        EXPECT_EQ(kx::detail::crc32Of(file, 31, maxBlock),
+                  reference::crc32Bitwise(bytes.substr(70)));
+        EXPECT_EQ(kx::detail::crc32Of(file, 1, maxBlock), 0U);
+        std::fclose(file);
+    }
+}

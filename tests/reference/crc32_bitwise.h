@@ -1,0 +1,23 @@
+// CRC-32 of IEEE 802.3 one bit at a time: the remainder of a polynomial division, bits of a byte
+// lowest first.
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+namespace reference {
+
+inline std::uint32_t crc32Bitwise(const std::string& bytes) {
+    constexpr std::uint32_t reversedPolynomial = 0xEDB88320;  // 0x04C11DB7 with its bits reversed
+    std::uint32_t remainder = 0xFFFFFFFF;
+    for (const char c : bytes)
+        for (unsigned bit = 0; bit < 8; ++bit) {
+            const bool next = (static_cast<unsigned char>(c) >> bit & 1) != 0;
+            const bool low = (remainder & 1) != 0;
+            remainder >>= 1;
+            if (next != low) remainder ^= reversedPolynomial;
+        }
+    return remainder ^ 0xFFFFFFFF;
+}
+
+}  // namespace reference

@@ -43,7 +43,8 @@ void useSlashes(std::string& text) { std::replace(text.begin(), text.end(), '\\'
 
 void kxFile::init() {
     static kxFile kxfile;
-    _me = &kxfile;
+    // Stored under the guard of the initialisation too: threads may come at the same time.
+    [[maybe_unused]] static kxFile* const stored = (_me = &kxfile);
 }
 
 // --- Path names ----------------------------------------------------------------------------------

@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <exception>
 #include <limits>
 #include <stdexcept>
 
@@ -236,7 +237,12 @@ bool readWhole(const std::string& path, Container& content) {
     if (!file) return false;
     const off_t size = sizeOf(file.get());
     if (size <= 0) return false;
-    content.resize(static_cast<std::size_t>(size));
+    try {
+        content.resize(static_cast<std::size_t>(size));
+    } catch (const std::exception&) {  // too little memory, or more than a container can hold
+        errno = ENOMEM;
+        return false;
+    }
     if (std::fread(content.data(), 1, content.size(), file.get()) == 0) {
         content.clear();
         return false;

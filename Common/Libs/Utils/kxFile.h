@@ -185,7 +185,8 @@ public:
     static bool read(const std::string& path, char* buffer);
 
     /// Replaces `content` by the file's bytes. True if at least one byte was read; otherwise
-    /// `content` is empty. A file that shrinks while it is read leaves zero bytes at the end.
+    /// `content` is empty. False, not an exception, if the file does not fit into memory. A file
+    /// that shrinks while it is read leaves zero bytes at the end.
     static bool read(const std::string& path, std::string& content);
     static bool read(const std::string& path, std::vector<char>& content);
 

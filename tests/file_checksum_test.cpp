@@ -64,7 +64,7 @@ TEST(InspectChecksum, ReportsAMetaFooterThatLeadsNowhere) {
 TEST(Crc32Of, ReadsAtMostTheLengthFromTheFilesPosition) {
     const kxtest::TempDir dir;
     const std::string bytes = kxtest::someBytes(100), path = dir.write("f", bytes);
-    for (const std::size_t maxBlock : {1, 7, 10, 100, 1000}) {
+    for (const std::size_t maxBlock : {1U, 7U, 10U, 100U, 1000U}) {
         std::FILE* const file = std::fopen(path.c_str(), "rb");
         ASSERT_NE(file, nullptr);
         EXPECT_EQ(kx::detail::crc32Of(file, 70, maxBlock),

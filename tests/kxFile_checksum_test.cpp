@@ -84,7 +84,7 @@ TEST(GetID, CoversExactlyTheLength) {
 
 TEST(GetChecksum, MatchesTheModelAroundTheBlockSize) {
     const kxtest::TempDir dir;
-    for (const std::size_t size : {1, 8191, 8192, 8193, 16384, 16385, 24576}) {
+    for (const std::size_t size : {1U, 8191U, 8192U, 8193U, 16384U, 16385U, 24576U}) {
         const std::string bytes = someBytes(size), path = dir.write("f", bytes);
         for (const int skip : {INT_MIN, -1, 0, 1, 8191, 8192, 8193, 16384, 16385, INT_MAX}) {
             const std::size_t skipped = skip > 0 ? static_cast<std::size_t>(skip) : 0;
@@ -271,7 +271,7 @@ INSTANTIATE_TEST_SUITE_P(Table, ChecksumCheck, testing::ValuesIn(checkCases),
 
 TEST(CheckChecksum, MatchesTheModelAroundTheBlockSize) {
     const kxtest::TempDir dir;
-    for (const std::size_t size : {8191, 8192, 8193, 81919, 81920, 81921, 163840, 163841})
+    for (const std::size_t size : {8191U, 8192U, 8193U, 81919U, 81920U, 81921U, 163840U, 163841U})
         for (const std::uint32_t offset : {0U, 1U, 8190U}) {
             std::string bytes = someBytes(size);
             const std::string covered = bytes.substr(offset);
@@ -362,7 +362,7 @@ TEST(GetFileID, IsTwoZerosWithoutContent) {
 
 TEST(GetFileID, CoversTheFirst8192BytesOnly) {
     const kxtest::TempDir dir;
-    for (const std::size_t size : {8191, 8192, 8193, 16384, 20000}) {
+    for (const std::size_t size : {8191U, 8192U, 8193U, 16384U, 20000U}) {
         std::string bytes = someBytes(size);
         const std::string id =
             std::to_string(size) + std::to_string(crc32Bitwise(bytes.substr(0, 8192)));

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstdlib>
+#include <exception>
 #include <functional>
 #include <string>
 
@@ -39,17 +39,19 @@ inline bool writeAt(const std::string& path, off_t position, const std::string& 
     return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
 }
 
-/// Runs `work` in a child process that is not the super-user, to whom the system would refuse
-/// nothing, and returns the child's answer. The child may change what it likes of itself.
-inline std::string asOrdinaryUser(const std::function<std::string()>& work) {
+/// Runs `work` in a child process, which may change what it likes of itself, and returns the
+/// child's answer.
+inline std::string inChild(const std::function<std::string()>& work) {
     int ends[2];
     if (pipe(ends) != 0) return "cannot make a pipe";
     const pid_t child = fork();
     if (child == 0) {
-        constexpr unsigned nobody = 65534;
-        const bool dropped =
-            !isRoot() || (setgroups(0, nullptr) == 0 && setgid(nobody) == 0 && setuid(nobody) == 0);
-        const std::string answer = dropped ? work() : "cannot drop the privileges";
+        std::string answer;
+        try {
+            answer = work();
+        } catch (const std::exception& e) {  // must not run on into the parent's tests
+            answer = std::string("threw ") + e.what();
+        }
         const ssize_t written = write(ends[1], answer.data(), answer.size());
         _exit(written == static_cast<ssize_t>(answer.size()) ? 0 : 1);
     }
@@ -65,6 +67,16 @@ inline std::string asOrdinaryUser(const std::function<std::string()>& work) {
     }
     if (status != 0) answer += " (child failed)";
     return answer;
+}
+
+/// The same, where the child is not the super-user, to whom the system would refuse nothing.
+inline std::string asOrdinaryUser(const std::function<std::string()>& work) {
+    return inChild([&]() -> std::string {
+        constexpr unsigned nobody = 65534;
+        if (isRoot() && (setgroups(0, nullptr) != 0 || setgid(nobody) != 0 || setuid(nobody) != 0))
+            return "cannot drop the privileges";
+        return work();
+    });
 }
 
 }  // namespace kxtest

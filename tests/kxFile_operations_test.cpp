@@ -1,0 +1,506 @@
+#include <fcntl.h>
+#include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <csignal>
+#include <cstring>
+#include <functional>
+#include <thread>
+#include <type_traits>
+
+#include "kxFile.h"
+#include "kxLog.h"
+#include "support/file_support.h"
+
+using kxtest::someBytes;
+
+// Takes the place of the C library's function for calls from the library too, so that a test can
+// see what is to be created and refuse it.
+static std::function<int(const std::string&, mode_t)> theMkdir;
+
+extern "C" int mkdir(const char* path, mode_t mode) noexcept {
+    return theMkdir ? theMkdir(path, mode) : mkdirat(AT_FDCWD, path, mode);
+}
+
+namespace {
+
+// A prepared directory, made the working directory:
+//   file (9 bytes), empty, dir/, full/inside, dangling -> nowhere
+class FileOperations : public testing::Test {
+protected:
+    FileOperations() {
+        dir.write("file", "123456789");
+        dir.write("empty", "");
+        dir.makeDir("dir");
+        dir.write("full/inside", "x");
+        EXPECT_EQ(symlink("nowhere", dir.file("dangling").c_str()), 0);
+    }
+    ~FileOperations() override { theMkdir = nullptr; }
+
+    const kxtest::TempDir dir;
+    const kxtest::ScopedCwd cwd{dir.path()};
+};
+
+mode_t modeOf(const std::string& path) {
+    struct stat info {};
+    EXPECT_EQ(stat(path.c_str(), &info), 0) << path;
+    return info.st_mode & 07777;
+}
+
+// The text of errors logged during its life.
+class LoggedErrors {
+public:
+    LoggedErrors() {
+        text.clear();
+        kxLog::setErrorCB([](const char* message) { text += message; });
+    }
+    ~LoggedErrors() { kxLog::setErrorCB(nullptr); }
+    LoggedErrors(const LoggedErrors&) = delete;
+    LoggedErrors& operator=(const LoggedErrors&) = delete;
+
+    inline static std::string text;
+};
+
+}  // namespace
+
+// --- The instance --------------------------------------------------------------------------------
+
+static_assert(std::is_empty_v<kxFile> && std::is_trivially_default_constructible_v<kxFile> &&
+                  std::is_trivially_destructible_v<kxFile>,
+              "an object of kxFile holds nothing");
+
+TEST(Init, CreatesOneInstanceFromAnyThread) {
+    EXPECT_EQ(kxFile::_me, nullptr);
+    std::thread other(kxFile::init);
+    kxFile::init();
+    other.join();
+    kxFile* const first = kxFile::_me;
+    EXPECT_NE(first, nullptr);
+    kxFile::init();
+    EXPECT_EQ(kxFile::_me, first);
+}
+
+// --- Existence -----------------------------------------------------------------------------------
+
+TEST_F(FileOperations, ExistsForWhateverStatFinds) {
+    for (const bool first : {false, true})
+        for (const bool second : {false, true}) {
+            for (const char* path : {"file", "empty", "dir", "dir/", "/", "/dev/null"})
+                EXPECT_TRUE(kxFile::exists(path, first, second)) << path;
+            for (const char* path : {"", "missing", "file/", "file/x", "dangling"})
+                EXPECT_FALSE(kxFile::exists(path, first, second)) << path;
+        }
+}
+
+// --- Directories ---------------------------------------------------------------------------------
+
+TEST_F(FileOperations, CreateDirMakesOneDirectory) {
+    EXPECT_TRUE(kxFile::createDir("dir/new"));
+    EXPECT_EQ(kxtest::list("dir"), std::vector<std::string>{"new"});
+    for (const char* path : {"", "dir", "file", "missing/new", "file/new", "dangling"})
+        EXPECT_FALSE(kxFile::createDir(path)) << path;
+    EXPECT_TRUE(kxFile::createDir("back\\slash"));  // no separator here
+    EXPECT_TRUE(kxtest::exists("back\\slash"));
+}
+
+TEST_F(FileOperations, DirectoriesHaveTheModeThatTheUmaskLeaves) {
+    const mode_t old = umask(0);
+    EXPECT_TRUE(kxFile::createDir("open"));
+    EXPECT_TRUE(kxFile::createPath("p/q"));
+    umask(027);
+    EXPECT_TRUE(kxFile::createDir("narrow"));
+    umask(old);
+    EXPECT_EQ(modeOf("open"), 0777U);
+    EXPECT_EQ(modeOf("p"), 0777U);
+    EXPECT_EQ(modeOf("p/q"), 0777U);
+    EXPECT_EQ(modeOf("narrow"), 0750U);
+}
+
+struct PathCase {
+    const char* name;
+    std::string path;
+    bool result;
+    std::vector<std::string> created;
+};
+static void PrintTo(const PathCase& c, std::ostream* os) { *os << c.name; }
+
+class CreatePath : public FileOperations, public testing::WithParamInterface<PathCase> {};
+TEST_P(CreatePath, MatchesTable) {
+    const PathCase& c = GetParam();
+    std::vector<std::string> created;
+    theMkdir = [&](const std::string& path, mode_t mode) {
+        const int result = mkdirat(AT_FDCWD, path.c_str(), mode);
+        if (result == 0) created.push_back(path);
+        return result;
+    };
+    EXPECT_EQ(kxFile::createPath(c.path), c.result);
+    theMkdir = nullptr;
+    for (const std::string& path : c.created) EXPECT_TRUE(kxtest::exists(path)) << path;
+    EXPECT_EQ(created, c.created);
+    EXPECT_EQ(kxtest::slurp("file"), "123456789");
+}
+
+static const std::string tooLong(300, 'n');
+static const PathCase pathCases[] = {
+    {"Empty", "", false, {}},
+    {"OneSlash", "/", true, {}},
+    {"TwoSlashes", "//", true, {}},
+    {"ManySlashes", "////", true, {}},
+    {"BackslashesOnly", "\\\\", true, {}},
+    {"OneComponent", "a", true, {"a"}},
+    {"AllMissing", "a/b/c", true, {"a", "a/b", "a/b/c"}},
+    {"SomeThere", "dir/b/c", true, {"dir/b", "dir/b/c"}},
+    {"AllThere", "full", true, {}},
+    {"EmptyComponents", "a//b///c//", true, {"a", "a/b", "a/b/c"}},
+    {"Backslashes", "a\\b\\\\c\\", true, {"a", "a/b", "a/b/c"}},
+    {"MixedSeparators", "a\\b/c", true, {"a", "a/b", "a/b/c"}},
+    {"Dots", "./a/../b", true, {"./a", "./a/../b"}},
+    {"FileInPlaceOfTheLast", "file", true, {}},
+    {"FileInTheWay", "file/b", false, {}},
+    {"FileFurtherInTheWay", "full/inside/b/c", false, {}},
+    {"FirstFails", "dangling", true, {}},
+    {"FirstHasNoValidName", tooLong, true, {}},
+    {"FirstFailsAndTheNextToo", "dangling/b", false, {}},
+    {"LaterFails", "a/" + tooLong, false, {"a"}},
+};
+INSTANTIATE_TEST_SUITE_P(Table, CreatePath, testing::ValuesIn(pathCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(FileOperations, CreatePathTakesAbsolutePaths) {
+    for (const char* leading : {"", "/", "//"}) {
+        const std::string path = leading + dir.path() + "/abs" + std::to_string(strlen(leading));
+        EXPECT_TRUE(kxFile::createPath(path + "/x")) << path;
+        EXPECT_TRUE(kxFile::exists(path + "/x")) << path;
+    }
+}
+
+struct WalkCase {
+    const char* name;
+    std::string path;
+    std::vector<std::string> refused;
+    bool result;
+    std::vector<std::string> tried;
+};
+static void PrintTo(const WalkCase& c, std::ostream* os) { *os << c.name; }
+
+// Paths below the root, where nothing may be created: only what is tried is seen.
+class CreatePathWalk : public FileOperations, public testing::WithParamInterface<WalkCase> {};
+TEST_P(CreatePathWalk, TriesEveryComponent) {
+    const WalkCase& c = GetParam();
+    std::vector<std::string> tried;
+    theMkdir = [&](const std::string& path, mode_t mode) {
+        EXPECT_EQ(mode, 0777U);
+        tried.push_back(path);
+        for (std::size_t i = 0; i < c.refused.size(); ++i)
+            if (path == c.refused[i]) {
+                errno = i == 0 ? EROFS : EACCES;
+                return -1;
+            }
+        return 0;
+    };
+    if (!kxFile::createDir("probe") || tried.empty()) GTEST_SKIP() << "mkdir cannot be replaced";
+    tried.clear();
+    errno = 0;
+    EXPECT_EQ(kxFile::createPath(c.path), c.result);
+    if (!c.result) {
+        EXPECT_EQ(errno, c.refused[0] == c.tried[0] ? EACCES : EROFS);
+    }
+    EXPECT_EQ(tried, c.tried);
+}
+
+static const WalkCase walkCases[] = {
+    {"OneLeadingSlash", "/kxNo/b/c", {}, true, {"/kxNo", "/kxNo/b", "/kxNo/b/c"}},
+    {"TwoLeadingSlashes", "//kxNo/b//c", {}, true, {"//kxNo", "//kxNo/b", "//kxNo/b/c"}},
+    {"ThreeLeadingSlashes", "///kxNo/b", {}, true, {"//kxNo", "//kxNo/b"}},
+    {"LeadingBackslashes", "\\\\kxNo\\b", {}, true, {"//kxNo", "//kxNo/b"}},
+    {"FirstMayFail", "//kxNo/b", {"//kxNo"}, true, {"//kxNo", "//kxNo/b"}},
+    {"FirstRelativeMayFail", "kxNo/b", {"kxNo"}, true, {"kxNo", "kxNo/b"}},
+    {"LaterFailureGoesOn", "/kxNo/b/c", {"/kxNo/b"}, false, {"/kxNo", "/kxNo/b", "/kxNo/b/c"}},
+    {"LastFails", "/kxNo/b/c", {"/kxNo/b/c"}, false, {"/kxNo", "/kxNo/b", "/kxNo/b/c"}},
+    {"FirstErrorIsKept", "a/b/c/d", {"a/b", "a/b/c"}, false, {"a", "a/b", "a/b/c", "a/b/c/d"}},
+    {"FirstComponentsErrorIsNot", "a/b/c", {"a", "a/b"}, false, {"a", "a/b", "a/b/c"}},
+};
+INSTANTIATE_TEST_SUITE_P(Table, CreatePathWalk, testing::ValuesIn(walkCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+// --- Removing and renaming -----------------------------------------------------------------------
+
+TEST_F(FileOperations, RemoveTakesFilesAndEmptyDirectories) {
+    EXPECT_TRUE(kxFile::remove("file"));
+    EXPECT_TRUE(kxFile::remove("dir"));
+    EXPECT_TRUE(kxFile::remove("missing"));
+    EXPECT_TRUE(kxFile::remove("missing/x"));
+    EXPECT_FALSE(kxFile::remove(""));
+    EXPECT_FALSE(kxFile::remove("full"));
+    EXPECT_EQ(kxtest::list("."), (std::vector<std::string>{"dangling", "empty", "full"}));
+}
+
+TEST_F(FileOperations, RenameStaysInTheDirectory) {
+    EXPECT_TRUE(kxFile::rename(dir.path(), "file", "new"));
+    EXPECT_EQ(kxtest::slurp("new"), "123456789");
+    EXPECT_TRUE(kxFile::rename(".", "new", "empty"));  // replaces
+    EXPECT_EQ(kxtest::slurp("empty"), "123456789");
+    EXPECT_TRUE(kxFile::rename("full", "inside", "../dir/outside"));
+    EXPECT_TRUE(kxFile::rename(".", "dir", "other"));
+    EXPECT_EQ(kxtest::slurp("other/outside"), "x");
+    EXPECT_EQ(kxtest::list("."), (std::vector<std::string>{"dangling", "empty", "full", "other"}));
+}
+
+TEST_F(FileOperations, RenameRefuses) {
+    EXPECT_FALSE(kxFile::rename("", "file", "new"));
+    EXPECT_FALSE(kxFile::rename(".", "", "new"));
+    EXPECT_FALSE(kxFile::rename(".", "file", ""));
+    EXPECT_FALSE(kxFile::rename(".", "missing", "new"));
+    EXPECT_FALSE(kxFile::rename("dir", "file", "new"));
+    EXPECT_FALSE(kxFile::rename(".", "file", "missing/new"));
+    EXPECT_FALSE(kxFile::rename(".", "file", "full"));
+    EXPECT_EQ(kxtest::list("."),
+              (std::vector<std::string>{"dangling", "dir", "empty", "file", "full"}));
+}
+
+// --- Reading -------------------------------------------------------------------------------------
+
+TEST_F(FileOperations, ReadGivesTheBytesUnchanged) {
+    for (const std::string& bytes :
+         {std::string(1, '\0'), std::string("a\r\nb\n\x1A\0\xFF", 8), someBytes(100000)}) {
+        dir.write("bytes", bytes);
+        std::string text = "old text that is longer";
+        EXPECT_TRUE(kxFile::read("bytes", text));
+        EXPECT_EQ(text, bytes);
+        std::vector<char> vector(7, 'o');
+        EXPECT_TRUE(kxFile::read("bytes", vector));
+        EXPECT_EQ(std::string(vector.begin(), vector.end()), bytes);
+        std::string buffer(bytes.size() + 2, '#');
+        EXPECT_TRUE(kxFile::read("bytes", &buffer[1]));
+        EXPECT_EQ(buffer, "#" + bytes + "#");
+    }
+}
+
+TEST_F(FileOperations, ReadOfNothingIsFalseAndEmptiesTheContent) {
+    const std::size_t before = kxtest::openFiles();
+    for (const char* path : {"", "empty", "missing", "file/x", "dir", "/", "/dev/null"}) {
+        std::string text = "old";
+        std::vector<char> vector(3, 'o');
+        char buffer = '#';
+        EXPECT_FALSE(kxFile::read(path, text)) << path;
+        EXPECT_FALSE(kxFile::read(path, vector)) << path;
+        EXPECT_FALSE(kxFile::read(path, &buffer)) << path;
+        EXPECT_EQ(text, "");
+        EXPECT_TRUE(vector.empty());
+        EXPECT_EQ(buffer, '#');
+    }
+    EXPECT_FALSE(kxFile::read("file", static_cast<char*>(nullptr)));
+    EXPECT_EQ(kxtest::openFiles(), before);
+}
+
+TEST_F(FileOperations, ReadIsFalseWhereTheMemoryDoesNotSuffice) {
+    constexpr rlim_t limit = rlim_t{4} << 30;
+    if (kxtest::underSanitizer()) GTEST_SKIP() << "needs a limit on memory";
+    if (!kxtest::writeAt("huge", 2 * static_cast<off_t>(limit), "x"))
+        GTEST_SKIP() << "no room for sparse files";
+    EXPECT_EQ(kxtest::inChild([&] {
+                  const rlimit memory{limit, limit};
+                  setrlimit(RLIMIT_AS, &memory);
+                  std::string text = "old";
+                  std::vector<char> bytes(3, 'o');
+                  std::string answers;
+                  answers += std::to_string(kxFile::read("huge", text)) + text;
+                  answers += std::to_string(kxFile::read("huge", bytes));
+                  return answers + std::to_string(bytes.size());
+              }),
+              "000");
+}
+
+TEST_F(FileOperations, GetFileSizeCountsBytes) {
+    EXPECT_EQ(kxFile::getFileSize("file"), 9U);
+    for (const char* path : {"", "empty", "missing", "file/x", "dir", "/", "dangling"})
+        EXPECT_EQ(kxFile::getFileSize(path), 0U) << path;
+}
+
+TEST_F(FileOperations, GetFileSizeHas64Bits) {
+    if (!kxtest::writeAt("huge", off_t{5} << 32, "0123456789"))
+        GTEST_SKIP() << "no room for sparse files";
+    EXPECT_EQ(kxFile::getFileSize("huge"), 21474836490U);
+}
+
+// --- Writing -------------------------------------------------------------------------------------
+
+TEST_F(FileOperations, WriteReplacesAndAppendAdds) {
+    const std::string odd("a\r\nb\n\x1A\0\xFF", 8);
+    EXPECT_TRUE(kxFile::write("file", odd));
+    EXPECT_EQ(kxtest::slurp("file"), odd);
+    EXPECT_TRUE(kxFile::append("file", odd));
+    EXPECT_EQ(kxtest::slurp("file"), odd + odd);
+    EXPECT_TRUE(kxFile::append("file", ""));
+    EXPECT_EQ(kxtest::slurp("file"), odd + odd);
+    EXPECT_TRUE(kxFile::write("file", ""));
+    EXPECT_EQ(kxtest::slurp("file"), "");
+    EXPECT_TRUE(kxFile::write("written", someBytes(100000)));
+    EXPECT_EQ(kxtest::slurp("written"), someBytes(100000));
+    EXPECT_TRUE(kxFile::append("appended", "x"));
+    EXPECT_EQ(kxtest::slurp("appended"), "x");
+}
+
+TEST_F(FileOperations, WriteAndAppendRefuse) {
+    for (const char* path : {"", "dir", "missing/x", "file/x"}) {
+        EXPECT_FALSE(kxFile::write(path, "new")) << path;
+        EXPECT_FALSE(kxFile::append(path, "new")) << path;
+    }
+    EXPECT_EQ(kxtest::slurp("file"), "123456789");
+}
+
+TEST_F(FileOperations, AFullDiskIsNoticedAtEverySize) {
+    if (!kxtest::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+    const std::size_t before = kxtest::openFiles();
+    for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 1U << 20}) {
+        const std::string bytes(size, 'x');
+        for (const auto function : {kxFile::write, kxFile::append}) {
+            errno = 0;
+            EXPECT_EQ(function("/dev/full", bytes), size == 0) << size;
+            EXPECT_EQ(errno, size == 0 ? 0 : ENOSPC) << size;
+        }
+    }
+    EXPECT_EQ(kxtest::openFiles(), before);
+}
+
+TEST_F(FileOperations, AByteThatDoesNotFitIsNoticed) {
+    EXPECT_EQ(kxtest::inChild([] {
+                  std::signal(SIGXFSZ, SIG_IGN);
+                  const rlimit size{10000, 10000};
+                  setrlimit(RLIMIT_FSIZE, &size);
+                  std::string answers;
+                  answers += std::to_string(kxFile::write("w", std::string(10000, 'x')));
+                  answers += std::to_string(kxFile::append("w", "x"));
+                  answers += std::to_string(kxFile::write("w", std::string(10001, 'x')));
+                  return answers + (errno == EFBIG ? " EFBIG" : " other");
+              }),
+              "100 EFBIG");
+}
+
+// --- Copying -------------------------------------------------------------------------------------
+
+TEST_F(FileOperations, CopyTakesEveryByte) {
+    for (const std::size_t size : {0U, 1U, 1023U, 1024U, 1025U, 2047U, 2048U, 2049U, 100000U}) {
+        const std::string bytes = someBytes(size);
+        dir.write("source", bytes);
+        dir.write("destination", std::string(3000, 'o'));
+        EXPECT_TRUE(kxFile::copy("source", "destination")) << size;
+        EXPECT_EQ(kxtest::slurp("destination"), bytes) << size;
+        EXPECT_EQ(kxtest::slurp("source"), bytes) << size;
+    }
+    EXPECT_TRUE(kxFile::copy("file", "new"));
+    EXPECT_EQ(kxtest::slurp("new"), "123456789");
+}
+
+TEST_F(FileOperations, CopyRefuses) {
+    const std::size_t before = kxtest::openFiles();
+    EXPECT_FALSE(kxFile::copy("missing", "file"));
+    EXPECT_FALSE(kxFile::copy("", "file"));
+    EXPECT_EQ(kxtest::slurp("file"), "123456789");  // the source is opened first
+    for (const char* destination : {"", "dir", "missing/x", "file/x"})
+        EXPECT_FALSE(kxFile::copy("file", destination)) << destination;
+    EXPECT_EQ(kxtest::openFiles(), before);
+}
+
+// Deliberate.
+TEST_F(FileOperations, CopyDoesNotDetectAWriteError) {
+    if (!kxtest::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
+    EXPECT_TRUE(kxFile::copy("file", "/dev/full"));
+    dir.write("large", someBytes(1 << 20));
+    EXPECT_TRUE(kxFile::copy("large", "/dev/full"));
+}
+
+// Deliberate.
+TEST_F(FileOperations, CopyOntoItselfEmptiesTheFile) {
+    EXPECT_TRUE(kxFile::copy("file", "./file"));
+    EXPECT_EQ(kxtest::slurp("file"), "");
+}
+
+// --- Errors --------------------------------------------------------------------------------------
+
+TEST_F(FileOperations, FailuresLeaveTheReasonInErrno) {
+    struct {
+        const char* name;
+        std::function<bool()> call;
+        int error;
+    } const rows[] = {
+        {"exists", [] { return kxFile::exists("missing"); }, ENOENT},
+        {"createDir there", [] { return kxFile::createDir("file"); }, EEXIST},
+        {"createDir deep", [] { return kxFile::createDir("missing/x"); }, ENOENT},
+        {"createPath", [] { return kxFile::createPath("file/x/y"); }, ENOTDIR},
+        {"remove", [] { return kxFile::remove("full"); }, ENOTEMPTY},
+        {"rename missing", [] { return kxFile::rename(".", "missing", "x"); }, ENOENT},
+        {"rename onto", [] { return kxFile::rename(".", "file", "full"); }, EISDIR},
+        {"read missing",
+         [] {
+             std::string text;
+             return kxFile::read("missing", text);
+         },
+         ENOENT},
+        {"read directory",
+         [] {
+             std::vector<char> bytes;
+             return kxFile::read("dir", bytes);
+         },
+         EISDIR},
+        {"read into buffer",
+         [] {
+             char buffer = 0;
+             return kxFile::read("file/x", &buffer);
+         },
+         ENOTDIR},
+        {"write", [] { return kxFile::write("dir", "x"); }, EISDIR},
+        {"append", [] { return kxFile::append("missing/x", "x"); }, ENOENT},
+        {"copy from", [] { return kxFile::copy("missing", "x"); }, ENOENT},
+        {"copy to", [] { return kxFile::copy("file", "dir"); }, EISDIR},
+        {"getFileSize", [] { return kxFile::getFileSize("missing") != 0; }, ENOENT},
+    };
+    for (const auto& row : rows) {
+        errno = 0;
+        EXPECT_FALSE(row.call()) << row.name;
+        EXPECT_EQ(errno, row.error) << row.name;
+    }
+}
+
+TEST(Perror, LogsTheReasonAsAnErrorAndKeepsIt) {
+    kxtest::Captured out(stdout), err(stderr);
+    const LoggedErrors errors;
+    errno = ENOENT;
+    kxFile::perror("can't open 100%s");
+    EXPECT_EQ(errno, ENOENT);
+    const std::string text = std::string("can't open 100%s: ") + std::strerror(ENOENT);
+    EXPECT_EQ(errors.text, text);
+    EXPECT_EQ(err.text(), "\033[31m" + text + "\n\033[0m");
+    EXPECT_EQ(out.text(), "");
+}
+
+TEST_F(FileOperations, NothingElseReports) {
+    kxtest::Captured out(stdout), err(stderr);
+    kxFile::createDir("missing/x");
+    kxFile::createPath("file/x");
+    kxFile::remove("full");
+    kxFile::rename(".", "missing", "x");
+    std::string text;
+    kxFile::read("missing", text);
+    kxFile::write("dir", "x");
+    kxFile::copy("missing", "x");
+    kxFile::getFileSize("missing");
+    EXPECT_EQ(out.text() + err.text(), "");
+}
+
+// --- Stream positions ----------------------------------------------------------------------------
+
+TEST(StreamPosition, BecomesAPlainOffset) {
+    for (const std::streamoff offset : {std::streamoff{0}, std::streamoff{5} << 32,
+                                        std::streamoff{-1}, std::streamoff{LLONG_MAX}}) {
+        std::streampos position(offset);
+        std::mbstate_t state{};
+        std::memset(&state, 0x5A, sizeof state);
+        position.state(state);
+        EXPECT_EQ(kxFile::convertStreamPosToStreamOff(position), offset);
+    }
+}

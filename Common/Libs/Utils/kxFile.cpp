@@ -378,11 +378,12 @@ std::streamoff kxFile::convertStreamPosToStreamOff(const std::streampos& positio
 
 namespace {
 
-// Makes `directory` the value of the variable `name` for this process and its children.
+// Makes `directory` the value of the variable `name` for this process and its children; called once
+// at most.
 void publish(const std::string& name, const std::string& directory) {
-    static std::string envar;  // putenv keeps the pointer
-    envar = name + '=' + directory;
-    putenv(envar.data());
+    // Never freed: putenv keeps the pointer, and the environment is read until the process ends.
+    static std::string* const envar = new std::string(name + '=' + directory);
+    putenv(envar->data());
 }
 
 // Where the library's own choice of a temporary directory is made and published.

@@ -455,7 +455,11 @@ void kxFile::addTmpFile(const std::string& path) {
 }
 
 bool kxFile::removeTmpFile(const std::string& name) {
-    return !name.empty() && remove(getTmpDir() + '/' + getFileName(name));
+    const std::string file = getFileName(name);
+    if (file.empty()) return false;
+    // Without a directory nothing of that name is in it; "/" + file would be somebody else's.
+    const std::string directory = getTmpDir();
+    return directory.empty() || remove(directory + '/' + file);
 }
 
 void kxFile::removeTmpFiles() {

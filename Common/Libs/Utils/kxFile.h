@@ -238,8 +238,8 @@ public:
     static void addTmpFile(const std::string& path);
 
     /// Removes the file of that name (only the last component of `name` counts) from the temporary
-    /// directory. True if it is gone or was not there; false for "". Registered paths are
-    /// untouched.
+    /// directory. True if it is gone or was not there, also where there is no temporary directory;
+    /// false for "" and a name that ends in a slash. Registered paths are untouched.
     static bool removeTmpFile(const std::string& name);
 
     /// Removes all registered files and forgets them. The library never calls this itself: a host

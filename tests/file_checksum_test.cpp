@@ -2,8 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include "file_support.h"
 #include "reference/crc32_bitwise.h"
-#include "support/file_support.h"
 
 using kx::detail::ChecksumFinding;
 using Kind = ChecksumFinding::Kind;

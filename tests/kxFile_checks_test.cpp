@@ -11,10 +11,11 @@
 #include <functional>
 #include <limits>
 
+#include "descriptors.h"
+#include "file_support.h"
 #include "kxFile.h"
 #include "kxLog.h"
 #include "kxUtils.h"
-#include "support/file_support.h"
 
 namespace {
 
@@ -100,14 +101,14 @@ std::string observe(Check check, const std::string& path, bool ask, bool log, co
         kxLog::setWarningCB(recordMessage<warningLevel>);
         kxLog::setErrorCB(recordMessage<errorLevel>);
         const auto before = kxtest::list(".");
-        const std::size_t openBefore = kxtest::openFiles();
+        const int openBefore = kxtest::nextDescriptor();
         errno = 0;
         const bool result = check(path, ask, log);
         const int error = errno;
         events += result ? "true" : "false";
         if (!result && error != 0) events += std::string(", ") + std::strerror(error);
         if (kxtest::list(".") != before) events += ", other files";
-        if (kxtest::openFiles() != openBefore) events += ", open files";
+        if (kxtest::nextDescriptor() != openBefore) events += ", open files";
         if (kxtest::slurp("plain") != "old") events += ", changed content";
         return events;
     });

@@ -6,9 +6,10 @@
 #include <cstdio>
 #include <stdexcept>
 
+#include "descriptors.h"
+#include "file_support.h"
 #include "kxFile.h"
 #include "reference/crc32_bitwise.h"
-#include "support/file_support.h"
 
 using kxtest::someBytes;
 using reference::crc32Bitwise;
@@ -97,7 +98,7 @@ TEST(GetChecksum, MatchesTheModelAroundTheBlockSize) {
 TEST(GetChecksum, IsZeroOnFailureAndClosesTheFile) {
     const kxtest::TempDir dir;
     const std::string path = dir.write("f", "123456789");
-    const std::size_t before = kxtest::openFiles();
+    const int before = kxtest::nextDescriptor();
     EXPECT_EQ(kxFile::getChecksum("", 0), 0U);
     EXPECT_EQ(kxFile::getChecksum(dir.file("missing"), 0), 0U);
     EXPECT_EQ(kxFile::getChecksum(path + "/below", 0), 0U);
@@ -106,7 +107,7 @@ TEST(GetChecksum, IsZeroOnFailureAndClosesTheFile) {
     EXPECT_EQ(kxFile::getChecksum(path, 10), 0U);
     EXPECT_EQ(kxFile::getChecksum(path, 9), 0U);  // no bytes, and no failure
     EXPECT_EQ(kxFile::getChecksum(path, 8), crc32Bitwise("9"));
-    EXPECT_EQ(kxtest::openFiles(), before);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
 // --- Stamping ------------------------------------------------------------------------------------
@@ -130,14 +131,14 @@ TEST(AppendChecksum, CreatesAMissingFile) {
 
 TEST(AppendChecksum, FailsWhereNothingCanBeWritten) {
     const kxtest::TempDir dir;
-    const std::size_t before = kxtest::openFiles();
+    const int before = kxtest::nextDescriptor();
     EXPECT_FALSE(kxFile::appendChecksum("", 1));
     EXPECT_FALSE(kxFile::appendChecksum(dir.path(), 1));
     EXPECT_FALSE(kxFile::appendChecksum(dir.file("missing/f"), 1));
     if (kxtest::exists("/dev/full")) {
         EXPECT_FALSE(kxFile::appendChecksum("/dev/full", 1));
     }
-    EXPECT_EQ(kxtest::openFiles(), before);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
 TEST(AppendChecksum, IsWhatCheckChecksumAccepts) {
@@ -168,7 +169,7 @@ TEST_P(ChecksumCheck, MatchesTable) {
     const CheckCase& c = GetParam();
     const kxtest::TempDir dir;
     const std::string path = dir.write("f", c.bytes);
-    const std::size_t before = kxtest::openFiles();
+    const int before = kxtest::nextDescriptor();
     std::uint32_t checksum = 0xDEADBEEF;
     std::string text;
     bool accepted = false;
@@ -183,7 +184,7 @@ TEST_P(ChecksumCheck, MatchesTable) {
     // The out value is the digits of the "correct" line, otherwise 0.
     const std::size_t at = c.out.find("Found correct file checksum ");
     EXPECT_EQ(digits(checksum), at == std::string::npos ? "00000000" : c.out.substr(at + 28, 8));
-    EXPECT_EQ(kxtest::openFiles(), before);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
     EXPECT_EQ(kxtest::slurp(path), c.bytes);
 }
 
@@ -310,7 +311,7 @@ TEST(CheckChecksum, AcceptsWhatItCannotOpenSilently) {
 
 TEST(CheckChecksum, FindsNoChecksumInADirectory) {
     const kxtest::TempDir dir;
-    const std::size_t before = kxtest::openFiles();
+    const int before = kxtest::nextDescriptor();
     std::uint32_t checksum = 1;
     {
         kxtest::Captured out(stdout);
@@ -318,7 +319,7 @@ TEST(CheckChecksum, FindsNoChecksumInADirectory) {
         EXPECT_EQ(out.text(), none);
     }
     EXPECT_EQ(checksum, 0U);
-    EXPECT_EQ(kxtest::openFiles(), before);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
 // Deliberate: the exception of the standard conversion leaves, with the file closed.
@@ -328,7 +329,7 @@ TEST(CheckChecksum, ThrowsForAMetaFooterWithoutADigit) {
          {std::string("ghijklmn"), std::string("        "), std::string("x0000010"),
           std::string("-+000010"), std::string("- 000010"), std::string(8, '\0')}) {
         const std::string path = dir.write("f", stamped("data") + meta(length));
-        const std::size_t before = kxtest::openFiles();
+        const int before = kxtest::nextDescriptor();
         std::uint32_t checksum = 1;
         {
             kxtest::Captured out(stdout);
@@ -336,7 +337,7 @@ TEST(CheckChecksum, ThrowsForAMetaFooterWithoutADigit) {
             EXPECT_EQ(out.text(), foundMeta);
         }
         EXPECT_EQ(checksum, 0U);
-        EXPECT_EQ(kxtest::openFiles(), before);
+        EXPECT_EQ(kxtest::nextDescriptor(), before);
     }
 }
 
@@ -352,12 +353,12 @@ TEST(GetFileID, IsTheSizeAndTheChecksumInDecimal) {
 
 TEST(GetFileID, IsTwoZerosWithoutContent) {
     const kxtest::TempDir dir;
-    const std::size_t before = kxtest::openFiles();
+    const int before = kxtest::nextDescriptor();
     EXPECT_EQ(kxFile::getFileID(""), "");
     EXPECT_EQ(kxFile::getFileID(dir.file("missing")), "00");
     EXPECT_EQ(kxFile::getFileID(dir.write("empty", "")), "00");
     EXPECT_EQ(kxFile::getFileID(dir.path()), "00");
-    EXPECT_EQ(kxtest::openFiles(), before);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
 TEST(GetFileID, CoversTheFirst8192BytesOnly) {

@@ -12,9 +12,10 @@
 #include <thread>
 #include <type_traits>
 
+#include "descriptors.h"
+#include "file_support.h"
 #include "kxFile.h"
 #include "kxLog.h"
-#include "support/file_support.h"
 
 using kxtest::someBytes;
 
@@ -285,7 +286,7 @@ TEST_F(FileOperations, ReadGivesTheBytesUnchanged) {
 }
 
 TEST_F(FileOperations, ReadOfNothingIsFalseAndEmptiesTheContent) {
-    const std::size_t before = kxtest::openFiles();
+    const int before = kxtest::nextDescriptor();
     for (const char* path : {"", "empty", "missing", "file/x", "dir", "/", "/dev/null"}) {
         std::string text = "old";
         std::vector<char> vector(3, 'o');
@@ -298,7 +299,7 @@ TEST_F(FileOperations, ReadOfNothingIsFalseAndEmptiesTheContent) {
         EXPECT_EQ(buffer, '#');
     }
     EXPECT_FALSE(kxFile::read("file", static_cast<char*>(nullptr)));
-    EXPECT_EQ(kxtest::openFiles(), before);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
 TEST_F(FileOperations, ReadIsFalseWhereTheMemoryDoesNotSuffice) {
@@ -359,7 +360,7 @@ TEST_F(FileOperations, WriteAndAppendRefuse) {
 
 TEST_F(FileOperations, AFullDiskIsNoticedAtEverySize) {
     if (!kxtest::exists("/dev/full")) GTEST_SKIP() << "no device that is always full";
-    const std::size_t before = kxtest::openFiles();
+    const int before = kxtest::nextDescriptor();
     for (const std::size_t size : {0U, 1U, 4095U, 4096U, 4097U, 1U << 20}) {
         const std::string bytes(size, 'x');
         for (const auto function : {kxFile::write, kxFile::append}) {
@@ -368,7 +369,7 @@ TEST_F(FileOperations, AFullDiskIsNoticedAtEverySize) {
             EXPECT_EQ(errno, size == 0 ? 0 : ENOSPC) << size;
         }
     }
-    EXPECT_EQ(kxtest::openFiles(), before);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
 TEST_F(FileOperations, AByteThatDoesNotFitIsNoticed) {
@@ -401,13 +402,13 @@ TEST_F(FileOperations, CopyTakesEveryByte) {
 }
 
 TEST_F(FileOperations, CopyRefuses) {
-    const std::size_t before = kxtest::openFiles();
+    const int before = kxtest::nextDescriptor();
     EXPECT_FALSE(kxFile::copy("missing", "file"));
     EXPECT_FALSE(kxFile::copy("", "file"));
     EXPECT_EQ(kxtest::slurp("file"), "123456789");  // the source is opened first
     for (const char* destination : {"", "dir", "missing/x", "file/x"})
         EXPECT_FALSE(kxFile::copy("file", destination)) << destination;
-    EXPECT_EQ(kxtest::openFiles(), before);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
 // Deliberate.

@@ -1,5 +1,4 @@
-// Helpers for tests of file functions: descriptors, sparse files, and work done as an ordinary
-// user.
+// Helpers for tests of file functions: sparse files, and work done as an ordinary user.
 #pragma once
 
 #include <fcntl.h>
@@ -16,9 +15,6 @@
 #include "kxtest.h"
 
 namespace kxtest {
-
-/// The number of files this process has open.
-inline std::size_t openFiles() { return list("/dev/fd").size(); }
 
 /// Pseudo-random bytes, the same at every call.
 inline std::string someBytes(std::size_t count) {

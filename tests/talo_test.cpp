@@ -1,13 +1,16 @@
 // The host application, run as a process from the installation layout that the build has staged.
 #include <gtest/gtest.h>
-#include <sys/stat.h>
+#include <pty.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <regex>
 
+#include "kxCPUInfo.h"
 #include "kxtest.h"
+#include "reference/crc32_bitwise.h"
 
 namespace {
 
@@ -18,7 +21,9 @@ const std::string talo = root + "/bin/MAC/talo";
 class Talo : public testing::Test {
 protected:
     kxtest::TempDir dir;
-    std::map<std::string, std::string> environment = {{"HOME", dir.makeDir("home")}};
+    const std::string tmp = dir.file("tmp");
+    std::map<std::string, std::string> environment = {{"HOME", dir.makeDir("home")},
+                                                      {"TALO_TMP_DIR", tmp}};
     kxtest::RunOptions options;
 
     kxtest::Outcome run(std::vector<std::string> arguments, const std::string& program = talo) {
@@ -27,37 +32,79 @@ protected:
     }
 };
 
-std::string started(const std::string& name = "Talo") {
-    return name + ", installed in " + root + "\n";
+std::string processor() {
+    const kxCPUInfo& cpu = kxCPUInfo::getCPUInfo();
+    return std::string("Processor:") + (cpu.hasSSE2Support() ? " SSE2" : "") +
+           (cpu.hasSSE42Support() ? " SSE4.2" : "") + (cpu.hasAVXSupport() ? " AVX" : "") +
+           (cpu.hasAVX2Support() ? " AVX2" : "") + (cpu.hasAVX512Support() ? " AVX-512" : "") +
+           "\n";
 }
 
-std::string reportOf(const std::string& name, const std::string& extension,
-                     const std::string& baseName, std::size_t size, const std::string& path) {
-    return name + "\n  extension  " + extension + "\n  base name  " + baseName + "\n  size       " +
-           std::to_string(size) + "\n  path       " + path + "\n  readable   yes\n";
+std::string started(const std::string& name = "Talo") {
+    return name + ", installed in " + root + "\n" + processor();
+}
+
+std::string hex(std::uint32_t value) {
+    char digits[9];
+    std::snprintf(digits, sizeof digits, "%08X", value);
+    return digits;
+}
+
+// What the library finds in a stamped copy, and again after one byte of it was damaged.
+std::string findings(std::string content) {
+    const std::string stored = hex(reference::crc32Bitwise(content));
+    std::string text = "Found correct file checksum " + stored + ".\n";
+    if (content.empty()) return text;
+    char& middle = content[content.size() / 2];
+    middle = static_cast<char>(~middle);
+    return text + "Found incorrect file checksum " + hex(reference::crc32Bitwise(content)) +
+           " != " + stored + "!\n";
+}
+
+struct Report {
+    std::string name, extension, baseName, format, size, path, content;
+    std::string text() const {
+        return name + "\n  extension  " + extension + "\n  base name  " + baseName +
+               "\n  format     " + format + "\n  size       " + size + "\n  path       " + path +
+               "\n  readable   yes\n";
+    }
+};
+
+// The first report of a process also tells the temporary directory, once.
+std::string reports(const std::string& tmp, const std::vector<Report>& rows) {
+    std::string all;
+    for (const Report& row : rows) {
+        all += row.text();
+        if (&row == &rows.front()) all += "TALO_TMP_DIR = '" + tmp + "'\n";
+        all += findings(row.content);
+    }
+    return all;
 }
 
 const std::string allWell = "All files are well.\n";
 
 std::string red(const std::string& text) { return "\033[31m" + text + "\n\033[0m"; }
 
-std::string installedReport() {
-    std::string text;
-    for (const std::string& name : kxtest::list(root + "/data")) {
-        const auto path = std::filesystem::path(root) / "data" / name;
-        const std::string extension = path.extension().string();
-        text += reportOf(name, extension.empty() ? "" : extension.substr(1), path.stem().string(),
-                         std::filesystem::file_size(path), "data/" + name);
-    }
-    return text;
+std::string dataFile(const std::string& name) { return kxtest::slurp(root + "/data/" + name); }
+
+std::string installedReport(const std::string& tmp) {
+    const auto row = [](const char* name, const char* extension, const char* baseName,
+                        const char* format, const char* size) {
+        const std::string path = std::string("data/") + name;
+        return Report{name, extension, baseName, format, size, path, dataFile(name)};
+    };
+    return reports(tmp, {row("README", "", "README", "unknown", "87"),
+                         row("checker.ppm", "ppm", "checker", "Picture", "781"),
+                         row("cube.obj", "obj", "cube", "Mesh", "176"),
+                         row("materials.csv", "csv", "materials", "Table", "110"),
+                         row("turntable.scene.json", "json", "turntable.scene", "Scene", "180")});
 }
 
 }  // namespace
 
 TEST_F(Talo, ReportsOnTheInstalledDataByDefault) {
-    EXPECT_GE(kxtest::list(root + "/data").size(), 4U);
     const auto outcome = run({});
-    EXPECT_EQ(outcome.out, started() + installedReport() + allWell);
+    EXPECT_EQ(outcome.out, started() + installedReport(tmp) + allWell);
     EXPECT_EQ(outcome.err, "");
     EXPECT_EQ(outcome.exitCode, 0);
 }
@@ -65,14 +112,14 @@ TEST_F(Talo, ReportsOnTheInstalledDataByDefault) {
 TEST_F(Talo, FindsItsDataFromAnotherWorkingDirectory) {
     options.directory = dir.path();
     const auto outcome = run({});
-    EXPECT_EQ(outcome.out, started() + installedReport() + allWell);
+    EXPECT_EQ(outcome.out, started() + installedReport(tmp) + allWell);
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
 TEST_F(Talo, StartsThroughARelativePath) {
     options.directory = root + "/data";
     const auto outcome = run({}, "../bin/MAC/talo");
-    EXPECT_EQ(outcome.out, started() + installedReport() + allWell);
+    EXPECT_EQ(outcome.out, started() + installedReport(tmp) + allWell);
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
@@ -80,7 +127,7 @@ TEST_F(Talo, StartsThroughASymbolicLink) {
     const std::string link = dir.file("link");
     ASSERT_EQ(symlink(talo.c_str(), link.c_str()), 0);
     const auto outcome = run({}, link);
-    EXPECT_EQ(outcome.out, started() + installedReport() + allWell);
+    EXPECT_EQ(outcome.out, started() + installedReport(tmp) + allWell);
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_TRUE(kxtest::exists(dir.file("home/Library/Application Support/Pelloran/link")));
 }
@@ -92,10 +139,10 @@ TEST_F(Talo, CreatesThePreferencesBelowHome) {
 
 // "$HOME" stays unexpanded, so the preferences are made below the working directory.
 TEST_F(Talo, SaysSoWhenHomeIsNotSet) {
-    environment.clear();
+    environment.erase("HOME");
     options.directory = dir.makeDir("cwd");
     const auto outcome = run({});
-    EXPECT_EQ(outcome.out, started() + installedReport() + allWell);
+    EXPECT_EQ(outcome.out, started() + installedReport(tmp) + allWell);
     EXPECT_EQ(outcome.err, red("expandFilename: couldn't expand env.var HOME!"));
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(kxtest::list(dir.file("cwd")), std::vector<std::string>{"$HOME"});
@@ -104,10 +151,10 @@ TEST_F(Talo, SaysSoWhenHomeIsNotSet) {
 TEST_F(Talo, ResolvesPathsAgainstTheWorkingDirectory) {
     options.directory = root + "/data";
     const auto outcome = run({"../examples"});
-    const auto size = std::filesystem::file_size(root + "/examples/quickstart.txt");
+    const std::string path = "data/../examples/quickstart.txt";
     EXPECT_EQ(outcome.out, started() +
-                               reportOf("quickstart.txt", "txt", "quickstart", size,
-                                        "data/../examples/quickstart.txt") +
+                               reports(tmp, {{"quickstart.txt", "txt", "quickstart", "unknown",
+                                              "173", path, kxtest::slurp(root + "/" + path)}}) +
                                allWell);
     EXPECT_EQ(outcome.exitCode, 0);
 }
@@ -243,13 +290,16 @@ TEST_P(TaloLog, WritesTheFormat) {
 
 const char* const textLog =
     "(\\d+-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d INFO 100 )Talo, installed in ROOT\n"
+    "(.*\n)*"
     "\\d+-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d INFO 100 All files are well\\.\n";
 const char* const htmlLog =
     "<head>.*</p>\n<span style=\"color:#008c00;\">Talo, installed in ROOT</span><br>\n"
+    "(.*\n)*"
     "<span style=\"color:#008c00;\">All files are well\\.</span><br>\n";
 const char* const csvLog =
     "Date;Time;Type of Message;Message Number;Description\n"
     "\\d\\d\\.\\d\\d\\.\\d+;\\d\\d:\\d\\d:\\d\\d;INFO;100;Talo, installed in ROOT\n"
+    "(.*\n)*"
     "\\d\\d\\.\\d\\d\\.\\d+;\\d\\d:\\d\\d:\\d\\d;INFO;100;All files are well\\.\n";
 INSTANTIATE_TEST_SUITE_P(Formats, TaloLog,
                          testing::Values(LogCase{"text", textLog}, LogCase{"html", htmlLog},
@@ -270,4 +320,87 @@ TEST_F(Talo, GoesOnWhereTheLogCannotBeWritten) {
     const auto outcome = run({dir.write("file.txt", "x"), "--log", dir.path()});
     EXPECT_EQ(outcome.err, red("Couldn't create log file '" + dir.path() + "'!"));
     EXPECT_EQ(outcome.exitCode, 0);
+}
+
+// --- Checksums, large files and the banner -------------------------------------------------------
+
+TEST_F(Talo, LeavesNothingInTheTemporaryDirectory) {
+    const auto outcome = run({dir.write("file.bin", std::string(100000, 'x')), dir.write("e", "")});
+    EXPECT_NE(outcome.out.find(findings(std::string(100000, 'x'))), std::string::npos);
+    EXPECT_NE(outcome.out.find(findings("")), std::string::npos);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(kxtest::list(tmp), std::vector<std::string>());
+}
+
+TEST_F(Talo, FailsWhereTheTemporaryDirectoryCannotBeWritten) {
+    environment["TALO_TMP_DIR"] = dir.write("regular", "") + "/sub";
+    const auto outcome = run({dir.write("file.txt", "x")});
+    EXPECT_NE(outcome.out.find("Couldn't create tmp directory"), std::string::npos);
+    EXPECT_EQ(outcome.exitCode, 1);
+}
+
+// Large enough to go through the streams, in several blocks and a rest.
+TEST_F(TaloCopy, CopiesLargeFilesAndKeepsProgressOffAFile) {
+    std::string content(9000001, '\0');
+    for (std::size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * i >> 7);
+    dir.write("in/scene.osb", content);
+    const auto outcome = copy();
+    EXPECT_NE(outcome.out.find("  size       9,000,001\n"), std::string::npos);
+    EXPECT_EQ(outcome.err, "");  // no terminal, no progress
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(kxtest::slurp(target) == content);
+}
+
+TEST_F(Talo, NoticesAFullDiskBehindALargeFile) {
+    if (!kxtest::exists("/dev/full")) GTEST_SKIP() << "no /dev/full here";
+    const std::string source = dir.write("in/data", std::string(9000000, 'x'));
+    dir.makeDir("out");
+    ASSERT_EQ(symlink("/dev/full", dir.file("out/data").c_str()), 0);
+    const auto outcome = run({source, "--copy-to", dir.file("out"), "--answer", "yes"});
+    EXPECT_NE(outcome.err.find("Couldn't copy '" + source + "'"), std::string::npos);
+    EXPECT_EQ(outcome.exitCode, 1);
+}
+
+TEST_F(TaloCopy, ShowsProgressOnATerminalAndWipesIt) {
+    dir.write("in/scene.osb", std::string(9000000, 'x'));
+    int terminal = -1;
+    const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        setenv("TALO_TMP_DIR", tmp.c_str(), 1);
+        execl(talo.c_str(), talo.c_str(), source.c_str(), nullptr);
+        _exit(127);
+    }
+    std::string screen;
+    char block[4096];
+    for (ssize_t n = 0; (n = read(terminal, block, sizeof block)) > 0;)
+        screen.append(block, static_cast<std::size_t>(n));
+    close(terminal);
+    int status = 0;
+    ASSERT_EQ(waitpid(child, &status, 0), child);
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_NE(screen.find("\r 11%"), std::string::npos) << screen;
+    EXPECT_NE(screen.find("\r100%\r    \r"), std::string::npos) << screen;
+}
+
+// Columns 0 and 6 of the picture: "T" has ink in its top left corner, "." has none there.
+TEST_F(Talo, DrawsItsBanner) {
+    const std::string file = dir.file("banner.ppm");
+    EXPECT_EQ(run({"--full-name", "T.", "--banner", file}).exitCode, 0);
+    const std::string ppm = kxtest::slurp(file), head = "P6\n39 21\n255\n";
+    ASSERT_EQ(ppm.size(), head.size() + 39 * 21 * 3);
+    EXPECT_EQ(ppm.substr(0, head.size()), head);
+    const auto pixel = [&](std::size_t x, std::size_t y) {
+        return ppm.substr(head.size() + 3 * (39 * y + x), 3);
+    };
+    EXPECT_EQ(pixel(0, 0), "\xFF\xC0\x40");
+    EXPECT_EQ(pixel(2, 2), "\xFF\xC0\x40");
+    EXPECT_EQ(pixel(18, 0), "   ");
+    EXPECT_EQ(pixel(38, 20), "   ");
+}
+
+TEST_F(Talo, FailsWhereTheBannerCannotBeWritten) {
+    const auto outcome = run({"--banner", dir.path()});
+    EXPECT_EQ(outcome.err, red("Couldn't write '" + dir.path() + "': Is a directory"));
+    EXPECT_EQ(outcome.exitCode, 1);
 }

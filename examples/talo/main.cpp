@@ -9,9 +9,15 @@
 #include <string>
 #include <vector>
 
+#include "banner.h"
+#include "file_copy.h"
+#include "integrity.h"
+#include "kxCPUInfo.h"
 #include "kxFile.h"
+#include "kxFileExtension.h"
 #include "kxLog.h"
 #include "kxPlatform.h"
+#include "kxString.h"
 #include "options.h"
 #include "terminal_host.h"
 
@@ -21,6 +27,17 @@ int logFormatCode(const std::string& name) {
     if (name == "html") return 2;
     if (name == "csv") return 3;
     return 1;
+}
+
+void describeProcessor() {
+    const kxCPUInfo& cpu = kxCPUInfo::getCPUInfo();
+    std::string features;
+    if (cpu.hasSSE2Support()) features += " SSE2";
+    if (cpu.hasSSE42Support()) features += " SSE4.2";
+    if (cpu.hasAVXSupport()) features += " AVX";
+    if (cpu.hasAVX2Support()) features += " AVX2";
+    if (cpu.hasAVX512Support()) features += " AVX-512";
+    kxLog::info("Processor:%s", features.c_str());
 }
 
 // Everything that a host sets up before it works. The order matters: the log file's place depends
@@ -36,6 +53,17 @@ void startUp(const Options& options) {
     }
     // Everything a user may have typed is data: it goes behind a "%s", never into the format.
     kxLog::info("%s, installed in %s", kxPlatform::getAppVersionName(), kxPlatform::getBaseDir());
+    describeProcessor();
+}
+
+// The formats this host knows. Registered and asked for with the dot, in lower case.
+kxFileExtension knownFormats() {
+    kxFileExtension formats;
+    formats.addFormat("Mesh", {".obj", ".stl"});
+    formats.addFormat("Picture", {".png", ".ppm"});
+    formats.addFormat("Scene", {".json", ".osb"});
+    formats.addFormat("Table", {".csv", ".tsv"});
+    return formats;
 }
 
 // The path in full, so that it can be shown relative to the installation.
@@ -48,7 +76,8 @@ std::string absolutePath(const std::string& path) {
 // Appends the file itself, or all files below a directory, sorted. False if a directory cannot be
 // read.
 bool listFiles(const std::string& path, std::vector<std::string>& files) {
-    if (!std::filesystem::is_directory(path)) {
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(path, ignored)) {
         files.push_back(path);
         return true;
     }
@@ -66,14 +95,18 @@ bool listFiles(const std::string& path, std::vector<std::string>& files) {
 }
 
 // Reports on one file; false if it cannot be read.
-bool report(const std::string& path) {
+bool report(const std::string& path, const kxFileExtension& formats) {
     const bool isReadable = kxFile::checkRead(path, /*ask=*/false, /*log=*/true);
     // The extension of the name, not of the path: a dot in a directory's name would count too.
-    const std::string name = kxFile::getFileName(path);
+    const std::string name = kxFile::getFileName(path), extension = kxFile::getExtension(name);
+    const std::string format = formats.getName('.' + extension);
+    const std::string size =
+        kxString::beautifyDigits(std::to_string(kxFile::getFileSize(path)), ",", 3);
     std::cout << name << '\n'
-              << "  extension  " << kxFile::getExtension(name) << '\n'
+              << "  extension  " << extension << '\n'
               << "  base name  " << kxFile::getBaseName(name) << '\n'
-              << "  size       " << kxFile::getFileSize(path) << '\n'
+              << "  format     " << (format.empty() ? "unknown" : format) << '\n'
+              << "  size       " << size << '\n'
               << "  path       " << kxFile::abs2Rel(kxPlatform::getBaseDir(), path) << '\n'
               << "  readable   " << (isReadable ? "yes" : "no") << '\n';
     return isReadable;
@@ -87,7 +120,7 @@ bool isSameFile(const std::string& a, const std::string& b) {
 // Copies one file, asking before it overwrites another. A file that the user keeps is no failure.
 bool copyTo(const std::string& directory, const std::string& path) {
     const std::string target = directory + '/' + kxFile::getFileName(path);
-    if (isSameFile(path, target)) {  // copy() would empty it
+    if (isSameFile(path, target)) {  // copying would empty it
         kxLog::error("'%s' is where the copy would go", path.c_str());
         return false;
     }
@@ -97,9 +130,7 @@ bool copyTo(const std::string& directory, const std::string& path) {
         std::cout << "  copied     no\n";
         return *kxLog::getLastError() == '\0';
     }
-    // copy() does not notice a full disk, so the sizes are compared.
-    const bool isCopied =
-        kxFile::copy(path, target) && kxFile::getFileSize(target) == kxFile::getFileSize(path);
+    const bool isCopied = copyFile(path, target);
     if (!isCopied) kxLog::error("Couldn't copy '%s' to '%s'", path.c_str(), target.c_str());
     std::cout << "  copied     " << (isCopied ? target : "no") << '\n';
     return isCopied;
@@ -125,10 +156,16 @@ int main(int argc, char** argv) {
     }
 
     bool allWell = true;
+    if (!options.banner.empty() && !writeBanner(options.banner, kxPlatform::getAppVersionName())) {
+        kxFile::perror("Couldn't write '" + options.banner + "'");
+        allWell = false;
+    }
+    const kxFileExtension formats = knownFormats();
     std::vector<std::string> files;
     for (const std::string& path : paths) allWell = listFiles(absolutePath(path), files) && allWell;
     for (const std::string& file : files) {
-        const bool isDone = report(file) && (target.empty() || copyTo(target, file));
+        const bool isDone =
+            report(file, formats) && tryChecksum(file) && (target.empty() || copyTo(target, file));
         allWell = allWell && isDone;
     }
     std::cout << std::flush;

@@ -8,6 +8,8 @@ bool parseOptions(int argc, char** argv, Options& options, int& exitCode) {
     app.add_option("path", options.paths, "Files and directories (default: the installed data)");
     app.add_option("--copy-to", options.copyTo, "Copy each file into this directory")
         ->type_name("DIR");
+    app.add_option("--banner", options.banner, "Write the version name as a picture (PPM)")
+        ->type_name("FILE");
     app.add_option("--answer", options.answer, "Answer every question instead of asking")
         ->check(CLI::IsMember({"yes", "no", "cancel"}));
     app.add_option("--log", options.logFile, "Log to this file")->type_name("FILE");

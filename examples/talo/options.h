@@ -7,6 +7,7 @@
 struct Options {
     std::vector<std::string> paths;  // files and directories; empty: the installed data
     std::string copyTo;
+    std::string banner;  // picture to write; empty: none
     std::string answer;  // button to press in every question; empty: ask
     std::string logFile;
     std::string logFormat = "text";

@@ -1,0 +1,8 @@
+// A picture with a line of text in the library's bitmap font.
+#pragma once
+
+#include <string>
+
+/// Writes `text` as a binary PPM picture, three times as large as the font. False if the file
+/// cannot be written completely.
+bool writeBanner(const std::string& path, const std::string& text);

@@ -15,6 +15,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "kxtest.h"
 #include "reference/digit_grouping.h"
 
 using std::string_literals::operator""s;
@@ -479,14 +480,10 @@ TEST(Locales, GlobalCxxLocaleWithDecimalCommaChangesNothing) {
 }
 
 TEST(Locales, ProcessLocaleWithDecimalCommaChangesNothing) {
-    const std::string old = std::setlocale(LC_ALL, nullptr);
-    const char* found = nullptr;
-    for (const char* name : {"de_DE.UTF-8", "de_DE", "fr_FR.UTF-8", "fr_FR", "it_IT.UTF-8"})
-        if (!found) found = std::setlocale(LC_ALL, name);
-    if (!found) GTEST_SKIP() << "no locale with a decimal comma is installed";
+    const kxtest::ScopedLocale german("de_DE", "UTF-8");
+    if (!german.isSet()) GTEST_SKIP() << "no German locale, and none can be compiled";
     EXPECT_STREQ(std::localeconv()->decimal_point, ",");
     expectClassicNumbers();
-    std::setlocale(LC_ALL, old.c_str());
 }
 
 // --- Option texts --------------------------------------------------------------------------------

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <clocale>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -129,6 +130,21 @@ ScopedEnv::~ScopedEnv() {
     else
         unsetenv(_name.c_str());
 }
+
+ScopedLocale::ScopedLocale(const std::string& territory, const std::string& charset)
+    : _old(std::setlocale(LC_ALL, nullptr)) {
+    const std::string name = territory + '.' + charset;
+    _isSet = std::setlocale(LC_ALL, name.c_str()) != nullptr;
+    const std::string compiler = "/usr/bin/localedef";
+    if (_isSet || !exists(compiler)) return;
+    const TempDir dir;
+    run({compiler, "--no-archive", "-i", territory, "-f", charset, dir.file(name)},
+        {{"PATH", "/usr/bin:/bin"}});
+    const ScopedEnv where("LOCPATH", dir.path().c_str());
+    _isSet = std::setlocale(LC_ALL, name.c_str()) != nullptr;
+}
+
+ScopedLocale::~ScopedLocale() { std::setlocale(LC_ALL, _old.c_str()); }
 
 ScopedCwd::ScopedCwd(const std::string& directory)
     : _old(open(".", O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {

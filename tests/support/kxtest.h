@@ -52,6 +52,24 @@ private:
     bool _wasSet;
 };
 
+/// Sets every locale category of the process to `territory` ("tr_TR") with `charset`
+/// ("ISO-8859-9"); the destructor puts the earlier locale back. A locale that is not installed is
+/// compiled into a temporary directory where localedef is there (a few seconds).
+class ScopedLocale {
+public:
+    ScopedLocale(const std::string& territory, const std::string& charset);
+    ~ScopedLocale();
+    ScopedLocale(const ScopedLocale&) = delete;
+    ScopedLocale& operator=(const ScopedLocale&) = delete;
+
+    /// False if there is no such locale: skip the test.
+    bool isSet() const { return _isSet; }
+
+private:
+    std::string _old;
+    bool _isSet;
+};
+
 /// Changes the working directory; the destructor returns to the earlier one.
 class ScopedCwd {
 public:

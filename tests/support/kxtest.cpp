@@ -199,9 +199,9 @@ Outcome run(const std::vector<std::string>& argv,
 
     posix_spawn_file_actions_t actions;
     posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, in, 0);
-    posix_spawn_file_actions_adddup2(&actions, out, 1);
-    posix_spawn_file_actions_adddup2(&actions, err, 2);
+    posix_spawn_file_actions_adddup2(&actions, options.in < 0 ? in : options.in, 0);
+    posix_spawn_file_actions_adddup2(&actions, options.out < 0 ? out : options.out, 1);
+    posix_spawn_file_actions_adddup2(&actions, options.err < 0 ? err : options.err, 2);
     if (!options.directory.empty())
         posix_spawn_file_actions_addchdir_np(&actions, options.directory.c_str());
 

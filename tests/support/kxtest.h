@@ -106,8 +106,11 @@ struct Outcome {
 };
 
 struct RunOptions {
-    std::string input;      ///< standard input; empty: the null device
+    std::string input;      ///< standard input; empty: nothing to read
     std::string directory;  ///< working directory; empty: the caller's
+    /// Descriptors that become 0, 1 and 2 in place of `input` and of what the outcome shows; they
+    /// stay the caller's. -1: none.
+    int in = -1, out = -1, err = -1;
 };
 
 /// Runs argv[0] (a path; PATH is not searched) and waits. The environment is exactly `environment`

@@ -1,0 +1,67 @@
+// Runs the command-line program as a process, in a directory and with a home of its own.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <initializer_list>
+#include <map>
+#include <nlohmann/json.hpp>
+#include <string>
+#include <vector>
+
+#include "kxtest.h"
+
+class Tool : public testing::Test {
+protected:
+    kxtest::Outcome run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.begin(), KXTEST_KXUTILS);
+        return kxtest::run(arguments, environment, options);
+    }
+
+    /// As run(), with standard input.
+    kxtest::Outcome runWith(const std::string& input, const std::vector<std::string>& arguments) {
+        options.input = input;
+        return run(arguments);
+    }
+
+    /// Runs a command of the shell in which "$K" is the program.
+    kxtest::Outcome shell(const std::string& command) {
+        auto variables = environment;
+        variables["K"] = KXTEST_KXUTILS;
+        variables["PATH"] = "/usr/bin:/bin";
+        return kxtest::run({"/bin/sh", "-c", command}, variables, options);
+    }
+
+    /// Runs with --json; fails the running test unless there is one document, and nothing but it,
+    /// whose exit code is that of the program.
+    nlohmann::json document(std::vector<std::string> arguments, int exitCode) {
+        arguments.emplace_back("--json");
+        const kxtest::Outcome outcome = run(arguments);
+        EXPECT_EQ(outcome.exitCode, exitCode) << outcome.out << outcome.err;
+        EXPECT_EQ(outcome.err, "");
+        auto parsed = nlohmann::json::parse(outcome.out, nullptr, /*allow_exceptions=*/false);
+        EXPECT_FALSE(parsed.is_discarded()) << outcome.out;
+        if (parsed.is_discarded()) return nlohmann::json::object();
+        EXPECT_EQ(parsed["exitCode"], exitCode);
+        return parsed;
+    }
+
+    kxtest::TempDir dir;
+    std::map<std::string, std::string> environment = {{"HOME", dir.makeDir("home")}};
+    kxtest::RunOptions options = inDirectory(dir.path());
+
+private:
+    static kxtest::RunOptions inDirectory(const std::string& path) {
+        kxtest::RunOptions result;
+        result.directory = path;
+        return result;
+    }
+};
+
+/// What a run must have left behind, exactly.
+inline void expectRun(const kxtest::Outcome& outcome, int exitCode, const std::string& out,
+                      const std::string& err) {
+    EXPECT_EQ(outcome.out, out);
+    EXPECT_EQ(outcome.err, err);
+    EXPECT_EQ(outcome.exitCode, exitCode);
+}

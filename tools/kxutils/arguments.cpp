@@ -1,0 +1,69 @@
+#include "arguments.h"
+
+#include <array>
+
+#include "failure.h"
+#include "streams.h"
+
+namespace {
+
+constexpr char guard = '\001';
+
+std::string unguarded(const std::string& argument) {
+    return !argument.empty() && argument[0] == guard ? argument.substr(1) : argument;
+}
+
+void appendFrom(const std::string& file, std::vector<std::string>& arguments) {
+    std::string content;
+    try {
+        Input input(file);
+        std::array<char, 4096> block{};
+        while (const std::size_t n = input.readSome(block.data(), block.size()))
+            content.append(block.data(), n);
+    } catch (const Failure& failure) {
+        throw Failure(failure.status, '@' + file + ": " + failure.what());
+    }
+    const char end = content.find('\0') == std::string::npos ? '\n' : '\0';
+    for (std::size_t begin = 0; begin < content.size();) {
+        const std::size_t stop = std::min(content.find(end, begin), content.size());
+        arguments.push_back(content.substr(begin, stop - begin));
+        begin = stop + 1;
+    }
+}
+
+}  // namespace
+
+std::vector<std::string> expandArguments(int argc, const char* const* argv) {
+    std::vector<std::string> arguments;
+    for (int i = 1; i < argc; ++i) {
+        const std::string argument = argv[i];
+        if (argument.size() < 2 || argument[0] != '@')
+            arguments.push_back(argument);
+        else if (argument[1] == '@')
+            arguments.push_back(argument.substr(1));
+        else
+            appendFrom(argument.substr(1), arguments);
+    }
+    return arguments;
+}
+
+std::string guarded(const std::string& argument) {
+    const bool isSpecial = !argument.empty() && (argument[0] == '[' || argument[0] == guard);
+    return isSpecial || argument == "{}" || argument == "++" ? guard + argument : argument;
+}
+
+CLI::Option* addTexts(CLI::App& app, const std::string& name, std::vector<std::string>& texts,
+                      const std::string& description) {
+    return app.add_option_function<std::vector<std::string>>(
+        name,
+        [&texts](const std::vector<std::string>& results) {
+            for (const std::string& result : results) texts.push_back(unguarded(result));
+        },
+        description);
+}
+
+CLI::Option* addText(CLI::App& app, const std::string& name, std::string& text,
+                     const std::string& description) {
+    return app.add_option_function<std::string>(
+        name, [&text](const std::string& result) { text = unguarded(result); }, description);
+}

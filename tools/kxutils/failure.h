@@ -1,0 +1,42 @@
+// What can go wrong, and the exit codes that say so.
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+enum class ExitCode {
+    ok = 0,
+    failedCheck = 1,  ///< an item was read, and is not what it should be
+    usage = 2,
+    inputOutput = 3,  ///< an input could not be read or an output not written
+    noFooter = 4,     ///< a file without checksum footer where one is required
+    internal = 5
+};
+
+/// The one that counts when both apply: internal, failedCheck, inputOutput, noFooter, ok.
+ExitCode worse(ExitCode a, ExitCode b);
+
+/// How an item has fared.
+enum class Status { ok, bad, noChecksum, unreadable, unwritable };
+
+/// Its word in results and documents: "ok", "BAD", "no checksum", "unreadable", "unwritable".
+const char* word(Status status);
+
+/// Ends the work on one item, not the program.
+struct Failure : std::runtime_error {
+    Failure(Status s, const std::string& text) : std::runtime_error(text), status(s) {}
+    Status status;
+};
+
+/// A failure of the system's, named by errno.
+Failure systemFailure(Status status);
+
+/// Standard output takes no more: the program ends.
+struct OutputLost : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};
+
+/// Arguments that cannot be right, found after parsing.
+struct UsageError : std::runtime_error {
+    using std::runtime_error::runtime_error;
+};

@@ -1,0 +1,141 @@
+// kxutils log: lines of standard input, written through the library's log.
+#include <sys/stat.h>
+#include <CLI/CLI.hpp>
+
+#include <array>
+#include <map>
+#include <memory>
+
+#include "kxLog.h"
+#include "kxPlatform.h"
+#include "session.h"
+
+namespace {
+
+using Level = void (*)(const char* text, int flags, bool alternate);
+
+struct Options {
+    std::string file;
+    int format = 1;
+    std::string level;  // "": each line's first word decides
+};
+
+const std::map<std::string, Level> levels = {
+    {"info", kxLog::infoI}, {"warning", kxLog::warningI}, {"error", kxLog::errorI}};
+
+// A level word at the start of a line, with the colon and the blank that may follow it. The word is
+// taken from the line.
+Level levelOf(std::string_view& line) {
+    constexpr std::array<std::pair<std::string_view, Level>, 4> words = {
+        {{"INFO", kxLog::infoI},
+         {"WARN", kxLog::warningI},
+         {"WARNING", kxLog::warningI},
+         {"ERROR", kxLog::errorI}}};
+    const std::string_view first = line.substr(0, line.find_first_of(": "));
+    for (const auto& [text, level] : words) {
+        if (first != text) continue;
+        line.remove_prefix(first.size());
+        if (!line.empty() && line.front() == ':') line.remove_prefix(1);
+        if (!line.empty() && line.front() == ' ') line.remove_prefix(1);
+        return level;
+    }
+    return kxLog::infoI;
+}
+
+// Sees what has become of the log file. kxLog loses a line silently where it cannot be written.
+class LogFile {
+public:
+    explicit LogFile(const std::string& path) : _path(path), _before(look()) {
+        if (!S_ISREG(_before.st_mode))
+            throw Failure(Status::unwritable, "a log file is a regular file");
+    }
+
+    // Throws Failure unless a line of that many bytes has been added, perhaps to a new file that a
+    // change of day has started.
+    void expectGrowth(std::size_t bytes) {
+        const struct stat after = look();
+        const bool isSame = after.st_ino == _before.st_ino && after.st_dev == _before.st_dev;
+        const off_t expected = (isSame ? _before.st_size : 0) + static_cast<off_t>(bytes);
+        if (after.st_size < expected) throw Failure(Status::unwritable, "a line was not written");
+        _before = after;
+    }
+
+private:
+    struct stat look() const {
+        struct stat info {};
+        if (stat(_path.c_str(), &info) != 0) throw systemFailure(Status::unwritable);
+        return info;
+    }
+
+    std::string _path;
+    struct stat _before;
+};
+
+// Appends what the log writes to a string.
+struct OutputBuffer {
+    explicit OutputBuffer(std::string& text) { kxLog::enableOutputBuffer(text); }
+    ~OutputBuffer() { kxLog::disableOutputBuffer(); }
+    OutputBuffer(const OutputBuffer&) = delete;
+    OutputBuffer& operator=(const OutputBuffer&) = delete;
+};
+
+std::optional<LogFile> openLogFile(const std::string& name, Report& report) {
+    if (name.empty()) return {};
+    std::string said;
+    {
+        LibraryMessages messages;
+        kxLog::setLogFile(name.c_str());
+        said = messages.text();
+    }
+    if (!kxLog::getLogFile()) throw Failure(Status::unwritable, kxLog::getLastError());
+    report.note(said);
+    return std::optional<LogFile>(kxLog::getLogFile());
+}
+
+void run(const Options& options, Session& session) {
+    if (session.report.asJson && options.file.empty()) throw UsageError("--json needs --file");
+    kxPlatform::setAppName("kxutils");  // names the variable KXUTILS_LOG_DIR
+    kxLog::setLogFormat(options.format);
+    session.report.add("-", [&](Item& item) {
+        std::optional<LogFile> file = openLogFile(options.file, session.report);
+        std::string logged;
+        const OutputBuffer buffer(logged);
+        const LibraryMessages console(LibraryMessages::dropped);
+        Input input("-");
+        LineReader lines(input);
+        std::uint64_t count = 0;
+        for (std::string line; lines.next(line); ++count) {
+            std::string_view message = line;
+            const Level level = options.level.empty() ? levelOf(message) : levels.at(options.level);
+            // The message ends where `line` does, and so with a zero byte.
+            level(message.data(), /*flags: buffer and file*/ 4, /*alternate=*/false);
+            if (file)
+                file->expectGrowth(logged.size());
+            else
+                session.out.write(logged);
+            logged.clear();
+            // The lines may come from a program that is still at work.
+            if (lines.mustRead()) session.out.flush();
+        }
+        item.fields["lines"] = count;
+    });
+}
+
+}  // namespace
+
+Work addLog(CLI::App& app, Session& session) {
+    const auto options = std::make_shared<Options>();
+    app.add_option("--format", options->format, "Format of the lines")
+        ->transform(CLI::CheckedTransformer(
+            std::map<std::string, int>{{"text", 1}, {"html", 2}, {"csv", 3}}));
+    addText(app, "--file", options->file,
+            "Append to this log file, moving one of another day aside; otherwise the lines go to "
+            "standard output")
+        ->type_name("FILE");
+    app.add_option("--level", options->level,
+                   "Level of all lines; otherwise that of the word INFO, WARN, WARNING or ERROR at "
+                   "a line's start, which is taken away, or info")
+        ->check(CLI::IsMember({"info", "warning", "error"}));
+    app.footer("Example:\n  echo 'WARN disk nearly full' | kxutils log --file build.log");
+    return [options, &session] { run(*options, session); };
+}

@@ -1,0 +1,100 @@
+// kxutils number: digits in groups, lists of values.
+#include <CLI/CLI.hpp>
+#include <charconv>
+#include <memory>
+#include <sstream>
+
+#include "kxString.h"
+#include "session.h"
+
+namespace {
+
+struct Options {
+    std::string operation;
+    std::vector<std::string> arguments;
+    std::string separator = ",";
+    std::uint32_t size = 3;
+    bool isReading = false;
+};
+
+// Calls `use` with each argument, and in place of "-" with each line of standard input.
+void forEachText(const Options& options, const std::function<void(const std::string&)>& use) {
+    for (const std::string& argument : options.arguments) {
+        if (argument != "-") {
+            use(argument);
+            continue;
+        }
+        Input input("-");
+        LineReader lines(input);
+        for (std::string line; lines.next(line);) use(line);
+    }
+}
+
+void group(const Options& options, Report& report) {
+    forEachText(options, [&](const std::string& text) {
+        report.add(text, [&](Item& item) {
+            item.text = kxString::beautifyDigits(text, options.separator, options.size);
+            setBytes(item.fields, "result", *item.text);
+        });
+    });
+}
+
+void readLists(const Options& options, Report& report) {
+    forEachText(options, [&](const std::string& text) {
+        report.add(text, [&](Item& item) {
+            const std::vector<float> values = kxString::getValuesFromString(text);
+            item.fields["values"] = values;
+            item.text.emplace();
+            for (const float value : values)
+                *item.text += (item.text->empty() ? "" : "\n") + kxString::setNum(value);
+        });
+    });
+}
+
+float valueOf(const std::string& text) {
+    float value = 0;
+    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
+    if (error != std::errc() || end != text.data() + text.size())
+        throw Failure(Status::bad, "'" + text + "' is not a number");
+    return value;
+}
+
+void writeList(const Options& options, Report& report) {
+    report.add("list", [&](Item& item) {
+        std::vector<float> values;
+        forEachText(options, [&](const std::string& text) {
+            std::istringstream words(text);
+            for (std::string word; words >> word;) values.push_back(valueOf(word));
+        });
+        item.text = kxString::createStringFromValues(values);
+        item.fields["result"] = *item.text;
+    });
+}
+
+}  // namespace
+
+Work addNumber(CLI::App& app, Session& session) {
+    const auto options = std::make_shared<Options>();
+    app.add_option("operation", options->operation, R"(What to do:
+group  put separators between groups of digits in each text
+list   write the values as one text; with --read, read the values of each text, one a line)")
+        ->required()
+        ->check(CLI::IsMember({"group", "list"}));
+    addTexts(app, "text", options->arguments, "Texts or values; - for the lines of standard input")
+        ->required();
+    addText(app, "--separator", options->separator, "What group puts in (default: a comma)")
+        ->type_name("TEXT");
+    app.add_option("--size", options->size, "Digits of a group")
+        ->check(CLI::PositiveNumber)
+        ->capture_default_str();
+    app.add_flag("--read", options->isReading, "Let list read texts");
+    app.footer("Example:\n  kxutils number group 1234567");
+    return [options, &session] {
+        if (options->operation == "group")
+            group(*options, session.report);
+        else if (options->isReading)
+            readLists(*options, session.report);
+        else
+            writeList(*options, session.report);
+    };
+}

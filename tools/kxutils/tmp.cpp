@@ -1,0 +1,34 @@
+// kxutils tmp: the temporary directory as the library sees it.
+#include <CLI/CLI.hpp>
+#include <filesystem>
+
+#include "directories.h"
+#include "kxFile.h"
+#include "session.h"
+
+namespace {
+
+void run(Session& session) {
+    std::string path, warnings;
+    {
+        LibraryMessages messages;
+        path = kxFile::getTmpDir();
+        warnings = messages.text();
+    }
+    if (!warnings.empty()) session.report.note(warnings);
+    addDirectory(session.report, "temporary", path);
+    std::error_code ignored;
+    if (!std::filesystem::is_directory(path, ignored))
+        session.report.stop(ExitCode::failedCheck, "there is no temporary directory");
+}
+
+}  // namespace
+
+Work addTmp(CLI::App& app, Session& session) {
+    addZeroOption(app, session);
+    app.footer(
+        "The directory is TALO_TMP_DIR if that is set, otherwise /tmp/talo, or tmp below\n"
+        "TALO_ROOT.\n\n"
+        "Example:\n  TALO_TMP_DIR=/scratch/talo kxutils tmp");
+    return [&session] { run(session); };
+}

@@ -5,18 +5,18 @@
 #include "file_support.h"
 #include "reference/crc32_bitwise.h"
 
-using kx::detail::ChecksumFinding;
-using Kind = ChecksumFinding::Kind;
+using Info = kxFile::ChecksumInfo;
+using State = Info::State;
 
 namespace {
 
 const std::string mark("\0TALOCRC", 8);
 
 // What is found in a file of these bytes, printing nothing on the way.
-ChecksumFinding inspect(const std::string& bytes, std::uint32_t offset) {
+Info inspect(const std::string& bytes, std::uint32_t offset) {
     const kxtest::TempDir dir;
     kxtest::Captured out(stdout), err(stderr);
-    ChecksumFinding found = kx::detail::inspectChecksum(dir.write("f", bytes), offset);
+    Info found = kx::detail::inspectChecksum(dir.write("f", bytes), offset);
     EXPECT_EQ(out.text() + err.text(), "");
     return found;
 }
@@ -25,15 +25,15 @@ ChecksumFinding inspect(const std::string& bytes, std::uint32_t offset) {
 
 TEST(InspectChecksum, TellsAMissingFileFromAMissingFooter) {
     const kxtest::TempDir dir;
-    EXPECT_EQ(kx::detail::inspectChecksum("", 0).kind, Kind::notOpened);
-    EXPECT_EQ(kx::detail::inspectChecksum(dir.file("missing"), 0).kind, Kind::notOpened);
-    EXPECT_EQ(inspect("no footer in these bytes", 0).kind, Kind::noFooter);
+    EXPECT_EQ(kx::detail::inspectChecksum("", 0).state, State::notOpened);
+    EXPECT_EQ(kx::detail::inspectChecksum(dir.file("missing"), 0).state, State::notOpened);
+    EXPECT_EQ(inspect("no footer in these bytes", 0).state, State::noFooter);
     EXPECT_FALSE(inspect("no footer in these bytes", 0).hasMetaFooter);
 }
 
 TEST(InspectChecksum, SaysWhereAFooterStandsAndWhatItHolds) {
-    const ChecksumFinding found = inspect("HEAD123456789" + mark + "CBF43926", 4);
-    EXPECT_EQ(found.kind, Kind::correct);
+    const Info found = inspect("HEAD123456789" + mark + "CBF43926", 4);
+    EXPECT_EQ(found.state, State::correct);
     EXPECT_FALSE(found.hasMetaFooter);
     EXPECT_EQ(found.footerAt, 13U);
     EXPECT_EQ(found.stored, "CBF43926");
@@ -41,8 +41,8 @@ TEST(InspectChecksum, SaysWhereAFooterStandsAndWhatItHolds) {
 }
 
 TEST(InspectChecksum, KeepsBothValuesOfAMismatch) {
-    const ChecksumFinding found = inspect("123456789" + mark + "cbf43926xyTALOMETA00000012", 0);
-    EXPECT_EQ(found.kind, Kind::incorrect);
+    const Info found = inspect("123456789" + mark + "cbf43926xyTALOMETA00000012", 0);
+    EXPECT_EQ(found.state, State::incorrect);
     EXPECT_TRUE(found.hasMetaFooter);
     EXPECT_EQ(found.metaFooterAt, 27U);
     EXPECT_EQ(found.footerAt, 9U);
@@ -51,12 +51,12 @@ TEST(InspectChecksum, KeepsBothValuesOfAMismatch) {
 }
 
 TEST(InspectChecksum, ReportsAMetaFooterThatLeadsNowhere) {
-    const ChecksumFinding nowhere = inspect("12345TALOMETA00000001", 0);
-    EXPECT_EQ(nowhere.kind, Kind::noFooter);
+    const Info nowhere = inspect("12345TALOMETA00000001", 0);
+    EXPECT_EQ(nowhere.state, State::noFooter);
     EXPECT_TRUE(nowhere.hasMetaFooter);
     EXPECT_EQ(nowhere.metaFooterAt, 5U);
-    const ChecksumFinding noNumber = inspect("12345TALOMETA--------", 0);
-    EXPECT_EQ(noNumber.kind, Kind::badMetaDistance);
+    const Info noNumber = inspect("12345TALOMETA--------", 0);
+    EXPECT_EQ(noNumber.state, State::badMetaDistance);
     EXPECT_TRUE(noNumber.hasMetaFooter);
     EXPECT_EQ(noNumber.metaFooterAt, 5U);
 }

@@ -491,24 +491,29 @@ bool kxFile::appendChecksum(const std::string& path, std::uint32_t checksum) {
     return append(path, kx::detail::checksumFooter(checksum));
 }
 
+kxFile::ChecksumInfo kxFile::findChecksum(const std::string& path, std::uint32_t offset,
+                                          const Progress& progress) {
+    return kx::detail::inspectChecksum(path, offset, progress);
+}
+
 bool kxFile::checkChecksum(const std::string& path, std::uint32_t& checksum, std::uint32_t offset) {
-    using Kind = kx::detail::ChecksumFinding::Kind;
+    using State = ChecksumInfo::State;
     checksum = 0;
-    const auto found = kx::detail::inspectChecksum(path, offset);
+    const ChecksumInfo found = findChecksum(path, offset);
     if (found.hasMetaFooter) std::puts("Found meta footer.");
-    switch (found.kind) {
-        case Kind::notOpened:
+    switch (found.state) {
+        case State::notOpened:
             break;
-        case Kind::noFooter:
+        case State::noFooter:
             std::puts("Couldn't find file checksum!");
             break;
-        case Kind::badMetaDistance:
+        case State::badMetaDistance:
             throw std::invalid_argument("kxFile::checkChecksum: meta footer without a number");
-        case Kind::correct:
+        case State::correct:
             checksum = found.computed;
             std::printf("Found correct file checksum %s.\n", found.stored.c_str());
             break;
-        case Kind::incorrect:
+        case State::incorrect:
             std::printf("Found incorrect file checksum %s != %s!\n",
                         kx::detail::checksumDigits(found.computed).c_str(), found.stored.c_str());
             return false;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <ios>
 #include <string>
 #include <vector>
@@ -274,6 +275,40 @@ public:
     /// Appends a checksum footer, creating the file if it is missing. True only if the system has
     /// taken all 16 bytes; false for "" and a file that cannot be opened.
     static bool appendChecksum(const std::string& path, std::uint32_t checksum);
+
+    /// What findChecksum() has found in a file. Positions and sizes are in bytes.
+    struct ChecksumInfo {
+        enum class State {
+            notOpened,        ///< the path is empty or the file cannot be opened for reading
+            noFooter,         ///< no checksum footer, nor a meta footer that leads to one
+            badMetaDistance,  ///< a meta footer whose number has no hexadecimal digit
+            correct,          ///< a footer that matches the data
+            incorrect         ///< a footer that does not
+        };
+        State state = State::notOpened;
+        int error =
+            0;  ///< errno of what went wrong while opening or reading the file; 0 if nothing
+        bool hasMetaFooter = false;      ///< whatever `state` says
+        std::uint64_t metaFooterAt = 0;  ///< position; set if hasMetaFooter
+        std::uint64_t footerAt = 0;      ///< position; set, as what follows, for correct, incorrect
+        std::string stored;              ///< the eight characters of the checksum footer
+        std::uint32_t computed = 0;      ///< the CRC-32 of the data from `offset` to the footer
+        std::uint64_t covered = 0;  ///< size of the data that `computed` stands for: less than that
+                                    ///< if the file has become shorter or could not be read on
+    };
+
+    /// Called during long work with the number of bytes done since the last call, on the thread
+    /// that does the work. What it throws ends the work and reaches the caller.
+    using Progress = std::function<void(std::uint64_t bytes)>;
+
+    /// Looks for the file's checksum footer and compares it with the data, as checkChecksum() does,
+    /// but prints nothing and says all that it has found. Also for a meta footer without a number
+    /// nothing is thrown; and a file that cannot be read, which passes there, shows in `error`.
+    ///
+    /// The file is read in blocks and closed in any case; `progress`, if set, is called for each
+    /// block. A path to a pipe or a device may block or be read without end, as with fopen(3).
+    static ChecksumInfo findChecksum(const std::string& path, std::uint32_t offset = 0,
+                                     const Progress& progress = {});
 
     /// True unless the file has a checksum footer that does not match the data from byte `offset`
     /// up to the footer. `checksum` becomes the computed value if the two match, otherwise 0.

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <boost/crc.hpp>
+#include <cerrno>
 #include <cinttypes>
 #include <cstdlib>
 #include <string_view>
@@ -29,6 +30,43 @@ std::string readFooter(std::FILE* file, std::uint64_t position) {
     return std::fread(footer.data(), 1, footerSize, file) == footerSize ? footer : std::string();
 }
 
+// Fills what follows from the file's content; errno is that of the last call that failed.
+void inspect(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
+             kxFile::ChecksumInfo& info) {
+    using State = kxFile::ChecksumInfo::State;
+    info.state = State::noFooter;
+    const off_t size = sizeOf(file);
+    if (size < 0) info.error = errno;
+    if (size < static_cast<off_t>(offset) + static_cast<off_t>(footerSize)) return;
+    std::uint64_t position = static_cast<std::uint64_t>(size) - footerSize;
+    std::string footer = readFooter(file, position);
+
+    if (hasMark(footer, metaMark)) {
+        info.hasMetaFooter = true;
+        info.metaFooterAt = position;
+        const std::string text = footer.substr(markSize);
+        char* end = nullptr;
+        const std::uint64_t distance = std::strtoul(text.c_str(), &end, 16);
+        if (end == text.c_str()) {
+            info.state = State::badMetaDistance;
+            return;
+        }
+        if (distance > position - offset) return;  // before the protected data
+        position -= distance;
+        footer = readFooter(file, position);
+    }
+    if (!hasMark(footer, checksumMark)) return;
+
+    info.footerAt = position;
+    info.stored = footer.substr(markSize);
+    if (fseeko(file, static_cast<off_t>(offset), SEEK_SET) != 0) return;
+    info.computed = crc32Of(file, position - offset, blockSize, [&](std::size_t bytes) {
+        info.covered += bytes;
+        if (progress) progress(bytes);
+    });
+    info.state = info.stored == checksumDigits(info.computed) ? State::correct : State::incorrect;
+}
+
 }  // namespace
 
 std::uint32_t crc32Of(const void* data, std::size_t size) {
@@ -37,13 +75,16 @@ std::uint32_t crc32Of(const void* data, std::size_t size) {
     return crc.checksum();
 }
 
-std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock) {
+std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock,
+                      const kxFile::Progress& progress) {
     Crc32 crc;
     std::vector<char> block(maxBlock);
     while (length > 0) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
         const std::size_t size = std::fread(block.data(), 1, wanted, file);
         crc.process_bytes(block.data(), size);
+        const ErrnoKeeper keeper;
+        if (progress) progress(size);
         if (size < wanted) break;
         length -= size;
     }
@@ -60,41 +101,13 @@ std::string checksumFooter(std::uint32_t checksum) {
     return std::string(checksumMark) + checksumDigits(checksum);
 }
 
-ChecksumFinding inspectChecksum(const std::string& path, std::uint32_t offset) {
-    using Kind = ChecksumFinding::Kind;
-    ChecksumFinding found;
-    if (path.empty()) return found;
+kxFile::ChecksumInfo inspectChecksum(const std::string& path, std::uint32_t offset,
+                                     const kxFile::Progress& progress) {
+    kxFile::ChecksumInfo info;
     const FileHandle file(path, "rb");
-    if (!file) return found;
-
-    found.kind = Kind::noFooter;
-    const off_t size = sizeOf(file.get());
-    if (size < static_cast<off_t>(offset) + static_cast<off_t>(footerSize)) return found;
-    std::uint64_t position = static_cast<std::uint64_t>(size) - footerSize;
-    std::string footer = readFooter(file.get(), position);
-
-    if (hasMark(footer, metaMark)) {
-        found.hasMetaFooter = true;
-        found.metaFooterAt = position;
-        const std::string text = footer.substr(markSize);
-        char* end = nullptr;
-        const std::uint64_t distance = std::strtoul(text.c_str(), &end, 16);
-        if (end == text.c_str()) {
-            found.kind = Kind::badMetaDistance;
-            return found;
-        }
-        if (distance > position - offset) return found;  // before the protected data
-        position -= distance;
-        footer = readFooter(file.get(), position);
-    }
-    if (!hasMark(footer, checksumMark)) return found;
-
-    found.footerAt = position;
-    found.stored = footer.substr(markSize);
-    if (fseeko(file.get(), static_cast<off_t>(offset), SEEK_SET) != 0) return found;
-    found.computed = crc32Of(file.get(), position - offset, blockSize);
-    found.kind = found.stored == checksumDigits(found.computed) ? Kind::correct : Kind::incorrect;
-    return found;
+    if (file) inspect(file.get(), offset, progress, info);
+    if (!file || std::ferror(file.get()) != 0) info.error = errno;
+    return info;
 }
 
 }  // namespace kx::detail

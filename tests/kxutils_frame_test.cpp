@@ -5,8 +5,9 @@
 
 namespace {
 
-const std::vector<std::string> subCommands = {"base64", "cpu",    "crc",  "dirs",   "label",
-                                              "log",    "number", "path", "shader", "tmp"};
+const std::vector<std::string> subCommands = {"base64", "cpu",   "crc",    "dirs",  "inspect",
+                                              "label",  "log",   "number", "path",  "selftest",
+                                              "shader", "stamp", "tmp",    "verify"};
 
 }  // namespace
 

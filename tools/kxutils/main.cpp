@@ -20,12 +20,16 @@ constexpr SubCommand subCommands[] = {
     {"cpu", "Show what the processor says about itself", addCpu},
     {"crc", "Compute CRC-32 checksums of files and check them", addCrc},
     {"dirs", "Show the installation layout", addDirs},
+    {"inspect", "Show where the footers of files stand and what they hold", addInspect},
     {"label", "Write a label into a picture", addLabel},
     {"log", "Write lines through the log", addLog},
     {"number", "Group digits, write and read lists of values", addNumber},
     {"path", "Take path names apart and put them together", addPath},
+    {"selftest", "Test the library's codecs, checksums and ciphers", addSelftest},
     {"shader", "Make and read enciphered shader blocks", addShader},
+    {"stamp", "Append checksum footers to files", addStamp},
     {"tmp", "Show the temporary directory, creating it if it is missing", addTmp},
+    {"verify", "Check the checksum footers of files", addVerify},
 };
 
 constexpr const char* exitCodes =

@@ -1,0 +1,71 @@
+// kxutils inspect: where the footers of a file stand and what they hold.
+#include <CLI/CLI.hpp>
+#include <filesystem>
+#include <memory>
+
+#include "checksum.h"
+#include "session.h"
+
+namespace {
+
+struct Options {
+    std::vector<std::string> files;
+    std::uint32_t offset = 0;
+};
+
+constexpr std::uint64_t footerSize = 16;
+
+std::string position(bool isThere, std::uint64_t at) {
+    return isThere ? "at " + std::to_string(at) : "none";
+}
+
+void inspect(const std::string& name, const Options& options, Session& session, Item& item) {
+    const NamedFile file(name);
+    const std::uint64_t size = std::filesystem::file_size(file.path());
+    session.progress.expect(size);
+    const auto info =
+        findFooter(file, options.offset, [&](std::uint64_t bytes) { session.advance(bytes); });
+    const std::string identifier = kxFile::getFileID(file.path());
+    item.status = statusOf(info);
+
+    std::string& text = item.text.emplace(session.report.nameLine("", name));
+    const auto add = [&](const char* label, const std::string& value) {
+        std::string column = label;
+        column.resize(17, ' ');
+        text += "\n  " + column + value;
+    };
+    item.fields["size"] = size;
+    add("size", std::to_string(size));
+    if (hasFooter(info)) item.fields["footerAt"] = info.footerAt;
+    add("checksum footer", position(hasFooter(info), info.footerAt));
+    if (info.hasMetaFooter) item.fields["metaFooterAt"] = info.metaFooterAt;
+    add("meta footer", position(info.hasMetaFooter, info.metaFooterAt));
+    if (hasFooter(info) && info.hasMetaFooter) {
+        const std::uint64_t metaSize = info.metaFooterAt - info.footerAt - footerSize;
+        item.fields["metaSize"] = metaSize;
+        add("meta data", std::to_string(metaSize) + " bytes");
+    }
+    setValues(item.fields, info);
+    if (hasFooter(info)) {
+        add("stored", info.stored);
+        add("computed", checksumDigits(info.computed));
+    }
+    item.fields["identifier"] = identifier;
+    add("identifier", identifier);
+    add("result", word(item.status));
+}
+
+}  // namespace
+
+Work addInspect(CLI::App& app, Session& session) {
+    const auto options = std::make_shared<Options>();
+    addTexts(app, "file", options->files, "Files; - for standard input")->required();
+    app.add_option("--offset", options->offset, "The first N bytes are not covered")
+        ->type_name("N");
+    addZeroOption(app, session);
+    app.footer("Example:\n  kxutils inspect scene.osb");
+    return [options, &session] {
+        for (const std::string& file : options->files)
+            session.report.add(file, [&](Item& item) { inspect(file, *options, session, item); });
+    };
+}

@@ -239,6 +239,12 @@ TEST_F(Tool, NumberWritesListsOfValues) {
     expectRun(run({"number", "list", "1", ""}), 0, "1 \n", "");
 }
 
+TEST_F(Tool, NumberNamesAnInputThatCannotBeRead) {
+    const std::string fault = "kxutils: -: Is a directory\n";
+    expectRun(shell("\"$K\" number group - <."), 3, "", fault);
+    expectRun(shell("\"$K\" number list - <."), 3, "", fault);
+}
+
 TEST_F(Tool, NumberReadsListsOfValues) {
     expectRun(run({"number", "list", "--read", "1.000000e+00 2.500000e+00 ", "TRUE", "1 2"}), 0,
               "1\n2.5\n1\n1\n", "");

@@ -15,14 +15,12 @@ std::string unguarded(const std::string& argument) {
 
 void appendFrom(const std::string& file, std::vector<std::string>& arguments) {
     std::string content;
-    try {
+    forFile('@' + file, [&] {
         Input input(file);
         std::array<char, 4096> block{};
         while (const std::size_t n = input.readSome(block.data(), block.size()))
             content.append(block.data(), n);
-    } catch (const Failure& failure) {
-        throw Failure(failure.status, '@' + file + ": " + failure.what());
-    }
+    });
     const char end = content.find('\0') == std::string::npos ? '\n' : '\0';
     for (std::size_t begin = 0; begin < content.size();) {
         const std::size_t stop = std::min(content.find(end, begin), content.size());

@@ -131,6 +131,6 @@ Work addCrc(CLI::App& app, Session& session) {
         if (options->list.empty())
             write(*options, session);
         else
-            check(*options, session);
+            forFile(options->list, [&] { check(*options, session); });
     };
 }

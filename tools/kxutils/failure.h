@@ -31,6 +31,16 @@ struct Failure : std::runtime_error {
 /// A failure of the system's, named by errno.
 Failure systemFailure(Status status);
 
+/// Does what concerns one file and no item; a Failure then leaves with the file's name.
+template <typename Work>
+void forFile(const std::string& name, const Work& work) {
+    try {
+        work();
+    } catch (const Failure& failure) {
+        throw Failure(failure.status, name + ": " + failure.what());
+    }
+}
+
 /// Standard output takes no more: the program ends.
 struct OutputLost : std::runtime_error {
     using std::runtime_error::runtime_error;

@@ -24,9 +24,11 @@ void forEachText(const Options& options, const std::function<void(const std::str
             use(argument);
             continue;
         }
-        Input input("-");
-        LineReader lines(input);
-        for (std::string line; lines.next(line);) use(line);
+        forFile("-", [&] {
+            Input input("-");
+            LineReader lines(input);
+            for (std::string line; lines.next(line);) use(line);
+        });
     }
 }
 
@@ -60,12 +62,14 @@ float valueOf(const std::string& text) {
 }
 
 void writeList(const Options& options, Report& report) {
+    std::vector<std::string> words;
+    forEachText(options, [&](const std::string& text) {
+        std::istringstream stream(text);
+        for (std::string word; stream >> word;) words.push_back(word);
+    });
     report.add("list", [&](Item& item) {
         std::vector<float> values;
-        forEachText(options, [&](const std::string& text) {
-            std::istringstream words(text);
-            for (std::string word; words >> word;) values.push_back(valueOf(word));
-        });
+        for (const std::string& word : words) values.push_back(valueOf(word));
         item.text = kxString::createStringFromValues(values);
         item.fields["result"] = *item.text;
     });

@@ -1,0 +1,70 @@
+// Preloaded into the command-line program: makes what cannot be arranged from outside happen at a
+// known moment. KXTEST_FAULT chooses.
+//
+//     shrink   KXTEST_FILE is cut to half a block before the third reading call
+//     error    the second reading call fails with EIO
+//     clock    the clock advances by 300 ms at each look
+//     wrong    one CRC-32 method gives wrong answers
+//     throw    the same method throws
+#include <dlfcn.h>
+#include <unistd.h>
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstdlib>
+#include <ctime>
+#include <stdexcept>
+#include <string>
+
+#include "kxCRC32.h"
+
+namespace {
+
+const std::string fault = std::getenv("KXTEST_FAULT") ? std::getenv("KXTEST_FAULT") : "";
+
+std::atomic<int> readingCalls{0};
+
+// False if the call must fail.
+bool beforeReading() {
+    const int call = ++readingCalls;
+    if (fault == "shrink" && call == 3 && truncate(std::getenv("KXTEST_FILE"), 50000) != 0)
+        std::abort();
+    if (fault == "error" && call == 2) {
+        errno = EIO;
+        return false;
+    }
+    return true;
+}
+
+template <typename Function>
+Function original(Function /*ours*/, const char* name) {
+    return reinterpret_cast<Function>(dlsym(RTLD_NEXT, name));
+}
+
+}  // namespace
+
+extern "C" ssize_t read(int descriptor, void* buffer, size_t size) {
+    if (!beforeReading()) return -1;
+    return original(&read, "read")(descriptor, buffer, size);
+}
+
+extern "C" size_t fread(void* buffer, size_t size, size_t count, std::FILE* file) {
+    if (!beforeReading()) return 0;
+    return original(&fread, "fread")(buffer, size, count, file);
+}
+
+extern "C" int clock_gettime(clockid_t clock, struct timespec* time) noexcept {
+    if (fault != "clock" || clock != CLOCK_MONOTONIC)
+        return original(&clock_gettime, "clock_gettime")(clock, time);
+    static std::atomic<long> looks{0};
+    const long ms = 300 * looks++;
+    *time = {1000 + ms / 1000, ms % 1000 * 1000000};
+    return 0;
+}
+
+std::uint32_t kxCRC32::calc_8bytes(const void* data, unsigned long length, std::uint32_t previous) {
+    if (fault == "throw") throw std::logic_error("injected");
+    const std::uint32_t crc = calc_bitwise(data, length, previous);
+    return fault == "wrong" ? crc + 1 : crc;
+}

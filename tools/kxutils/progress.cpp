@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <array>
+#include <cmath>
 #include <cstdio>
 
 #include "streams.h"
@@ -26,13 +27,13 @@ Progress::Progress() : _isTerminal(isatty(STDERR_FILENO) == 1), _next(_start + d
 
 std::string Progress::line(double seconds) const {
     const auto done = static_cast<double>(_done), expected = static_cast<double>(_expected);
+    const bool isEndKnown = done > 0 && done <= expected;
     const double rate = done / seconds;
     std::string text = sizeText(done);
-    if (expected >= done) text += " of " + sizeText(expected);
+    if (isEndKnown) text += " of " + sizeText(expected);
     text += ", " + sizeText(rate) + "/s";
-    if (expected >= done && done > 0)
-        text +=
-            ", " + std::to_string(static_cast<long>((expected - done) / rate + 0.5)) + " s left";
+    if (isEndKnown)
+        text += ", " + std::to_string(std::lround((expected - done) / rate)) + " s left";
     return text;
 }
 

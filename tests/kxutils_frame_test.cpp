@@ -1,6 +1,10 @@
 // What all sub-commands share: help, arguments, streams, documents, exit codes.
 #include <unistd.h>
 
+#include <algorithm>
+#include <regex>
+#include <sstream>
+
 #include "kxutils_tool.h"
 
 namespace {
@@ -34,6 +38,72 @@ TEST_F(Tool, EverySubCommandHasHelpWithAnExample) {
         EXPECT_NE(help.out.find("\nExample:\n  "), std::string::npos) << help.out;
         EXPECT_NE(help.out.find("kxutils " + name, help.out.find("Example:")), std::string::npos);
     }
+}
+
+namespace {
+
+// The first words of the indented lines of a help text: "-r,--recursive" gives two.
+std::vector<std::string> optionsOf(const std::string& help) {
+    std::vector<std::string> options;
+    std::istringstream lines(help.substr(help.find("\nOptions:\n")));
+    static const std::regex option("^  (-\\w,)?(-[-\\w]+)( .*)?");
+    std::smatch match;
+    for (std::string line; std::getline(lines, line);) {
+        if (!std::regex_match(line, match, option)) continue;
+        if (match[1].matched) options.push_back(match[1].str().substr(0, 2));
+        options.push_back(match[2]);
+    }
+    return options;
+}
+
+std::string sectionOf(const std::string& page, const std::string& head) {
+    const std::size_t begin = page.find('\n' + head);
+    if (begin == std::string::npos) return {};
+    return page.substr(begin, page.find("\n.S", begin + 1) - begin);
+}
+
+}  // namespace
+
+TEST_F(Tool, ManPageAndCompletionKnowEveryOption) {
+    const std::string page = kxtest::slurp(KXTEST_SOURCES "/kxutils.1");
+    const std::string completion = KXTEST_SOURCES "/kxutils.bash";
+    const std::string common = sectionOf(page, ".SH COMMON OPTIONS");
+    environment["COMPLETION"] = completion;
+    for (const std::string& name : subCommands) {
+        const std::string section = sectionOf(page, ".SS kxutils " + name);
+        EXPECT_NE(section, "") << name;
+        std::vector<std::string> known = optionsOf(run({name, "--help"}).out);
+        EXPECT_GE(known.size(), 3U) << name;
+        for (const std::string& option : known) {
+            const std::string inRoff = std::regex_replace(option, std::regex("-"), "\\-");
+            EXPECT_NE((section + common).find(inRoff), std::string::npos) << name << ' ' << option;
+        }
+        if (!kxtest::exists("/bin/bash")) continue;
+        environment["NAME"] = name;
+        const auto completed = kxtest::run(
+            {"/bin/bash", "-c",
+             ". \"$COMPLETION\"; COMP_WORDS=(kxutils \"$NAME\" -); COMP_CWORD=2; _kxutils;"
+             "printf '%s\\n' \"${COMPREPLY[@]}\""},
+            environment);
+        std::vector<std::string> words;
+        std::istringstream lines(completed.out);
+        for (std::string word; lines >> word;) words.push_back(word);
+        std::sort(words.begin(), words.end());
+        std::sort(known.begin(), known.end());
+        EXPECT_EQ(words, known) << name << completed.err;
+    }
+}
+
+TEST_F(Tool, CompletionKnowsEverySubCommand) {
+    if (!kxtest::exists("/bin/bash")) GTEST_SKIP() << "no bash";
+    environment["COMPLETION"] = KXTEST_SOURCES "/kxutils.bash";
+    const auto completed = kxtest::run({"/bin/bash", "-c",
+                                        ". \"$COMPLETION\"; COMP_WORDS=(kxutils ''); COMP_CWORD=1; "
+                                        "_kxutils; echo \"${COMPREPLY[*]}\""},
+                                       environment);
+    std::string expected;
+    for (const std::string& name : subCommands) expected += name + ' ';
+    EXPECT_EQ(completed.out, expected + "--help --version\n");
 }
 
 TEST_F(Tool, WrongUsageIsExitCode2AndAMessage) {

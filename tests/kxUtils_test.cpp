@@ -365,6 +365,19 @@ TEST_F(UtilsBrowser, IsTheDesktopsElsewhere) {
     EXPECT_EQ(opened("http://host/a?b=1"), "<xdg-open><http://host/a?b=1>");
 }
 
+// As desktop distributions install it; the opener itself does not know "-a".
+TEST_F(UtilsBrowser, IsTheDesktopsWhereOpenIsOnlyAnotherNameOfAnOpener) {
+    for (const std::string opener : {"xdg-open", "run-mailcap"}) {
+        install("xdg-open");
+        install(opener);
+        const std::string link = _programs.file("open");
+        ASSERT_EQ(symlink(_programs.file(opener).c_str(), link.c_str()), 0);
+        EXPECT_EQ(opened(opener), "<xdg-open><" + opener + ">");
+        unlink(link.c_str());
+        unlink(_record.c_str());
+    }
+}
+
 TEST_F(UtilsBrowser, TheChoiceIsMadeAtEveryCall) {
     install("xdg-open");
     opened("one");

@@ -60,9 +60,10 @@ public:
     /// The loader's pending error text, or "" if there is none; reading it clears it.
     static std::string getLastError();
 
-    /// Opens a web page in the platform's browser, by a shell command that is waited for and whose
-    /// status is ignored. `url` is handed to the shell as it is, deliberately without quoting: pass
-    /// only text that is safe in a shell command.
+    /// Opens a web page in the platform's browser: runs "open -a Safari " followed by `url` or,
+    /// where there is no such command, the desktop's own opener (xdg-open). The command is waited
+    /// for and its status ignored. `url` is handed to the shell as it is, deliberately without
+    /// quoting: pass only text that is safe in a shell command.
     static void openBrowser(const std::string& url);
 
     /// Not implemented on this platform: always false.
@@ -76,7 +77,8 @@ public:
 
     /// Estimates the processor's speed in millions of floating-point operations per second; keeps
     /// the thread busy for 100 million of each kind. `sink` receives a value that depends on the
-    /// computation (always 695412096) and keeps it from being optimised away.
+    /// computation (always 695412096) and keeps it from being optimised away. Where the processor
+    /// clock does not advance meanwhile, `mips` means nothing (it is the smallest integer).
     static void calcMips(int& mips, int& sink);
 
     // --- Shader decryption -----------------------------------------------------------------------

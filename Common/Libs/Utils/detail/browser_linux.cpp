@@ -4,9 +4,13 @@
 
 namespace kx::detail {
 
-// Asked at every call: a session may gain the command, and a test changes PATH.
+// A command "open" may be just another name of the desktop's opener or of the viewer of mail
+// attachments, which do not know "-a". Asked at every call: the session may gain commands.
 std::string browserCommand() {
-    const bool canOpen = std::system("command -v open >/dev/null 2>&1") == 0;
+    const bool canOpen = std::system(
+                             "o=$(command -v open) && "
+                             "! [ \"$o\" -ef \"$(command -v xdg-open)\" ] && "
+                             "! [ \"$o\" -ef \"$(command -v run-mailcap)\" ]") == 0;
     return canOpen ? "open -a Safari " : "xdg-open ";
 }
 

@@ -6,6 +6,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <clocale>
 #include <cstdlib>
 #include <filesystem>
@@ -136,7 +137,7 @@ TEST_F(Platform, DirectoriesAreCanonical) {
 
 TEST_F(Platform, ADirectoryThatCannotBeEnteredLeavesTheWorkingDirectory) {
     install(dir, "work", "talo");
-    dir.write("regular", "");
+    fs::permissions(dir.write("regular", ""), fs::perms::all);  // executable, yet no directory
     dir.makeDir("present");
     for (const char* path : {"/missing/talo", "/missing/bin/MAC/talo", "/present/missing/talo",
                              "/regular/talo", "/regular/bin/MAC/talo"}) {
@@ -151,6 +152,40 @@ TEST_F(Platform, ADirectoryThatCannotBeEnteredLeavesTheWorkingDirectory) {
     install(dir, "work/a/b", "talo");
     init(dir.file("missing/talo"));
     EXPECT_EQ(kxPlatform::getBaseDir(), work + "/a/b");
+}
+
+// What getCurrentDir() could not read back either.
+TEST_F(Platform, ADirectoryOfMoreThan2047CharactersReadsAsNone) {
+    std::string below = dir.path();
+    const auto descend = [&](std::size_t length) {
+        while (below.size() < length) {
+            std::size_t size = std::min<std::size_t>(length - below.size() - 1, 200);
+            if (length - below.size() - 1 - size == 1) --size;  // leaves room for a last name
+            below += '/' + std::string(size, 'd');
+        }
+        fs::create_directories(below);
+    };
+    descend(2047);
+    ASSERT_EQ(below.size(), 2047U);
+    kxtest::Captured err(stderr);
+    kxPlatform::init((below + "/talo").c_str());
+    EXPECT_EQ(kxPlatform::getExeDir(), below);
+    descend(2049);
+    kxPlatform::init((below + "/talo").c_str());
+    EXPECT_STREQ(kxPlatform::getExeDir(), "");
+}
+
+TEST_F(Platform, TheArgumentsMayBeTheStoredStrings) {
+    const std::string base = install(dir, "Talo", "talo");
+    init(base + "/bin/MAC/talo");
+    kxPlatform::setAppName((base + "/bin/MAC/talo").c_str());
+    kxPlatform::init(kxPlatform::getAppName());
+    EXPECT_EQ(kxPlatform::getExeDir(), base + "/bin/MAC");
+    EXPECT_STREQ(kxPlatform::getAppName(), "talo");
+    kxPlatform::setAppName(base.c_str());
+    kxPlatform::init(kxPlatform::getAppName(), kxPlatform::getBaseDir());
+    EXPECT_EQ(kxPlatform::getBaseDir(), base);
+    EXPECT_EQ(kxPlatform::getAppName(), base);
 }
 
 TEST_F(Platform, APathWithoutADirectoryPartStaysWhereItIs) {

@@ -1,5 +1,6 @@
 #include "kxPlatform.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -35,6 +36,7 @@ namespace {
 
 constexpr const char* platformWord = "MAC";
 constexpr const char* twoLevelsUp = "/../..";
+constexpr std::size_t maxPath = 2047;  // of a working directory that is read back
 
 // "" where `path` does not exist.
 std::string canonicalPath(const std::string& path) {
@@ -47,9 +49,11 @@ std::string canonicalPath(const std::string& path) {
 // entered, the present one. Found out without going there, since the working directory belongs to
 // the whole process.
 std::string directoryEntered(const std::string& directory) {
-    const std::string canonical = directory.empty() ? "" : canonicalPath(directory);
-    const bool canEnter = !canonical.empty() && access((canonical + "/.").c_str(), X_OK) == 0;
-    return kxFile::convertSeparators(canEnter ? canonical : kxFile::getCurrentDir());
+    const std::string canonical = canonicalPath(directory);
+    const bool canEnter = !canonical.empty() &&
+                          faccessat(AT_FDCWD, (canonical + "/.").c_str(), X_OK, AT_EACCESS) == 0;
+    if (!canEnter) return kxFile::convertSeparators(kxFile::getCurrentDir());
+    return canonical.size() > maxPath ? "" : kxFile::convertSeparators(canonical);
 }
 
 // The installation root of the running executable, as the system knows it.
@@ -65,7 +69,8 @@ std::string baseDirOfRunningExecutable() {
 
 // --- Start-up and installation layout ------------------------------------------------------------
 
-void kxPlatform::init(const char* path) {
+void kxPlatform::init(const char* executable) {
+    const std::string path = executable;  // it may be one of the strings that change here
     initLocale();
     _app_name = kxFile::getFileName(path);
     _app_name.resize(std::min(_app_name.find('.'), _app_name.size()));
@@ -91,8 +96,9 @@ void kxPlatform::init(const char* path) {
 
 void kxPlatform::init(const char* root, const char* appName) {
     initLocale();
-    _app_name = appName;
+    const std::string name = appName;  // as above
     _base_dir = root;
+    _app_name = name;
     if (_app_name == "hesper") return;
     if (kxFile::exists(_base_dir + "/bin/" + platformWord)) return;
     _app_name = "talo";

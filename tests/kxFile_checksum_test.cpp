@@ -4,7 +4,11 @@
 #include <cinttypes>
 #include <climits>
 #include <cstdio>
+#include <fstream>
+#include <iterator>
+#include <regex>
 #include <stdexcept>
+#include <thread>
 
 #include "descriptors.h"
 #include "file_support.h"
@@ -372,6 +376,57 @@ TEST(GetFileID, CoversTheFirst8192BytesOnly) {
         EXPECT_EQ(kxFile::getFileID(dir.write("f", bytes)) == id, size > 8192) << size;
     }
 }
+
+// --- Pipes, and what is asked of the system ------------------------------------------------------
+
+// A pipe cannot seek: what is skipped is read away.
+TEST(ChecksumOfPipe, SkipsByReading) {
+    const kxtest::TempDir dir;
+    const std::string path = dir.file("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    const std::string bytes = kxtest::someBytes(20000);
+    for (const int skip : {0, 1, 8192, 19999, 20000, 20001}) {
+        std::thread writer([&] {
+            std::ofstream out(path, std::ios::binary);
+            out << bytes;
+        });
+        const auto skipped = static_cast<std::size_t>(skip);
+        const std::uint32_t crc = skipped > bytes.size() ? 0 : crc32Bitwise(bytes.substr(skipped));
+        EXPECT_EQ(kxFile::getChecksum(path, skip), crc) << skip;
+        writer.join();
+    }
+}
+
+struct BlockCase {
+    const char* function;
+    long block;
+};
+static void PrintTo(const BlockCase& c, std::ostream* os) { *os << c.function; }
+
+// The probe's calls on a file of three full blocks, counted by name and size.
+class ChecksumBlocks : public testing::TestWithParam<BlockCase> {};
+TEST_P(ChecksumBlocks, AreReadWhole) {
+    const std::string strace = "/usr/bin/strace";
+    if (kxtest::underSanitizer()) GTEST_SKIP() << "the sanitizer makes calls of its own";
+    if (!kxtest::exists(strace) || kxtest::run({strace, "-o", "/dev/null", "/bin/true"}).exitCode)
+        GTEST_SKIP() << "no strace here";
+    const kxtest::TempDir dir;
+    const long block = GetParam().block;
+    const std::string file =
+        dir.write("f", stamped(kxtest::someBytes(static_cast<std::size_t>(3 * block))));
+    const std::string log = dir.file("log");
+    const auto outcome = kxtest::run({strace, "-s0", "-esignal=none", "-etrace=read", "-o", log,
+                                      "-P", file, CHECKSUM_PROBE, GetParam().function, file});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const std::string calls = kxtest::slurp(log), size = std::to_string(block);
+    const std::regex whole(", " + size + "\\) += " + size + "\n");
+    const auto blocks = std::distance(std::sregex_iterator(calls.begin(), calls.end(), whole), {});
+    EXPECT_EQ(blocks, 3) << calls;
+}
+INSTANTIATE_TEST_SUITE_P(Of, ChecksumBlocks,
+                         testing::Values(BlockCase{"getChecksum", 8192},
+                                         BlockCase{"checkChecksum", 81920}),
+                         [](const auto& test) { return std::string(test.param.function); });
 
 // --- Files above 4 GiB ---------------------------------------------------------------------------
 

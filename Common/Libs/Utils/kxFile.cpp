@@ -481,8 +481,8 @@ std::uint32_t kxFile::getChecksum(const std::string& path, int skip) {
     if (path.empty()) return 0;
     const FileHandle file(path, "rb");
     if (!file) return 0;
-    if (skip > 0 && (sizeOf(file.get()) < skip || fseeko(file.get(), skip, SEEK_SET) != 0))
-        return 0;
+    if (skip > 0 && fseeko(file.get(), skip, SEEK_SET) != 0)  // a pipe: they are read away
+        kx::detail::crc32Of(file.get(), static_cast<std::uint64_t>(skip), blockSize);
     constexpr auto toTheEnd = std::numeric_limits<std::uint64_t>::max();
     return kx::detail::crc32Of(file.get(), toTheEnd, blockSize);
 }

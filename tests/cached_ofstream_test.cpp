@@ -157,11 +157,16 @@ TEST(CachedOfstream, NarrowsTheSizeToInt) {
     EXPECT_EQ(sizeOf(file), 2);
 }
 
-TEST(CachedOfstream, IsUnbufferedWithoutASize) {
+TEST(CachedOfstream, Has32KiBWithoutASizeAndNoneOfSize0) {
     const kxtest::TempDir dir;
-    cached_ofstream out(dir.file("f").c_str());
-    out << "ab";
-    EXPECT_EQ(kxtest::slurp(dir.file("f")), "ab");
+    cached_ofstream buffered(dir.file("f").c_str());
+    buffered << std::string(32768, 'x');
+    EXPECT_EQ(sizeOf(dir.file("f")), 0);
+    buffered << 'x';
+    EXPECT_EQ(sizeOf(dir.file("f")), 32768);
+    cached_ofstream unbuffered(dir.file("g").c_str(), 0);
+    unbuffered << "ab";
+    EXPECT_EQ(sizeOf(dir.file("g")), 2);
 }
 
 TEST(CachedOfstream, WritesBytesUnchanged) {

@@ -246,3 +246,11 @@ TEST(OverwriteQuestion, ComesBeforeTheAccessTest) {
     EXPECT_EQ(observe(kxFile::checkWrite, "plain", true, false, host),
               question("plain") + warning(text) + "false, Permission denied");
 }
+
+// Deliberate: the probe goes through the link, and takes the link away again.
+TEST(CheckWrite, LeavesTheTargetOfALinkThatLedNowhere) {
+    const kxtest::TempDir dir;
+    ASSERT_EQ(symlink(dir.file("target").c_str(), dir.file("link").c_str()), 0);
+    EXPECT_TRUE(kxFile::checkWrite(dir.file("link"), /*ask=*/true, /*log=*/true));
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>{"target"});
+}

@@ -97,6 +97,8 @@ TEST_P(ExecuteBoth, ReturnsAtOnceFromTheBackground) {
 TEST_P(ExecuteBoth, SaysOfTheBackgroundOnlyThatItWasStarted) {
     EXPECT_TRUE(run("exit 3", false));
     EXPECT_TRUE(run("kxtest-no-such-program 2>/dev/null", false));
+    // The backslash meets the blank; an ampersand right behind it would be an argument of exit.
+    EXPECT_TRUE(run("exit 3 \\", false));
     kxtest::Captured err(stderr);
     EXPECT_FALSE(run("(", false));  // nothing that the shell could start
     EXPECT_NE(err.text(), "");

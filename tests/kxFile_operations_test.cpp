@@ -263,6 +263,7 @@ TEST_F(FileOperations, RenameRefuses) {
     EXPECT_FALSE(kxFile::rename("dir", "file", "new"));
     EXPECT_FALSE(kxFile::rename(".", "file", "missing/new"));
     EXPECT_FALSE(kxFile::rename(".", "file", "full"));
+    EXPECT_FALSE(kxFile::rename(".", "dangling", "new"));
     EXPECT_EQ(kxtest::list("."),
               (std::vector<std::string>{"dangling", "dir", "empty", "file", "full"}));
 }
@@ -318,6 +319,17 @@ TEST_F(FileOperations, ReadIsFalseWhereTheMemoryDoesNotSuffice) {
                   return answers + std::to_string(bytes.size());
               }),
               "000");
+}
+
+// A file of the system's that promises a page and gives a line.
+TEST_F(FileOperations, AShortReadIsNotDetected) {
+    const std::string path = "/sys/kernel/mm/transparent_hugepage/enabled";
+    const std::uint64_t size = kxFile::getFileSize(path);
+    if (size == 0) GTEST_SKIP() << "no such file here";
+    std::string content;
+    EXPECT_TRUE(kxFile::read(path, content));
+    EXPECT_EQ(content.size(), size);
+    EXPECT_EQ(content.back(), '\0');
 }
 
 TEST_F(FileOperations, GetFileSizeCountsBytes) {

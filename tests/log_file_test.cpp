@@ -3,8 +3,10 @@
 #include "detail/log_file.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include "descriptors.h"
 #include "kxtest.h"
 
 TEST(StaleStamp, OnlyARegularFileIsAnOldLog) {
@@ -17,6 +19,31 @@ TEST(StaleStamp, OnlyARegularFileIsAnOldLog) {
             EXPECT_EQ(kx::detail::staleStamp(path, isCsv), "") << path;
         EXPECT_EQ(kx::detail::staleStamp(old, isCsv), "00000-000000");
     }
+}
+
+TEST(StaleStamp, DoesNotWaitForTheOtherEndOfAPipe) {
+    const kxtest::TempDir dir;
+    ASSERT_EQ(mkfifo(dir.file("pipe").c_str(), 0600), 0);
+    EXPECT_EQ(kx::detail::staleStamp(dir.file("pipe"), /*isCsv=*/false), "");
+}
+
+TEST(LogFile, LeavesNoDescriptorOpen) {
+    const kxtest::TempDir dir;
+    const int before = kxtest::nextDescriptor();
+    EXPECT_TRUE(kx::detail::appendToFile(dir.file("log"), "x\n"));
+    kx::detail::staleStamp(dir.file("log"), /*isCsv=*/true);
+    kx::detail::staleStamp(dir.path(), /*isCsv=*/true);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
+}
+
+TEST(AppendToFile, LeavesThePermissionsToTheUmask) {
+    const kxtest::TempDir dir;
+    const mode_t old = umask(027);
+    EXPECT_TRUE(kx::detail::appendToFile(dir.file("log"), "x\n"));
+    umask(old);
+    struct stat info {};
+    ASSERT_EQ(stat(dir.file("log").c_str(), &info), 0);
+    EXPECT_EQ(info.st_mode & 0777U, 0640U);
 }
 
 TEST(AppendToFile, FailsOnlyIfTheFileCannotBeOpened) {

@@ -57,8 +57,8 @@ std::string findings(std::string content) {
     if (content.empty()) return text;
     char& middle = content[content.size() / 2];
     middle = static_cast<char>(~middle);
-    return text + "Found incorrect file checksum " + hex(reference::crc32Bitwise(content)) +
-           " != " + stored + "!\n";
+    return text + "Damaging one byte of the copy:\nFound incorrect file checksum " +
+           hex(reference::crc32Bitwise(content)) + " != " + stored + "!\n";
 }
 
 struct Report {

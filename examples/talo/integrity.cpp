@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <cstdint>
+#include <cstdio>
 #include <fstream>
 
 #include "file_copy.h"
@@ -39,6 +40,7 @@ bool tryChecksum(const std::string& path) {
     bool isAsItShould = copyFile(path, copy) && stampAndVerify(copy);
     const std::uint64_t size = kxFile::getFileSize(path);
     if (isAsItShould && size > 0) {
+        std::puts("Damaging one byte of the copy:");
         damageByte(copy, size / 2);
         std::uint32_t checksum = 0;
         isAsItShould = !kxFile::checkChecksum(copy, checksum);

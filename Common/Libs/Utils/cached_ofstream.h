@@ -70,7 +70,7 @@ private:
 /// A write that fails leaves the stream's state good (see cached_streambuf). close() sets badbit
 /// for it, but looks before its own last flush: flush first to learn of every failure.
 ///
-///     cached_ofstream out("mesh.bin", 32768);
+///     cached_ofstream out("mesh.bin");
 ///     out.write(data, size);
 ///     out.flush();
 ///     out.close();
@@ -82,10 +82,9 @@ public:
     /// Counts the bytes written to it and stores none; size() is exact at any time.
     cached_ofstream();
     /// Creates or truncates the file `name` and writes it through a buffer of `size` bytes,
-    /// narrowed to int; below 1 every character is a write of its own, so give a size for more than
-    /// a few bytes. If the file cannot be created the state is badbit. A null name gives a valid
-    /// stream that counts what is flushed.
-    explicit cached_ofstream(const char* name, unsigned long size = 0);
+    /// narrowed to int; below 1 every character is a write of its own. If the file cannot be
+    /// created the state is badbit. A null name gives a valid stream that counts what is flushed.
+    explicit cached_ofstream(const char* name, unsigned long size = 32768);
     /// Flushes and closes the file.
     ~cached_ofstream() override;
 

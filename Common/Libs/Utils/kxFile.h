@@ -155,9 +155,10 @@ public:
     static bool checkRead(const std::string& path, bool ask, bool log);
 
     /// True if the file may be written. A file that does not exist is created and deleted again to
-    /// find out. For one that exists `ask` first lets the user refuse through the host (a host that
-    /// cannot ask lets it pass); then its access rights are tested. Where writing is impossible,
-    /// `ask` shows the reason and `log` logs it as an error; a refusal is not logged.
+    /// find out (deliberate: a symbolic link that leads nowhere is deleted, and the file it led to
+    /// stays, empty). For one that exists `ask` first lets the user refuse through the host (a host
+    /// that cannot ask lets it pass); then its access rights are tested. Where writing is
+    /// impossible, `ask` shows the reason and `log` logs it as an error; a refusal is not logged.
     static bool checkWrite(const std::string& path, bool ask, bool log);
 
     /// Creates one directory (mode 0777 less the umask), no parents. False if it exists already.
@@ -216,7 +217,8 @@ public:
     /// Chooses the directory, once in the life of the process (an empty name is refused with a
     /// warning and does not count). A TALO_TMP_DIR set by the user wins and is never changed;
     /// otherwise "/tmp/" + `name` is used, or else "$TALO_ROOT/tmp". A directory that is missing is
-    /// created; what cannot be created is logged as a warning.
+    /// created; what cannot be created is logged as a warning. In the end the choice is logged
+    /// once, as information. All users and processes share a directory of one name below /tmp.
     ///
     /// Deliberate: a "$TALO_ROOT/tmp" that exists already is not published, so that getTmpDir()
     /// then has no directory to report.
@@ -231,7 +233,8 @@ public:
     static std::string getTeamcenterTmpDir();
 
     /// A name (`prefix` and a number, without the directory) that does not exist in `directory`.
-    /// The numbers never repeat within a process, and no file is created: two processes can be
+    /// The numbers never repeat within a process (after 2147483647 negative ones follow), and no
+    /// file is created: two processes can be
     /// given the same name. "" if an argument is empty.
     static std::string getTmpName(const std::string& directory, const std::string& prefix);
 

@@ -49,7 +49,7 @@ public:
     static void warningNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
     static void errorNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
 
-    /// For script bindings: the text as it is ("%" stays "%"), of any length.
+    /// For script bindings: the text as it is ("%" stays "%"), of any length; not null.
     static void infoIPython(const char* text);
     static void warningIPython(const char* text);
     static void errorIPython(const char* text);
@@ -57,22 +57,23 @@ public:
     static void warningIPython(int nr, const char* text);
     static void errorIPython(int nr, const char* text);
 
-    /// The output itself, for a text of any length. `flags` is a sum of 2 (call the level's
-    /// callback) and 4 (write buffer, stream and file); the console is written in any case.
+    /// The output itself, for a text of any length; not null. `flags` is a sum of 2 (call the
+    /// level's callback) and 4 (write buffer, stream and file); the console is written in any case.
     /// `alternate` chooses the level's second colour.
     static void infoI(const char* text, int flags, bool alternate);
     static void warningI(const char* text, int flags, bool alternate);
     static void errorI(const char* text, int flags, bool alternate);
 
-    /// Writes `text` and a newline to the console, without flushing. `type` is 0 (plain), 1
-    /// (yellow), 4 (blue), 5 (cyan) on standard output, 2 (red), 6 (magenta) on standard error. Any
-    /// other type: a complaint on standard error in place of the text. Takes no lock of the log.
+    /// Writes `text` (not null) and a newline to the console, without flushing. `type` is 0
+    /// (plain), 1 (yellow), 4 (blue), 5 (cyan) on standard output, 2 (red), 6 (magenta) on standard
+    /// error. Any other type: a complaint on standard error in place of the text. Takes no lock of
+    /// the log.
     static void colorOutput(int type, const char* text);
 
     // --- Last error ------------------------------------------------------------------------------
 
     /// The text of the last error message, "" if there was none; valid until the next error
-    /// message.
+    /// message or clearLastError().
     static const char* getLastError();
     static void clearLastError();
 
@@ -142,8 +143,10 @@ public:
     /// deliberate: a file that holds its header only counts as undated and moves to path +
     /// "00000-000000" at its first message. If the new file cannot be opened, file logging is off,
     /// the line is lost, and the error that says so follows the message. A CSV file that was
-    /// deleted comes back without its header. Takes no lock: the output calls it with the lock
-    /// held.
+    /// deleted comes back without its header.
+    ///
+    /// The output does this for every message; called directly it is not guarded against other
+    /// threads' messages, and a callback must not call it: that error takes the log's mutex.
     static void addToLogFile(const std::string& line);
 
     /// With stamps on, replaces `line` by the start of a text line: time, type and number + _nr.

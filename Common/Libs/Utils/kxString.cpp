@@ -111,10 +111,6 @@ Float readNumber(std::string_view text) {
     return isNegative ? -value : value;
 }
 
-bool hasSuffix(std::string_view text, std::string_view suffix) {
-    return text.size() >= suffix.size() && text.substr(text.size() - suffix.size()) == suffix;
-}
-
 }  // namespace
 
 std::string kxString::beautifyDigits(const std::string& text, const std::string& separator,
@@ -187,11 +183,7 @@ std::string kxString::getStringOption(const std::string& option) {
 }
 
 bool kxString::getBoolOption(const std::string& option, const std::string& name) {
-    constexpr const char* isOn = "=true";
-    for (std::size_t at = option.find(isOn); at != std::string::npos;
-         at = option.find(isOn, at + 1))
-        if (hasSuffix(std::string_view(option).substr(0, at), name)) return true;
-    return false;
+    return option.find(name + "=true") != std::string::npos;
 }
 
 void kxString::replace(std::string& text, const std::string& search,
@@ -229,7 +221,8 @@ bool kxString::startsWith(const std::string& text, const std::string& prefix) {
 }
 
 bool kxString::endsWith(const std::string& text, const std::string& suffix) {
-    return hasSuffix(text, suffix);
+    return text.size() >= suffix.size() &&
+           text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
 }
 
 std::string kxString::getCommonLeadingString(std::string first, std::string second) {

@@ -1,5 +1,6 @@
 // kxutils number: digits in groups, lists of values.
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <charconv>
 #include <memory>
 #include <sstream>
@@ -68,8 +69,8 @@ void writeList(const Options& options, Report& report) {
         for (std::string word; stream >> word;) words.push_back(word);
     });
     report.add("list", [&](Item& item) {
-        std::vector<float> values;
-        for (const std::string& word : words) values.push_back(valueOf(word));
+        std::vector<float> values(words.size());
+        std::transform(words.begin(), words.end(), values.begin(), valueOf);
         item.text = kxString::createStringFromValues(values);
         item.fields["result"] = *item.text;
     });

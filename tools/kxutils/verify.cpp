@@ -36,7 +36,7 @@ struct Candidate {
 // The files below directories, in the order of their names.
 class Collector {
 public:
-    explicit Collector(const Options& options) : _options(options) {
+    explicit Collector(const Options& options) {
         for (const std::string& extension : kxString::split(options.extensions, ','))
             if (!extension.empty())
                 _suffixes.push_back((extension[0] == '.' ? "" : ".") + extension);
@@ -80,7 +80,6 @@ private:
                });
     }
 
-    const Options& _options;
     std::vector<std::string> _suffixes;
     std::vector<Candidate> _found;
 };
@@ -181,7 +180,9 @@ private:
     static constexpr std::array<Status, 4> statuses = {Status::ok, Status::bad, Status::noChecksum,
                                                        Status::unreadable};
     std::size_t at(Status status) const { return _counts[static_cast<std::size_t>(status)]; }
-    std::size_t total() const { return std::accumulate(_counts.begin(), _counts.end(), 0U); }
+    std::size_t total() const {
+        return std::accumulate(_counts.begin(), _counts.end(), std::size_t{0});
+    }
 
     std::array<std::size_t, 5> _counts{};
 };

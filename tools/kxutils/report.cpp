@@ -33,9 +33,9 @@ ExitCode exitCodeOf(Status status) {
     return ExitCode::internal;
 }
 
-bool mayColour(const Writer& out) {
+bool mayColour() {
     const char* const noColour = std::getenv("NO_COLOR");
-    return out.isTerminal() && (!noColour || !*noColour);
+    return !noColour || !*noColour;
 }
 
 }  // namespace
@@ -61,7 +61,10 @@ Item makeItem(const std::string& name, const std::function<void(Item&)>& work) {
 }
 
 Report::Report(Writer& out, Progress& progress)
-    : _out(out), _progress(progress), _hasColour(mayColour(out)) {}
+    : _out(out),
+      _progress(progress),
+      _isTerminal(out.isTerminal()),
+      _hasColour(_isTerminal && mayColour()) {}
 
 void Report::add(const Item& item) {
     raise(exitCodeOf(item.status));
@@ -82,7 +85,7 @@ void Report::line(const std::string& text) {
     if (asJson) return;
     _progress.hide();
     _out.write(text + (zeroEnds ? '\0' : '\n'));
-    if (_out.isTerminal()) _out.flush();
+    if (_isTerminal) _out.flush();
 }
 
 void Report::note(const std::string& text) {

@@ -81,7 +81,7 @@ public:
 private:
     Writer& _out;
     Progress& _progress;
-    const bool _hasColour;
+    const bool _isTerminal, _hasColour;  // standard output's
     ExitCode _exitCode = ExitCode::ok;
     Json _document = Json::object();
     std::vector<Json> _items;

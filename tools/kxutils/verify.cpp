@@ -106,12 +106,13 @@ public:
     OrderedWork(const OrderedWork&) = delete;
     OrderedWork& operator=(const OrderedWork&) = delete;
 
-    // Waits for a result; calls `whileWaiting` ten times a second. Throws what a job has thrown.
+    // Waits for a result, looking for it, and calling `whileWaiting`, ten times a second at least.
+    // Throws what a job has thrown.
     Item take(std::size_t index, const std::function<void()>& whileWaiting) {
         std::unique_lock<std::mutex> lock(_mutex);
         while (!_results[index] && !_fault) {
-            if (_hasNews.wait_for(lock, std::chrono::milliseconds(100)) == std::cv_status::timeout)
-                whileWaiting();
+            _hasNews.wait_for(lock, std::chrono::milliseconds(100));
+            whileWaiting();
         }
         if (_fault) std::rethrow_exception(_fault);
         Item item = std::move(*_results[index]);
@@ -132,14 +133,16 @@ private:
             const std::lock_guard<std::mutex> lock(_mutex);
             _results[i] = std::move(item);
             if (fault) _fault = fault;
-            _hasNews.notify_one();
+            // Waking the main thread for each small file would cost more than checking it.
+            if (++_done % 64 == 0 || _done == _results.size() || fault) _hasNews.notify_one();
         }
     }
 
     const Job _job;
     std::vector<std::optional<Item>> _results;
     std::exception_ptr _fault;
-    std::mutex _mutex;  // guards results and fault
+    std::size_t _done = 0;
+    std::mutex _mutex;  // guards what stands above
     std::condition_variable _hasNews;
     std::atomic<std::size_t> _next{0};
     std::atomic<bool> _isStopping{false};  // no more jobs are begun; those under way may look

@@ -138,8 +138,10 @@ TEST_F(Tool, DirsKnowsAHomeThatIsEmptyNotSetOrEndsWithASlash) {
         EXPECT_EQ(outcome.exitCode, 0);
         return outcome.out.substr(outcome.out.find("preferences")) + outcome.err;
     };
-    environment["HOME"] = "/";
-    EXPECT_EQ(preferences(), "preferences  missing  /Library/Application Support/Pelloran/talo/\n");
+    const std::string home = dir.makeDir("home-with-slash") + "/";
+    environment["HOME"] = home;
+    EXPECT_EQ(preferences(),
+              "preferences  missing  " + home + "Library/Application Support/Pelloran/talo/\n");
     environment["HOME"] = "";
     EXPECT_EQ(preferences(), "preferences  missing  " + dir.file("talo/preferences") + "\n");
     environment.erase("HOME");

@@ -3,8 +3,11 @@
 //
 //     shrink   KXTEST_FILE is cut to half a block before the third reading call
 //     error    the second reading call fails with EIO
+//     open     KXTEST_FILE cannot be opened by fopen(3)
+//     close    every close(2) fails with EIO, having done its work
 //     clock    the clock advances by 300 ms at each look
 //     wrong    one CRC-32 method gives wrong answers
+//     print    the same method prints, too
 //     throw    the same method throws
 #include <dlfcn.h>
 #include <unistd.h>
@@ -54,6 +57,21 @@ extern "C" size_t fread(void* buffer, size_t size, size_t count, std::FILE* file
     return original(&fread, "fread")(buffer, size, count, file);
 }
 
+extern "C" std::FILE* fopen(const char* path, const char* mode) {
+    if (fault == "open" && std::string(path) == std::getenv("KXTEST_FILE")) {
+        errno = EACCES;
+        return nullptr;
+    }
+    return original(&fopen, "fopen")(path, mode);
+}
+
+extern "C" int close(int descriptor) {
+    const int result = original(&close, "close")(descriptor);
+    if (fault != "close") return result;
+    errno = EIO;
+    return -1;
+}
+
 extern "C" int clock_gettime(clockid_t clock, struct timespec* time) noexcept {
     if (fault != "clock" || clock != CLOCK_MONOTONIC)
         return original(&clock_gettime, "clock_gettime")(clock, time);
@@ -64,6 +82,7 @@ extern "C" int clock_gettime(clockid_t clock, struct timespec* time) noexcept {
 }
 
 std::uint32_t kxCRC32::calc_8bytes(const void* data, unsigned long length, std::uint32_t previous) {
+    if (fault == "print") std::puts("printed by the library");
     if (fault == "throw") throw std::logic_error("injected");
     const std::uint32_t crc = calc_bitwise(data, length, previous);
     return fault == "wrong" ? crc + 1 : crc;

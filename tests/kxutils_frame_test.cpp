@@ -275,15 +275,22 @@ TEST_F(Tool, ClosedStandardStreamsAreExitCode3) {
     expectRun(shell("\"$K\" path name x >&-"), 3, "",
               "kxutils: standard output: Bad file descriptor\n");
     expectRun(shell("\"$K\" crc - <&-"), 3, "", "kxutils: -: Bad file descriptor\n");
-    // Nothing of the messages gets into a file that would have the number of standard error.
-    expectRun(shell("\"$K\" base64 -o out missing 2>&-"), 3, "", "");
-    EXPECT_FALSE(kxtest::exists(dir.file("out")));
+    // No message gets into a file that would have the number of standard error.
+    dir.write("cut", "Zm9vY");
+    EXPECT_EQ(shell("\"$K\" base64 -d cut -o out >&- 2>&-").exitCode, 1);
+    EXPECT_EQ(kxtest::slurp(dir.file("out")), "");
     expectRun(shell("echo foo | \"$K\" base64 -o out >&- 2>&-; cat out"), 0, "Zm9vCg==\n", "");
 }
 
 TEST_F(Tool, AMessageThatCannotBeWrittenIsExitCode3) {
     if (!kxtest::exists("/dev/full")) GTEST_SKIP() << "no /dev/full";
     EXPECT_EQ(shell("\"$K\" tmp 2>/dev/full").exitCode, 3);
+}
+
+TEST_F(Tool, ResultsAndMessagesKeepTheirOrderInOneFile) {
+    dir.write("f", "123456789");
+    expectRun(shell("\"$K\" crc f missing f 2>&1"), 3,
+              "CBF43926  f\nkxutils: missing: No such file or directory\nCBF43926  f\n", "");
 }
 
 TEST_F(Tool, AFileSizeLimitIsExitCode3) {

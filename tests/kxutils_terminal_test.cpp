@@ -216,6 +216,28 @@ TEST_F(Faults, AReadThatFailsIsExitCode3) {
     expectRun(runWithFault("error", {"crc", "f"}), 3, "", "kxutils: f: Input/output error\n");
 }
 
+TEST_F(Faults, AFileThatCannotBeOpenedIsUnreadable) {
+    dir.write("f", stamped);
+    environment["KXTEST_FILE"] = "f";
+    expectRun(runWithFault("open", {"verify", "--quiet", "f"}), 3, "unreadable   f\n",
+              "kxutils: f: Permission denied\n");
+}
+
+// A file system across the network reports a full disk here.
+TEST_F(Faults, AnOutputThatCannotBeClosedIsExitCode3) {
+    dir.write("f", "foo");
+    expectRun(runWithFault("close", {"base64", "f", "-o", "out"}), 3, "",
+              "kxutils: f: cannot write 'out': Input/output error\n"
+              "kxutils: standard output: Input/output error\n");
+    expectRun(runWithFault("close", {"path", "name", "x"}), 3, "x\n",
+              "kxutils: standard output: Input/output error\n");
+}
+
+TEST_F(Faults, WhatTheLibraryPrintsStaysOutOfTheResults) {
+    dir.write("f", "123456789");
+    expectRun(runWithFault("print", {"crc", "f"}), 0, "CBF43926  f\n", "printed by the library\n");
+}
+
 TEST_F(Faults, WrongAnswersOfTheLibraryAreFound) {
     dir.write("f", "123456789");
     expectRun(runWithFault("wrong", {"crc", "--method", "all", "f"}), 1, "",

@@ -122,6 +122,9 @@ TEST_F(Tool, WrongUsageIsADocumentToo) {
     EXPECT_NE(usage["error"].get<std::string>().find("nonsense"), std::string::npos);
     EXPECT_TRUE(usage["items"].empty());
     EXPECT_EQ(document({}, 2)["error"], "A subcommand is required");
+    dir.write("list", "nonsense\n--json\n");
+    EXPECT_EQ(run({"path", "@list"}).out.substr(0, 2), "{\n");
+    expectRun(run({"path", "nonsense", "--", "--json"}), 2, "", run({"path", "nonsense", "x"}).err);
 }
 
 TEST_F(Tool, DocumentsHaveTheCommandAndAStatusPerItem) {

@@ -40,6 +40,12 @@ constexpr const char* exitCodes =
     "apply, the first of 5, 1, 3, 4.\n\n"
     "Example:\n  kxutils verify -r --ext osb scenes";
 
+// Also a command line that cannot be parsed may have asked for a document.
+bool wantsJson(const std::vector<std::string>& arguments) {
+    const auto end = std::find(arguments.begin(), arguments.end(), "--");
+    return std::find(arguments.begin(), end, "--json") != end;
+}
+
 // Parses the command line and does what it says. Help and version are results as any other.
 void runCommandLine(Session& session, int argc, char** argv) {
     CLI::App app("kxutils: checksums, codecs, paths and more from the shell", "kxutils");
@@ -54,6 +60,7 @@ void runCommandLine(Session& session, int argc, char** argv) {
     }
 
     std::vector<std::string> arguments = expandArguments(argc, argv);
+    session.report.asJson = wantsJson(arguments);
     std::transform(arguments.begin(), arguments.end(), arguments.begin(), guarded);
     std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
     try {
@@ -78,17 +85,10 @@ void runCommandLine(Session& session, int argc, char** argv) {
     works[static_cast<std::size_t>(chosen - subCommands)]();
 }
 
-// Also a command line that cannot be parsed may have asked for a document.
-bool wantsJson(int argc, char** argv) {
-    const auto isEnd = [](const std::string& argument) { return argument == "--"; };
-    char** const end = std::find_if(argv + 1, argv + argc, isEnd);
-    return std::find(argv + 1, end, std::string("--json")) != end;
-}
-
 ExitCode run(int argc, char** argv) {
     Session session(claimStandardStreams());
     Report& report = session.report;
-    report.asJson = argc > 1 && wantsJson(argc, argv);
+    if (argc > 1) report.asJson = wantsJson({argv + 1, argv + argc});
     try {
         try {
             runCommandLine(session, argc, argv);

@@ -1,0 +1,53 @@
+// The frame of all benchmarks: contenders for one operation, timed in the same run.
+#pragma once
+
+#include <benchmark/benchmark.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstdint>
+#include <map>
+#include <random>
+#include <string>
+
+namespace kxbench {
+
+/// From a short call through one that fits the first cache to one beyond the second.
+inline constexpr std::size_t sizes[] = {16, 1024, 65536, 16 << 20};
+
+/// The same random bytes for all contenders of a size.
+inline const std::string& randomBytes(std::size_t size) {
+    static std::map<std::size_t, std::string> all;
+    std::string& bytes = all[size];
+    std::mt19937_64 random(7);
+    while (bytes.size() < size) {
+        const std::uint64_t eight = random();
+        bytes.append(reinterpret_cast<const char*>(&eight), std::min(size - bytes.size(), 8UL));
+    }
+    return bytes;
+}
+
+/// Registers "OPERATION/NAME/SIZE", as scripts/bench reads it. The names of the library's own
+/// contenders begin with "kxUtils", those of limits (what the operation cannot do without, such as
+/// a plain copy) with "limit". `run` does the operation once on `bytes` bytes and `right` tells
+/// whether it did: a contender with a wrong result is reported and not timed.
+template <class Run, class Right>
+void contender(const std::string& operation, const std::string& name, std::size_t bytes, Run run,
+               Right right) {
+    const auto measure = [=, checked = false](benchmark::State& state) mutable {
+        if (!checked) {
+            run();
+            checked = right();
+        }
+        if (!checked) state.SkipWithError("wrong result");
+        for ([[maybe_unused]] auto _ : state) {
+            run();
+            benchmark::ClobberMemory();
+        }
+        state.SetBytesProcessed(static_cast<std::int64_t>(bytes) * state.iterations());
+    };
+    const std::string title = operation + "/" + name + "/" + std::to_string(bytes);
+    benchmark::RegisterBenchmark(title.c_str(), measure);
+}
+
+}  // namespace kxbench

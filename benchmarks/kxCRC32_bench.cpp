@@ -3,6 +3,16 @@
 #include "kxbench.h"
 #include "plain_loops.h"
 
+#if KXBENCH_ISAL
+#include <isa-l/crc.h>
+#endif
+#if KXBENCH_LIBDEFLATE
+#include <libdeflate.h>
+#endif
+#if KXBENCH_ZLIB
+#include <zlib.h>
+#endif
+
 namespace {
 
 using Function = std::uint32_t (*)(const void* data, unsigned long length, std::uint32_t previous);
@@ -12,7 +22,34 @@ struct Contender {
     Function run, model;
 };
 
+#if KXBENCH_ISAL
+std::uint32_t isal(const void* data, unsigned long length, std::uint32_t previous) {
+    return crc32_gzip_refl(previous, static_cast<const unsigned char*>(data), length);
+}
+#endif
+#if KXBENCH_LIBDEFLATE
+std::uint32_t libdeflate(const void* data, unsigned long length, std::uint32_t previous) {
+    return libdeflate_crc32(previous, data, length);
+}
+#endif
+#if KXBENCH_ZLIB
+std::uint32_t zlib(const void* data, unsigned long length, std::uint32_t previous) {
+    return static_cast<std::uint32_t>(
+        crc32_z(previous, static_cast<const unsigned char*>(data), length));
+}
+#endif
+
 const Contender contenders[] = {
+    {"calc", "kxUtils", kxCRC32::calc, plain::crc1Byte},
+#if KXBENCH_ISAL
+    {"calc", "ISA-L", isal, plain::crc1Byte},
+#endif
+#if KXBENCH_LIBDEFLATE
+    {"calc", "libdeflate", libdeflate, plain::crc1Byte},
+#endif
+#if KXBENCH_ZLIB
+    {"calc", "zlib", zlib, plain::crc1Byte},
+#endif
     {"calc_bitwise", "kxUtils", kxCRC32::calc_bitwise, plain::crc1Byte},
     {"calc_bitwise", "plain loop", plain::crcBitwise, plain::crc1Byte},
     {"calc_halfbyte", "kxUtils", kxCRC32::calc_halfbyte, plain::crc1Byte},

@@ -2,24 +2,20 @@
 
 #include <array>
 
+#include "detail/crc32.h"
 #include "detail/little_endian.h"
 
+using kx::detail::crc32BitSteps;
+using kx::detail::crc32Polynomial;
 using kx::detail::loadLittleEndian16;
 using kx::detail::loadLittleEndian32;
 
 namespace {
 
-constexpr std::uint32_t polynomial = 0xEDB88320;  // 0x04C11DB7 with its bits reversed
-
-constexpr std::uint32_t bitSteps(std::uint32_t crc, int count) {
-    for (; count != 0; --count) crc = (crc >> 1) ^ ((crc & 1) != 0 ? polynomial : 0);
-    return crc;
-}
-
 // Entry i: the register after the 4 bits of i.
 constexpr std::array<std::uint32_t, 16> makeLookup16() {
     std::array<std::uint32_t, 16> table{};
-    for (std::uint32_t i = 0; i < 16; ++i) table[i] = bitSteps(i, 4);
+    for (std::uint32_t i = 0; i < 16; ++i) table[i] = crc32BitSteps(i, 4);
     return table;
 }
 constexpr auto crc32Lookup16 = makeLookup16();
@@ -30,23 +26,48 @@ static_assert(crc32Lookup16[0] == 0 && crc32Lookup16[1] == 0x1DB71064 &&
 constexpr std::array<std::array<std::uint32_t, 256>, 8> makeLookup() {
     std::array<std::array<std::uint32_t, 256>, 8> tables{};
     for (std::uint32_t i = 0; i < 256; ++i) {
-        tables[0][i] = bitSteps(i, 8);
-        for (std::size_t k = 1; k < 8; ++k) tables[k][i] = bitSteps(tables[k - 1][i], 8);
+        tables[0][i] = crc32BitSteps(i, 8);
+        for (std::size_t k = 1; k < 8; ++k) tables[k][i] = crc32BitSteps(tables[k - 1][i], 8);
     }
     return tables;
 }
 constexpr auto crc32Lookup = makeLookup();
 static_assert(crc32Lookup[0][0] == 0 && crc32Lookup[0][1] == 0x77073096 &&
-              crc32Lookup[0][128] == polynomial && crc32Lookup[0][255] == 0x2D02EF8D);
+              crc32Lookup[0][128] == crc32Polynomial && crc32Lookup[0][255] == 0x2D02EF8D);
 static_assert(crc32Lookup[1][1] == 0x191B3141 && crc32Lookup[7][1] == 0xCCAA009E);
 
 const unsigned char* bytesOf(const void* data) { return static_cast<const unsigned char*>(data); }
 
-// One look-up per byte: all of calc_1byte, and what the word loops leave over.
-std::uint32_t bytewise(std::uint32_t crc, const unsigned char* p, unsigned long length) {
-    for (; length != 0; --length) crc = (crc >> 8) ^ crc32Lookup[0][(crc & 0xFF) ^ *p++];
+// Takes bytes through the register; `step` is a byte's worth.
+template <class Step>
+std::uint32_t oneByOne(std::uint32_t crc, const unsigned char* p, unsigned long length, Step step) {
+    for (; length != 0; --length) crc = step(crc ^ *p++);
     return crc;
 }
+
+// The same. Four bytes enter the register at a time: three steps in four need not wait for theirs.
+template <class Step>
+std::uint32_t bytewise(std::uint32_t crc, const unsigned char* p, unsigned long length, Step step) {
+    for (; length >= 4; length -= 4, p += 4)
+        crc = step(step(step(step(crc ^ loadLittleEndian32(p)))));
+    return oneByOne(crc, p, length, step);
+}
+
+// What bit step `step` of four adds to the register after all of them.
+constexpr std::uint32_t bitTerm(std::uint32_t crc, int step) {
+    return (0 - ((crc >> step) & 1)) & (crc32Polynomial >> (3 - step));
+}
+
+// Four bit steps side by side: the bits that decide them are all there at the start, since a step
+// leaves the three bits alone that decide the next three.
+constexpr std::uint32_t fourBits(std::uint32_t crc) {
+    static_assert((crc32Polynomial & 7) == 0);
+    return (crc >> 4) ^ bitTerm(crc, 0) ^ bitTerm(crc, 1) ^ bitTerm(crc, 2) ^ bitTerm(crc, 3);
+}
+
+std::uint32_t lookUpHalfByte(std::uint32_t crc) { return (crc >> 4) ^ crc32Lookup16[crc & 15]; }
+
+std::uint32_t lookUpByte(std::uint32_t crc) { return (crc >> 8) ^ crc32Lookup[0][crc & 0xFF]; }
 
 // Takes a word through 4 bytes of tables: those of `base` to `base + 3`, the word's last byte in
 // the lowest.
@@ -58,33 +79,32 @@ std::uint32_t lookUpWord(std::uint32_t word) {
 
 }  // namespace
 
+std::uint32_t kxCRC32::calc(const void* data, unsigned long length, std::uint32_t previous) {
+    static const auto fastest = kx::detail::crc32Kernels.fastest().calc;
+    return fastest(data, length, previous);
+}
+
 std::uint32_t kxCRC32::calc_bitwise(const void* data, unsigned long length,
                                     std::uint32_t previous) {
-    std::uint32_t crc = ~previous;
-    for (const auto* p = bytesOf(data); length != 0; --length) crc = bitSteps(crc ^ *p++, 8);
-    return ~crc;
+    const auto step = [](std::uint32_t crc) { return fourBits(fourBits(crc)); };
+    return ~bytewise(~previous, bytesOf(data), length, step);
 }
 
 std::uint32_t kxCRC32::calc_halfbyte(const void* data, unsigned long length,
                                      std::uint32_t previous) {
-    std::uint32_t crc = ~previous;
-    for (const auto* p = bytesOf(data); length != 0; --length) {
-        const std::uint32_t byte = *p++;
-        crc = (crc >> 4) ^ crc32Lookup16[(crc ^ byte) & 15];
-        crc = (crc >> 4) ^ crc32Lookup16[(crc & 15) ^ (byte >> 4)];
-    }
-    return ~crc;
+    const auto step = [](std::uint32_t crc) { return lookUpHalfByte(lookUpHalfByte(crc)); };
+    return ~bytewise(~previous, bytesOf(data), length, step);
 }
 
 std::uint32_t kxCRC32::calc_1byte(const void* data, unsigned long length, std::uint32_t previous) {
-    return ~bytewise(~previous, bytesOf(data), length);
+    return ~bytewise(~previous, bytesOf(data), length, lookUpByte);
 }
 
 std::uint32_t kxCRC32::calc_4bytes(const void* data, unsigned long length, std::uint32_t previous) {
     std::uint32_t crc = ~previous;
     const auto* p = bytesOf(data);
     for (; length >= 4; length -= 4, p += 4) crc = lookUpWord<0>(loadLittleEndian32(p) ^ crc);
-    return ~bytewise(crc, p, length);
+    return ~oneByOne(crc, p, length, lookUpByte);
 }
 
 std::uint32_t kxCRC32::calc_8bytes(const void* data, unsigned long length, std::uint32_t previous) {
@@ -94,7 +114,7 @@ std::uint32_t kxCRC32::calc_8bytes(const void* data, unsigned long length, std::
         const std::uint32_t one = loadLittleEndian32(p) ^ crc, two = loadLittleEndian32(p + 4);
         crc = lookUpWord<0>(two) ^ lookUpWord<4>(one);
     }
-    return ~bytewise(crc, p, length);
+    return ~oneByOne(crc, p, length, lookUpByte);
 }
 
 std::uint32_t kxCRC32::calc_FNV1A_Jesteress(const void* data, unsigned long length,
@@ -104,7 +124,7 @@ std::uint32_t kxCRC32::calc_FNV1A_Jesteress(const void* data, unsigned long leng
     const auto* p = bytesOf(data);
     for (; length >= 8; length -= 8, p += 8) {
         const std::uint32_t first = loadLittleEndian32(p), second = loadLittleEndian32(p + 4);
-        hash = (hash ^ (first << 5 | first >> 27) ^ second) * prime;
+        hash = (hash ^ ((first << 5 | first >> 27) ^ second)) * prime;
     }
     if ((length & 4) != 0) {
         hash = (hash ^ loadLittleEndian32(p)) * prime;
@@ -117,3 +137,9 @@ std::uint32_t kxCRC32::calc_FNV1A_Jesteress(const void* data, unsigned long leng
     if ((length & 1) != 0) hash = (hash ^ *p) * prime;
     return hash ^ (hash >> 16);
 }
+
+namespace kx::detail {
+
+const Crc32Kernel crc32Portable = {"portable", [] { return true; }, kxCRC32::calc_8bytes};
+
+}  // namespace kx::detail

@@ -1,0 +1,14 @@
+#include <iterator>
+
+#include "detail/crc32.h"
+
+namespace kx::detail {
+namespace {
+
+const Crc32Kernel* const crc32Rows[] = {&crc32Vpclmulqdq, &crc32Pclmulqdq, &crc32Portable};
+
+}  // namespace
+
+const KernelTable<Crc32Kernel> crc32Kernels = {std::begin(crc32Rows), std::end(crc32Rows)};
+
+}  // namespace kx::detail

@@ -1,0 +1,43 @@
+// What every implementation of CRC-32 is checked with.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <boost/crc.hpp>
+#include <cstdint>
+#include <random>
+#include <string>
+
+#include "guarded.h"
+
+namespace kxtest {
+
+using Crc32Function = std::uint32_t (*)(const void*, unsigned long, std::uint32_t);
+
+inline std::uint32_t boostCrc(const std::string& bytes) {
+    boost::crc_32_type crc;
+    crc.process_bytes(bytes.data(), bytes.size());
+    return crc.checksum();
+}
+
+inline std::string randomBytes(std::size_t n) {
+    std::mt19937 random(5);
+    std::string bytes;
+    while (bytes.size() < n) bytes += static_cast<char>(random() & 0xFF);
+    return bytes;
+}
+
+/// `function` gives the same for `bytes` just before a guard page and, behind one, at any offset.
+inline void expectEverywhere(Crc32Function function, const std::string& bytes,
+                             std::uint32_t previous, std::uint32_t expected) {
+    static const Guarded memory(4096);
+    memory.fill('\x5a');
+    ASSERT_EQ(function(memory.atEnd(bytes), bytes.size(), previous), expected) << bytes.size();
+    for (std::size_t offset = 0; offset < 64; ++offset) {
+        const char* data = memory.atBegin(bytes, offset);
+        ASSERT_EQ(function(data, bytes.size(), previous), expected)
+            << bytes.size() << " bytes at offset " << offset;
+    }
+}
+
+}  // namespace kxtest

@@ -9,6 +9,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <string_view>
 
 namespace kxbench {
 
@@ -25,6 +26,18 @@ inline const std::string& randomBytes(std::size_t size) {
         bytes.append(reinterpret_cast<const char*>(&eight), std::min(size - bytes.size(), 8UL));
     }
     return bytes;
+}
+
+/// The same for a Base64 text of `size` characters, a multiple of 4.
+inline const std::string& base64Text(std::size_t size) {
+    static std::map<std::size_t, std::string> all;
+    std::string& text = all[size];
+    if (!text.empty()) return text;
+    text = randomBytes(size);
+    constexpr std::string_view alphabet =
+        "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+    for (char& c : text) c = alphabet[static_cast<unsigned char>(c) % 64];
+    return text;
 }
 
 /// Registers "OPERATION/NAME/SIZE", as scripts/bench reads it. The names of the library's own

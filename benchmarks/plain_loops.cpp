@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstring>
+#include <string_view>
 
 namespace plain {
 namespace {
@@ -27,6 +28,18 @@ constexpr std::array<std::array<std::uint32_t, 256>, 8> makeTables() {
     return tables;
 }
 constexpr auto tables = makeTables();
+
+constexpr std::string_view alphabet =
+    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+
+constexpr std::array<unsigned char, 256> makeValues() {
+    std::array<unsigned char, 256> table{};
+    for (unsigned char& value : table) value = 64;
+    for (std::size_t i = 0; i < alphabet.size(); ++i)
+        table[static_cast<unsigned char>(alphabet[i])] = static_cast<unsigned char>(i);
+    return table;
+}
+constexpr auto values = makeValues();
 
 const unsigned char* bytesOf(const void* data) { return static_cast<const unsigned char*>(data); }
 
@@ -104,6 +117,45 @@ std::uint32_t jesteress(const void* data, unsigned long length, std::uint32_t se
     }
     if ((length & 1) != 0) hash = (hash ^ *p) * prime;
     return hash ^ (hash >> 16);
+}
+
+unsigned long base64Encode(const char* data, unsigned long n, char* out) {
+    const unsigned char* p = bytesOf(data);
+    char* const begin = out;
+    for (; n >= 3; n -= 3, p += 3) {
+        const unsigned int a = p[0], b = p[1], c = p[2];
+        *out++ = alphabet[a >> 2];
+        *out++ = alphabet[(a & 3) << 4 | b >> 4];
+        *out++ = alphabet[(b & 15) << 2 | c >> 6];
+        *out++ = alphabet[c & 63];
+    }
+    if (n != 0) {
+        const unsigned int a = p[0], b = n == 2 ? p[1] : 0;
+        *out++ = alphabet[a >> 2];
+        *out++ = alphabet[(a & 3) << 4 | b >> 4];
+        *out++ = n == 2 ? alphabet[(b & 15) << 2] : '=';
+        *out++ = '=';
+    }
+    *out = '\0';
+    return static_cast<unsigned long>(out - begin);
+}
+
+unsigned long base64Decode(const char* text, unsigned long n, char* out) {
+    const unsigned char* p = bytesOf(text);
+    char* const begin = out;
+    std::uint32_t bits = 0;
+    int held = 0;
+    for (; n != 0; --n) {
+        const unsigned char value = values[*p++];
+        if (value == 64) continue;
+        bits = bits << 6 | value;
+        if (++held < 4) continue;
+        *out++ = static_cast<char>(bits >> 16);
+        *out++ = static_cast<char>(bits >> 8);
+        *out++ = static_cast<char>(bits);
+        held = 0;
+    }
+    return static_cast<unsigned long>(out - begin);
 }
 
 }  // namespace plain

@@ -1,4 +1,4 @@
-// Each method of kxCRC32 as one would write it down, compiled with -O3.
+// What the library does, as one would write it down, compiled with -O3.
 #pragma once
 
 #include <cstdint>
@@ -11,5 +11,9 @@ std::uint32_t crc1Byte(const void* data, unsigned long length, std::uint32_t pre
 std::uint32_t crc4Bytes(const void* data, unsigned long length, std::uint32_t previous);
 std::uint32_t crc8Bytes(const void* data, unsigned long length, std::uint32_t previous);
 std::uint32_t jesteress(const void* data, unsigned long length, std::uint32_t seed);
+
+unsigned long base64Encode(const char* data, unsigned long n, char* out);
+/// Skips what is not in the alphabet; knows nothing of "=".
+unsigned long base64Decode(const char* text, unsigned long n, char* out);
 
 }  // namespace plain

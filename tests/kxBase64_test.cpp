@@ -2,19 +2,19 @@
 
 #include <gtest/gtest.h>
 
-#include <random>
 #include <type_traits>
 
-#include "guarded.h"
-#include "reference/base64_reference.h"
+#include "base64_checks.h"
 
 static_assert(std::has_virtual_destructor_v<kxBase64> && sizeof(kxBase64) == sizeof(void*));
 
 using namespace std::string_literals;
+using kxtest::canary;
+using kxtest::expectExactly;
+using kxtest::randomBytes;
+using kxtest::randomText;
 
 namespace {
-
-constexpr char canary = '\x5a';
 
 /// `out` is one byte larger than getEncodeSize() says, as every raw buffer has to be.
 std::string encodeRaw(const std::string& bytes) {
@@ -47,46 +47,6 @@ std::string everyByte() {
     std::string bytes;
     for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
     return bytes;
-}
-
-std::string randomBytes(std::mt19937& random, std::size_t n) {
-    std::string bytes;
-    while (bytes.size() < n) bytes += static_cast<char>(random() & 0xFF);
-    return bytes;
-}
-
-/// A text in which one of `oneIn` characters is "=" and one is of any kind.
-std::string randomText(std::mt19937& random, std::size_t n, unsigned int oneIn) {
-    std::string text;
-    while (text.size() < n) {
-        const unsigned long kind = random() % oneIn;
-        if (kind == 0)
-            text += '=';
-        else if (kind == 1)
-            text += static_cast<char>(random() & 0xFF);
-        else
-            text += reference::base64Alphabet[random() % 64];
-    }
-    return text;
-}
-
-using Convert = unsigned long (*)(const char*, unsigned long, char*);
-
-/// Converts with input and output against the guard pages, in every alignment: the call gives
-/// `result`, writes exactly `written` and touches nothing else.
-void expectExactly(Convert convert, const std::string& input, unsigned long result,
-                   const std::string& written) {
-    static const kxtest::Guarded source(4096), target(4096);
-    const auto check = [&](const char* in, char* out) {
-        target.fill(canary);
-        const unsigned long got = convert(in, input.size(), out);
-        return got == result && std::string(out, written.size()) == written &&
-               target.filledOutside(out, written.size(), canary);
-    };
-    ASSERT_TRUE(check(source.atEnd(input), target.end() - written.size())) << input;
-    for (std::size_t offset = 0; offset < 64; ++offset)
-        ASSERT_TRUE(check(source.atBegin(input, offset), target.begin() + (offset * 5) % 64))
-            << input << " at offset " << offset;
 }
 
 }  // namespace
@@ -249,7 +209,8 @@ TEST(Base64Size, EncodeLeavesNoRoomForTheTerminator) {
 // --- Empty input --------------------------------------------------------------------------------
 
 TEST(Base64Empty, RawFormsTouchNothing) {
-    for (const Convert convert : {Convert{kxBase64::encode}, Convert{kxBase64::decode}}) {
+    for (const kxtest::Convert convert :
+         {kxtest::Convert{kxBase64::encode}, kxtest::Convert{kxBase64::decode}}) {
         char out[8] = "kept";
         EXPECT_EQ(convert(nullptr, 4, out), 0U);
         EXPECT_EQ(convert("Zm9v", 0, out), 0U);
@@ -290,7 +251,8 @@ TEST(Base64String, FailedDecodeLeavesOutputEmpty) {
 }
 
 TEST(Base64String, InputMayLieInTheOutput) {
-    for (const std::size_t n : {3UL, 5UL, 100UL}) {  // within the string object and on the heap
+    // Within the string object, on the heap, and too long to be converted at once.
+    for (const std::size_t n : {3UL, 5UL, 100UL, 20000UL}) {
         const std::string bytes(n, 'x'), text = reference::encodeBase64(bytes);
         std::string s = bytes;
         EXPECT_EQ(kxBase64::encode(s, s), text.size());
@@ -301,6 +263,25 @@ TEST(Base64String, InputMayLieInTheOutput) {
         EXPECT_EQ(kxBase64::decode(s.data() + 2, text.size(), s), n);
         EXPECT_EQ(s, bytes);
     }
+}
+
+TEST(Base64String, LongInputsOfAnyLength) {
+    std::mt19937 random(6);
+    std::string encoded, decoded;  // used again, larger and smaller than needed
+    for (const std::size_t n :
+         {6142UL, 6143UL, 6144UL, 6145UL, 12288UL, 12289UL, 30000UL, 9000UL}) {
+        const std::string bytes = randomBytes(random, n), text = reference::encodeBase64(bytes);
+        EXPECT_EQ(kxBase64::encode(bytes, encoded), text.size());
+        EXPECT_EQ(encoded, text);
+        EXPECT_EQ(kxBase64::decode(text, decoded), n);
+        EXPECT_EQ(decoded, bytes);
+    }
+    for (const std::size_t n : {8191UL, 8192UL, 8193UL, 20000UL})
+        for (const unsigned int oddOneIn : {10U, 1000U, 100000U}) {
+            const std::string text = randomText(random, n, oddOneIn);
+            const reference::Decoded expected = reference::decodeBase64(text);
+            EXPECT_EQ(decodeString(text), expected.complete ? expected.written : "");
+        }
 }
 
 // --- Tests of text ------------------------------------------------------------------------------

@@ -1,14 +1,18 @@
 #include "kxBase64.h"
 
-#include <cstdint>
+#include <algorithm>
 #include <functional>
-#include <string_view>
+
+#include "detail/base64.h"
+
+using kx::detail::Base64Decoder;
+using kx::detail::Base64Kernel;
+using kx::detail::base64Kernels;
+using kx::detail::Base64Progress;
 
 namespace {
 
-constexpr std::string_view alphabet =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-static_assert(alphabet.size() == 64);
+constexpr auto alphabet = kx::detail::base64Alphabet;
 
 constexpr unsigned char padding = 254;
 constexpr unsigned char foreign = 255;
@@ -34,49 +38,123 @@ static_assert(ruled['='] == padding && ruled['\0'] == foreign && ruled['-'] == f
 
 constexpr char character(unsigned int sixBits) { return alphabet[sixBits & 63]; }
 
-// Encodes whole groups of 3 bytes.
-void encodeGroups(const unsigned char* data, unsigned long groups, char* out) {
-    for (; groups != 0; --groups, data += 3, out += 4) {
-        const unsigned int bits = static_cast<unsigned int>(data[0] << 16 | data[1] << 8 | data[2]);
+// --- The portable kernel ------------------------------------------------------------------------
+
+unsigned long encodePortable(const char* data, unsigned long n, char* out) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(data);
+    char* const begin = out;
+    for (; n >= 3; n -= 3, bytes += 3, out += 4) {
+        const unsigned int bits =
+            static_cast<unsigned int>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]);
         out[0] = character(bits >> 18);
         out[1] = character(bits >> 12);
         out[2] = character(bits >> 6);
         out[3] = character(bits);
     }
+    if (n != 0) {
+        const unsigned int first = bytes[0], second = n == 2 ? bytes[1] : 0U;
+        *out++ = character(first >> 2);
+        *out++ = character(first << 4 | second >> 4);
+        *out++ = n == 2 ? character(second << 2) : '=';
+        *out++ = '=';
+    }
+    *out = '\0';
+    return static_cast<unsigned long>(out - begin);
 }
 
-// Decodes groups of 4 characters of the alphabet up to the first group that holds anything else;
-// returns how many groups that were.
-unsigned long decodeGroups(const char* text, unsigned long groups, char* out) {
+// Up to the first group that holds anything but characters of the alphabet.
+Base64Progress decodeGroupsPortable(const char* text, unsigned long n, char* out) {
     const auto& map = kxBase64::_map;
-    for (unsigned long group = 0; group < groups; ++group, text += 4, out += 3) {
-        const unsigned int a = map[byteOf(text[0])], b = map[byteOf(text[1])],
-                           c = map[byteOf(text[2])], d = map[byteOf(text[3])];
-        if (((a | b | c | d) & noValue) != 0) return group;
-        out[0] = static_cast<char>(a << 2 | b >> 4);
-        out[1] = static_cast<char>(b << 4 | c >> 2);
-        out[2] = static_cast<char>(c << 6 | d);
+    unsigned long read = 0, written = 0;
+    for (; n - read >= 4; read += 4, written += 3) {
+        const unsigned int a = map[byteOf(text[read])], b = map[byteOf(text[read + 1])],
+                           c = map[byteOf(text[read + 2])], d = map[byteOf(text[read + 3])];
+        if (((a | b | c | d) & noValue) != 0) break;
+        out[written] = static_cast<char>(a << 2 | b >> 4);
+        out[written + 1] = static_cast<char>(b << 4 | c >> 2);
+        out[written + 2] = static_cast<char>(c << 6 | d);
     }
-    return groups;
+    return {read, written};
 }
 
-// The string forms: `convert` is one of the raw forms, `getSize` what it needs.
-unsigned long intoString(const char* in, unsigned long n, std::string& out,
-                         unsigned long (*getSize)(unsigned long),
-                         unsigned long (*convert)(const char*, unsigned long, char*)) {
-    if (!in || n == 0) return 0;
+unsigned long decodePortable(const char* text, unsigned long n, char* out) {
+    return kx::detail::base64DecodeRest(decodeGroupsPortable, text, n, out, {0, 0});
+}
+
+// --- Strings -------------------------------------------------------------------------------------
+
+// Resizing a string and converting into it would fill it with zeros first; to convert into a buffer
+// that stays in the first cache, and to append from there, costs less.
+struct Buffer {
+    static constexpr unsigned long bytes = 6144, characters = 8192;
+    char at[characters + 1];  // with the terminator of encode()
+};
+
+template <class Convert>
+unsigned long atOnce(const char* in, unsigned long n, std::string& out, Convert convert) {
+    Buffer buffer;
+    out.assign(buffer.at, convert(in, n, buffer.at));
+    return out.size();
+}
+
+// The same piece by piece, for a result of at most `size` bytes.
+template <class Convert>
+unsigned long inPieces(const char* in, unsigned long n, unsigned long piece, std::string& out,
+                       unsigned long size, Convert convert) {
     const std::less<const char*> before;
-    if (!before(in, out.data()) && before(in, out.data() + out.size())) {
-        // Resizing would pull the input away from under the conversion.
-        const std::string copy(in, n);
-        return intoString(copy.data(), n, out, getSize, convert);
+    const bool isInside = !before(in, out.data()) && before(in, out.data() + out.size());
+    std::string other;
+    std::string& to = isInside || out.capacity() < size ? other : out;
+    to.reserve(size);
+    to.clear();
+    Buffer buffer;
+    for (unsigned long count; n != 0; in += count, n -= count) {
+        count = std::min(n, piece);
+        to.append(buffer.at, convert(in, count, buffer.at));
     }
-    out.resize(getSize(n));
-    out.resize(convert(in, n, out.data()));
+    if (&to == &other) out.swap(other);
     return out.size();
 }
 
 }  // namespace
+
+namespace kx::detail {
+
+const Base64Kernel base64Portable = {"portable", [] { return true; }, encodePortable,
+                                     decodePortable, decodeGroupsPortable};
+
+unsigned long Base64Decoder::decode(const char* text, unsigned long n, char* out) {
+    unsigned long written = 0;
+    for (unsigned long at = 0; at < n; ++at) {
+        if (_held == 0 && _allowance == 3 && n - at > 8) {  // for few it would not pay
+            const Base64Progress progress = _decodeGroups(text + at, n - at, out + written);
+            at += progress.read;
+            written += progress.written;
+            if (at == n) break;
+        }
+        const unsigned char value = ruled[byteOf(text[at])];
+        if (value == foreign) continue;
+        if (value == padding) --_allowance;
+        _bits = _bits << 6 | (value == padding ? 0U : value);
+        if (++_held < 4) continue;
+        out[written++] = static_cast<char>(_bits >> 16);
+        if (_allowance >= 2) out[written++] = static_cast<char>(_bits >> 8);
+        if (_allowance >= 3) out[written++] = static_cast<char>(_bits);
+        _bits = 0;
+        _held = 0;
+    }
+    return written;
+}
+
+unsigned long base64DecodeRest(Base64DecodeGroups decodeGroups, const char* text, unsigned long n,
+                               char* out, Base64Progress done) {
+    Base64Decoder decoder(decodeGroups);
+    const unsigned long written =
+        done.written + decoder.decode(text + done.read, n - done.read, out + done.written);
+    return decoder.isComplete() ? written : 0;
+}
+
+}  // namespace kx::detail
 
 // Not constexpr itself: an exported inline variable would keep the library from being unloaded.
 const std::array<unsigned char, 256> kxBase64::_map = ruled;
@@ -85,24 +163,14 @@ kxBase64::~kxBase64() = default;
 
 unsigned long kxBase64::encode(const char* data, unsigned long n, char* out) {
     if (!data || n == 0 || !out) return 0;
-    const auto* bytes = reinterpret_cast<const unsigned char*>(data);
-    const unsigned long groups = n / 3, rest = n % 3;
-    encodeGroups(bytes, groups, out);
-
-    unsigned long length = 4 * groups;
-    if (rest != 0) {
-        const unsigned int first = bytes[n - rest], second = rest == 2 ? bytes[n - 1] : 0U;
-        out[length++] = character(first >> 2);
-        out[length++] = character(first << 4 | second >> 4);
-        out[length++] = rest == 2 ? character(second << 2) : '=';
-        out[length++] = '=';
-    }
-    out[length] = '\0';
-    return length;
+    return base64Kernels.fastest->encode(data, n, out);
 }
 
 unsigned long kxBase64::encode(const char* data, unsigned long n, std::string& out) {
-    return intoString(data, n, out, getEncodeSize, encode);
+    if (!data || n == 0) return 0;
+    const auto convert = base64Kernels.fastest->encode;
+    if (n <= Buffer::bytes) return atOnce(data, n, out, convert);
+    return inPieces(data, n, Buffer::bytes, out, getEncodeSize(n), convert);
 }
 
 unsigned long kxBase64::encode(const std::string& in, std::string& out) {
@@ -113,33 +181,20 @@ unsigned long kxBase64::getEncodeSize(unsigned long n) { return 4 * (n / 3) + 4;
 
 unsigned long kxBase64::decode(const char* text, unsigned long n, char* out) {
     if (!text || n == 0 || !out) return 0;
-    unsigned long written = 0;
-    std::uint32_t bits = 0;
-    int held = 0;        // characters in `bits`
-    long allowance = 3;  // bytes a group may give; "=" takes one away from all groups to come
-    for (unsigned long at = 0; at < n; ++at) {
-        if (held == 0 && allowance == 3) {
-            const unsigned long groups = decodeGroups(text + at, (n - at) / 4, out + written);
-            at += 4 * groups;
-            written += 3 * groups;
-            if (at == n) break;
-        }
-        const unsigned char value = _map[byteOf(text[at])];
-        if (value == foreign) continue;
-        if (value == padding) --allowance;
-        bits = bits << 6 | (value == padding ? 0U : value);
-        if (++held < 4) continue;
-        out[written++] = static_cast<char>(bits >> 16);
-        if (allowance >= 2) out[written++] = static_cast<char>(bits >> 8);
-        if (allowance >= 3) out[written++] = static_cast<char>(bits);
-        bits = 0;
-        held = 0;
-    }
-    return held == 0 ? written : 0;
+    return base64Kernels.fastest->decode(text, n, out);
 }
 
 unsigned long kxBase64::decode(const char* text, unsigned long n, std::string& out) {
-    return intoString(text, n, out, getDecodeSize, decode);
+    if (!text || n == 0) return 0;
+    const Base64Kernel& kernel = *base64Kernels.fastest;
+    if (n <= Buffer::characters) return atOnce(text, n, out, kernel.decode);
+    Base64Decoder decoder(kernel.decodeGroups);
+    inPieces(text, n, Buffer::characters, out, getDecodeSize(n),
+             [&decoder](const char* piece, unsigned long length, char* bytes) {
+                 return decoder.decode(piece, length, bytes);
+             });
+    if (!decoder.isComplete()) out.clear();
+    return out.size();
 }
 
 unsigned long kxBase64::decode(const std::string& in, std::string& out) {

@@ -80,8 +80,7 @@ std::uint32_t lookUpWord(std::uint32_t word) {
 }  // namespace
 
 std::uint32_t kxCRC32::calc(const void* data, unsigned long length, std::uint32_t previous) {
-    static const auto fastest = kx::detail::crc32Kernels.fastest().calc;
-    return fastest(data, length, previous);
+    return kx::detail::crc32Kernels.fastest->calc(data, length, previous);
 }
 
 std::uint32_t kxCRC32::calc_bitwise(const void* data, unsigned long length,

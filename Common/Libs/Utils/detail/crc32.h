@@ -27,6 +27,6 @@ struct Crc32Kernel {
 
 extern const Crc32Kernel crc32Vpclmulqdq, crc32Pclmulqdq;  // x86-64 only
 extern const Crc32Kernel crc32Portable;
-extern const KernelTable<Crc32Kernel> crc32Kernels;
+extern KernelTable<Crc32Kernel> crc32Kernels;
 
 }  // namespace kx::detail

@@ -1,0 +1,56 @@
+// What every implementation of Base64 is checked with.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <random>
+#include <string>
+
+#include "guarded.h"
+#include "reference/base64_reference.h"
+
+namespace kxtest {
+
+inline constexpr char canary = '\x5a';
+
+inline std::string randomBytes(std::mt19937& random, std::size_t n) {
+    std::string bytes;
+    while (bytes.size() < n) bytes += static_cast<char>(random() & 0xFF);
+    return bytes;
+}
+
+/// A text in which one of `oneIn` characters is "=" and one is of any kind.
+inline std::string randomText(std::mt19937& random, std::size_t n, unsigned int oneIn) {
+    std::string text;
+    while (text.size() < n) {
+        const unsigned long kind = random() % oneIn;
+        if (kind == 0)
+            text += '=';
+        else if (kind == 1)
+            text += static_cast<char>(random() & 0xFF);
+        else
+            text += reference::base64Alphabet[random() % 64];
+    }
+    return text;
+}
+
+using Convert = unsigned long (*)(const char*, unsigned long, char*);
+
+/// Converts with input and output against the guard pages, in every alignment: the call gives
+/// `result`, writes exactly `written` and touches nothing else.
+inline void expectExactly(Convert convert, const std::string& input, unsigned long result,
+                          const std::string& written) {
+    static const Guarded source(4096), target(4096);
+    const auto check = [&](const char* in, char* out) {
+        target.fill(canary);
+        const unsigned long got = convert(in, input.size(), out);
+        return got == result && std::string(out, written.size()) == written &&
+               target.filledOutside(out, written.size(), canary);
+    };
+    ASSERT_TRUE(check(source.atEnd(input), target.end() - written.size())) << input;
+    for (std::size_t offset = 0; offset < 64; ++offset)
+        ASSERT_TRUE(check(source.atBegin(input, offset), target.begin() + (offset * 5) % 64))
+            << input << " at offset " << offset;
+}
+
+}  // namespace kxtest

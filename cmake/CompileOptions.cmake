@@ -4,6 +4,11 @@ function(kx_compile_options TARGET)
   target_compile_options(${TARGET} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Wold-style-cast -Wundef)
   set_target_properties(${TARGET} PROPERTIES CXX_EXTENSIONS OFF)
+  # What is delivered does not depend on the folder that it was built in.
+  if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
+    target_compile_options(${TARGET} PRIVATE
+      "-ffile-prefix-map=${PROJECT_BINARY_DIR}=build" "-ffile-prefix-map=${PROJECT_SOURCE_DIR}=.")
+  endif()
   if(KXUTILS_SANITIZE)
     target_compile_options(${TARGET} PRIVATE
       -fsanitize=${KXUTILS_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)

@@ -1,0 +1,71 @@
+# CPack: three Debian packages (runtime, dev, tools) or one archive; scripts/package makes them all.
+set(CPACK_PACKAGE_VENDOR "kxUtils")
+set(CPACK_PACKAGE_CONTACT "kxUtils maintainers <maintainers@kxutils.example>")
+set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "${PROJECT_DESCRIPTION}")
+set(CPACK_PACKAGE_VERSION "${PROJECT_VERSION}")
+set(CPACK_RESOURCE_FILE_LICENSE "${PROJECT_SOURCE_DIR}/LICENSE")
+set(CPACK_STRIP_FILES ON)
+set(CPACK_VERBATIM_VARIABLES ON)
+set(CPACK_COMPONENTS_ALL runtime dev tools)
+
+set(CPACK_ARCHIVE_COMPONENT_INSTALL OFF)
+set(CPACK_PACKAGE_FILE_NAME "kxutils-${PROJECT_VERSION}-${CMAKE_SYSTEM_NAME}-${CMAKE_SYSTEM_PROCESSOR}")
+
+set(CPACK_DEB_COMPONENT_INSTALL ON)
+set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
+set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
+set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
+set(CPACK_DEBIAN_PACKAGE_SOURCE kxutils)
+# Finds the library that the tools link, which no package holds yet.
+set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Common/Libs/Utils")
+
+set(runtime_package libkxutils${PROJECT_VERSION_MAJOR})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
+set(debian_description
+"Log, installation layout, file helpers that can ask the user, checksums
+on files, buffered streams, codecs and processor features for an
+application and its plug-ins.")
+set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${debian_description}
+
+This package holds the shared library.")
+set(CPACK_DEBIAN_RUNTIME_PACKAGE_CONTROL_EXTRA "${PROJECT_SOURCE_DIR}/packaging/debian/triggers")
+
+set(CPACK_DEBIAN_DEV_PACKAGE_NAME libkxutils-dev)
+set(CPACK_DEBIAN_DEV_PACKAGE_SECTION libdevel)
+set(CPACK_DEBIAN_DEV_PACKAGE_SHLIBDEPS OFF)
+set(CPACK_DEBIAN_DEV_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION}), libboost-dev")
+set(CPACK_DEBIAN_DEV_DESCRIPTION
+  "${debian_description}
+
+This package holds the headers, the CMake package and the pkg-config file.")
+
+set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME kxutils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION})")
+set(CPACK_DEBIAN_TOOLS_DESCRIPTION
+"This package holds a command-line program that stamps files with checksums
+and verifies them, converts Base64, computes CRC-32, groups digits, resolves
+paths and shows what the library knows of the processor.")
+
+# What every Debian package documents itself with.
+if(KXUTILS_DEBIAN)
+  find_program(KXUTILS_GZIP gzip REQUIRED)
+  set(debian_changelog "${PROJECT_BINARY_DIR}/changelog.gz")
+  add_custom_command(OUTPUT "${debian_changelog}"
+    COMMAND sh -c "'${KXUTILS_GZIP}' -9nc '${PROJECT_SOURCE_DIR}/packaging/debian/changelog' > changelog.gz"
+    WORKING_DIRECTORY "${PROJECT_BINARY_DIR}"
+    DEPENDS "${PROJECT_SOURCE_DIR}/packaging/debian/changelog" VERBATIM)
+  add_custom_target(debian_changelog ALL DEPENDS "${debian_changelog}")
+  foreach(component runtime dev tools)
+    string(TOUPPER ${component} upper)
+    install(FILES "${debian_changelog}" "${PROJECT_SOURCE_DIR}/packaging/debian/copyright"
+      DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}"
+      COMPONENT ${component})
+  endforeach()
+else()
+  install(FILES LICENSE CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
+endif()
+
+include(CPack)

@@ -1,0 +1,45 @@
+// Asks the user before a file is overwritten: the library puts the question, the application shows
+// it. A window would do that in a real one; here the answer is the second argument.
+//
+//     ask_before_overwriting FILE yes|no
+#include <cstring>
+#include <iostream>
+#include <string>
+
+#include <kxFile.h>
+#include <kxMessage.h>
+#include <kxUtils.h>
+
+namespace {
+
+bool userSaysYes = false;
+
+// Every request of the library comes here; false means "not shown".
+bool answer(const char* request, kxMessage& message, int /*flags*/) {
+    if (std::strcmp(request, "showMainWarning") != 0) return false;
+    std::string text;
+    getFromMessage(message, "text", text);
+    std::cout << text << (userSaysYes ? " yes" : " no") << '\n';
+    // The buttons are in the message as well: the first one is "Yes", the second one "No".
+    message.set("button", userSaysYes ? 0 : 1, /*overwrite=*/true);
+    return true;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 3) return 2;
+    const std::string path = argv[1];
+    userSaysYes = std::strcmp(argv[2], "yes") == 0;
+    kxUtils::init(answer);
+
+    if (!kxFile::checkWrite(path, /*ask=*/true, /*log=*/true)) {
+        std::cout << "kept\n";
+        return 0;
+    }
+    if (!kxFile::write(path, "new content\n")) {
+        kxFile::perror(path);
+        return 1;
+    }
+    std::cout << "written\n";
+}

@@ -1,0 +1,35 @@
+// Logs into a text file and, at the same time, into a callback that an application would use to
+// show warnings in its status line.
+//
+//     log_files FOLDER        writes FOLDER/session.log
+#include <iostream>
+#include <string>
+
+#include <kxFile.h>
+#include <kxLog.h>
+
+namespace {
+
+std::string statusLine;
+
+// Runs with the log's lock held: it takes the text and must not log itself.
+void showInStatusLine(const char* text) { statusLine = text; }
+
+}  // namespace
+
+int main(int argc, char** argv) {
+    if (argc != 2) return 2;
+
+    kxLog::setWarningCB(showInStatusLine);
+    kxLog::setLogFormat(1);  // text; chosen before the file
+    kxLog::setLogFile((std::string(argv[1]) + "/session.log").c_str());
+    if (!kxLog::getLogFile()) return 1;  // an error on standard error has said why
+
+    kxLog::info("loading %s", "engine.obj");
+    kxLog::warning("%d of %d faces dropped", 3, 1200);
+    kxLog::info("done");
+
+    std::string lines;
+    kxFile::read(kxLog::getLogFile(), lines);
+    std::cout << "status line: " << statusLine << '\n' << lines;
+}

@@ -1,0 +1,6 @@
+// The plug-in of host.cpp.
+#include <kxLog.h>
+
+extern "C" __attribute__((visibility("default"))) void run() {
+    kxLog::warning("%d textures missing", 2);
+}

@@ -1,0 +1,29 @@
+// Reads a file of any size through one buffer and makes its Base64 text and its CRC-32 on the way.
+//
+//     stream_codec FILE
+#include <cstdint>
+#include <iostream>
+#include <string>
+#include <vector>
+
+#include <cached_ifstream.h>
+#include <kxBase64.h>
+#include <kxCRC32.h>
+
+int main(int argc, char** argv) {
+    if (argc != 2) return 2;
+    cached_ifstream in(argv[1], 1 << 20);
+    if (in.fail()) return 1;
+
+    // A multiple of 3, so that padding comes at the very end only.
+    std::vector<char> bytes(196608);
+    std::string text;
+    std::uint32_t crc = 0;
+    while (in.read(bytes.data(), static_cast<std::streamsize>(bytes.size())) || in.gcount() > 0) {
+        const auto n = static_cast<unsigned long>(in.gcount());
+        crc = kxCRC32::calc(bytes.data(), n, crc);
+        kxBase64::encode(bytes.data(), n, text);
+        std::cout << text;
+    }
+    std::cout << "\nCRC-32: " << std::hex << std::uppercase << crc << '\n';
+}

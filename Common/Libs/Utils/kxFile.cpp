@@ -16,6 +16,7 @@
 #include "detail/expand_filename.h"
 #include "detail/file_checksum.h"
 #include "detail/file_handle.h"
+#include "detail/open_unbuffered.h"
 #include "detail/relative_path.h"
 #include "detail/tmp_name.h"
 #include "kxLog.h"
@@ -25,6 +26,7 @@
 using kx::detail::ErrnoKeeper;
 using kx::detail::FileHandle;
 using kx::detail::isSlash;
+using kx::detail::openUnbuffered;
 using kx::detail::sizeOf;
 
 kxFile* kxFile::_me = nullptr;
@@ -479,7 +481,7 @@ constexpr std::size_t blockSize = 8192;
 
 std::uint32_t kxFile::getChecksum(const std::string& path, int skip) {
     if (path.empty()) return 0;
-    const FileHandle file(path, "rb");
+    const FileHandle file(openUnbuffered(path.c_str(), "rb"));
     if (!file) return 0;
     if (skip > 0 && fseeko(file.get(), skip, SEEK_SET) != 0)  // a pipe: they are read away
         kx::detail::crc32Of(file.get(), static_cast<std::uint64_t>(skip), blockSize);
@@ -529,7 +531,7 @@ std::string kxFile::getFileID(const std::string& path) {
     if (path.empty()) return {};
     std::uint32_t crc = 0;
     off_t size = 0;
-    const FileHandle file(path, "rb");
+    const FileHandle file(openUnbuffered(path.c_str(), "rb"));
     if (file) {
         crc = kx::detail::crc32Of(file.get(), blockSize, blockSize);
         size = std::max<off_t>(sizeOf(file.get()), 0);

@@ -1,19 +1,18 @@
 #include "detail/file_checksum.h"
 
 #include <algorithm>
-#include <boost/crc.hpp>
 #include <cerrno>
 #include <cinttypes>
 #include <cstdlib>
+#include <memory>
 #include <string_view>
-#include <vector>
 
+#include "detail/boost_crc_lanes.h"
 #include "detail/file_handle.h"
+#include "detail/open_unbuffered.h"
 
 namespace kx::detail {
 namespace {
-
-using Crc32 = boost::crc_optimal<32, 0x04C11DB7, 0xFFFFFFFF, 0xFFFFFFFF, true, true>;
 
 constexpr std::size_t footerSize = 16, markSize = 8, blockSize = 81920;
 
@@ -70,19 +69,20 @@ void inspect(std::FILE* file, std::uint32_t offset, const kxFile::Progress& prog
 }  // namespace
 
 std::uint32_t crc32Of(const void* data, std::size_t size) {
-    Crc32 crc;
-    crc.process_bytes(data, size);
+    BoostCrc32 crc;
+    processBytesInLanes(crc, data, size);
     return crc.checksum();
 }
 
 std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock,
                       const kxFile::Progress& progress) {
-    Crc32 crc;
-    std::vector<char> block(maxBlock);
+    BoostCrc32 crc;
+    const auto blockSize = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
+    const std::unique_ptr<char[]> block(new char[blockSize]);  // not cleared: it is read into
     while (length > 0) {
-        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
-        const std::size_t size = std::fread(block.data(), 1, wanted, file);
-        crc.process_bytes(block.data(), size);
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, blockSize));
+        const std::size_t size = std::fread(block.get(), 1, wanted, file);
+        processBytesInLanes(crc, block.get(), size);
         const ErrnoKeeper keeper;
         if (progress) progress(size);
         if (size < wanted) break;
@@ -104,7 +104,7 @@ std::string checksumFooter(std::uint32_t checksum) {
 kxFile::ChecksumInfo inspectChecksum(const std::string& path, std::uint32_t offset,
                                      const kxFile::Progress& progress) {
     kxFile::ChecksumInfo info;
-    const FileHandle file(path, "rb");
+    const FileHandle file(openUnbuffered(path.c_str(), "rb"));
     if (file) inspect(file.get(), offset, progress, info);
     if (!file || std::ferror(file.get()) != 0) info.error = errno;
     return info;

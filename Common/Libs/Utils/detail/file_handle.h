@@ -25,6 +25,7 @@ private:
 class FileHandle {
 public:
     FileHandle(const std::string& path, const char* mode) : _file(std::fopen(path.c_str(), mode)) {}
+    explicit FileHandle(std::FILE* file) : _file(file) {}
     ~FileHandle() {
         if (!_file) return;
         const ErrnoKeeper keeper;

@@ -1,0 +1,82 @@
+#include "detail/boost_crc_lanes.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <random>
+#include <string>
+
+#include "crc32_checks.h"
+#include "guarded.h"
+
+using kx::detail::BoostCrc32;
+using kx::detail::processBytesInLanes;
+
+namespace {
+
+// From the register `start`, both ways leave the same register, whatever is asked of it.
+void expectAsByBoost(const char* data, std::size_t size, std::uint32_t start) {
+    BoostCrc32 boosts(start), ours(start);
+    boosts.process_bytes(data, size);
+    processBytesInLanes(ours, data, size);
+    ASSERT_EQ(ours.checksum(), boosts.checksum()) << size << " bytes from " << start;
+    ASSERT_EQ(ours.get_interim_remainder(), boosts.get_interim_remainder());
+}
+
+std::uint32_t inLanes(const void* data, unsigned long size, std::uint32_t /*none*/) {
+    BoostCrc32 crc;
+    processBytesInLanes(crc, data, size);
+    return crc.checksum();
+}
+
+}  // namespace
+
+TEST(BoostCrcLanes, EveryLengthFromAnyStart) {
+    const std::string all = kxtest::randomBytes(2001);
+    std::mt19937 random(1);
+    for (std::size_t n = 0; n <= 2000; ++n)
+        for (const std::uint32_t start :
+             {0xFFFFFFFF, 0U, 1U, 0x80000000, static_cast<std::uint32_t>(random())})
+            ASSERT_NO_FATAL_FAILURE(expectAsByBoost(all.data() + n % 2, n, start));
+}
+
+TEST(BoostCrcLanes, LongLengthsFromAnyStart) {
+    constexpr std::size_t most = 81920;  // what the lanes take at once
+    const std::string all = kxtest::randomBytes(3 * most);
+    std::mt19937 random(2);
+    const auto expectSame = [&](std::size_t n) {
+        ASSERT_NO_FATAL_FAILURE(
+            expectAsByBoost(all.data(), n, static_cast<std::uint32_t>(random())));
+    };
+    for (const std::size_t n : {most, 2 * most})
+        for (const std::size_t more : {0UL, 1UL, 15UL, 16UL, 127UL, 128UL, 129UL}) {
+            expectSame(n - more);
+            expectSame(n + more);
+        }
+    for (int i = 0; i < 100; ++i) expectSame(random() % (all.size() + 1));
+}
+
+TEST(BoostCrcLanes, GoesOnWhereTheLastCallEnded) {
+    const std::string all = kxtest::randomBytes(30000);
+    std::mt19937 random(3);
+    for (int i = 0; i < 100; ++i) {
+        BoostCrc32 crc;
+        std::size_t at = 0;
+        while (at < all.size()) {
+            const std::size_t size = random() % (i < 50 ? 400 : 10000);
+            const std::string part = all.substr(at, size);
+            processBytesInLanes(crc, part.data(), part.size());
+            at += part.size();
+        }
+        ASSERT_EQ(crc.checksum(), kxtest::boostCrc(all));
+    }
+}
+
+TEST(BoostCrcLanes, ReadsNothingElse) {
+    const std::string all = kxtest::randomBytes(3000);
+    for (const std::size_t n :
+         {0UL, 1UL, 127UL, 128UL, 129UL, 255UL, 256UL, 1023UL, 1024UL, 1025UL, 3000UL}) {
+        const std::string bytes = all.substr(0, n);
+        kxtest::expectEverywhere(inLanes, bytes, 0, kxtest::boostCrc(bytes));
+    }
+}

@@ -22,7 +22,7 @@ namespace {
 
 using std::filesystem::path;
 
-const std::string root = "/usr/share/talo";
+const std::string root = "/usr/share/engine/talo";
 
 // A path below `root` of exactly `size` characters. In a long one the name is long as well: it does
 // not fit into the string itself, so that taking it out allocates.

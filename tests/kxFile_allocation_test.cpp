@@ -52,7 +52,7 @@ struct AllocationCase {
 void PrintTo(const AllocationCase& c, std::ostream* os) { *os << c.name; }
 
 class Allocations : public testing::TestWithParam<AllocationCase> {
-    const kxtest::ScopedEnv _root{"KX_ROOT", "/r"};
+    const kxtest::ScopedEnv _root{"KX_ROOT", "/a/root/of/more/than/15/characters"};
 };
 TEST_P(Allocations, AreNoMoreThanTheResultNeeds) {
     const std::string result = counted(GetParam().call);
@@ -92,19 +92,18 @@ const AllocationCase cases[] = {
     {"UnixSeparators", [] { return kxFile::convertToUnixSeparators(backslashed); }, 1},
     {"IsRelative", [] { return answer(kxFile::isRelative(file)); }, 0},
     {"IsUmlaut", [] { return answer(kxFile::isumlaut(file)); }, 0},
-    // The copy that convertSeparators makes is the second one.
-    {"RelativeBelow", [] { return kxFile::abs2Rel(base, below); }, 2},
-    {"RelativeSibling", [] { return kxFile::abs2Rel(base, sibling); }, 2},
+    {"RelativeBelow", [] { return kxFile::abs2Rel(base, below); }, 1},
+    {"RelativeSibling", [] { return kxFile::abs2Rel(base, sibling); }, 1},
     {"RelativeAbove", [] { return kxFile::abs2Rel(below, above); }, 0},
     {"RelativeEqual", [] { return kxFile::abs2Rel(base, base); }, 0},
     {"RelativeRelative", [] { return kxFile::abs2Rel(base, part); }, 1},
-    {"RelativeDollar", [] { return kxFile::abs2Rel(base, dollar); }, 2},
+    {"RelativeDollar", [] { return kxFile::abs2Rel(base, dollar); }, 1},
     {"RelativeOfRelativeBase", [] { return kxFile::abs2Rel(part, below); }, 0},
-    {"AbsoluteJoin", [] { return kxFile::rel2Abs(backslashed, part); }, 2},
-    {"AbsoluteAbsolute", [] { return kxFile::rel2Abs(base, below); }, 2},
+    {"AbsoluteJoin", [] { return kxFile::rel2Abs(backslashed, part); }, 1},
+    {"AbsoluteAbsolute", [] { return kxFile::rel2Abs(base, below); }, 1},
     {"AbsoluteOfRelativeBase", [] { return kxFile::rel2Abs(part, part); }, 0},
     {"ExpandNothing", [] { return kxFile::expandFilename(file); }, 1},
-    {"ExpandVariable", [] { return kxFile::expandFilename(variable); }, 2},
+    {"ExpandVariable", [] { return kxFile::expandFilename(variable); }, 1},
 };
 INSTANTIATE_TEST_SUITE_P(Table, Allocations, testing::ValuesIn(cases),
                          [](const auto& test) { return std::string(test.param.name); });

@@ -11,11 +11,14 @@
 #include <exception>
 #include <limits>
 #include <stdexcept>
+#include <string_view>
+#include <utility>
 
 #include "detail/ascii.h"
 #include "detail/expand_filename.h"
 #include "detail/file_checksum.h"
 #include "detail/file_handle.h"
+#include "detail/find_last.h"
 #include "detail/open_unbuffered.h"
 #include "detail/relative_path.h"
 #include "detail/tmp_name.h"
@@ -25,6 +28,7 @@
 
 using kx::detail::ErrnoKeeper;
 using kx::detail::FileHandle;
+using kx::detail::findLast;
 using kx::detail::isSlash;
 using kx::detail::openUnbuffered;
 using kx::detail::sizeOf;
@@ -40,7 +44,20 @@ constexpr std::size_t maxPath = 2047;  // characters in the buffers that paths a
 constexpr mode_t allPermissions = 0777;  // less the umask
 
 // In place, so that a text that was just composed is not copied for it.
-void useSlashes(std::string& text) { std::replace(text.begin(), text.end(), '\\', '/'); }
+void useSlashes(std::string& text) {
+    for (std::size_t i = 0; (i = text.find('\\', i)) != std::string::npos;) text[i] = '/';
+}
+
+// In the platform's separators: here the library's own.
+std::string toPlatform(std::string path) { return path; }
+
+// The three in a row, in one allocation.
+std::string join(std::string_view first, char between, std::string_view second) {
+    std::string result(first.size() + 1 + second.size(), between);
+    first.copy(result.data(), first.size());
+    second.copy(result.data() + first.size() + 1, second.size());
+    return result;
+}
 
 }  // namespace
 
@@ -53,35 +70,30 @@ void kxFile::init() {
 // --- Path names ----------------------------------------------------------------------------------
 
 std::string kxFile::getFileName(const std::string& path) {
-    const std::size_t slash = path.rfind('/');
+    const std::size_t slash = findLast(path, '/');
     return slash == std::string::npos ? path : path.substr(slash + 1);
 }
 
 std::string kxFile::getFilePath(const std::string& path) {
     if (path.empty()) return {};
-    const std::size_t slash = path.rfind('/');
+    const std::size_t slash = findLast(path, '/');
     return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
 std::string kxFile::getExtension(const std::string& path) {
-    const std::size_t dot = path.rfind('.');
+    const std::size_t dot = findLast(path, '.');
     return dot == std::string::npos ? std::string() : kx::detail::toLower(path.substr(dot + 1));
 }
 
 std::string kxFile::getBaseName(const std::string& path) {
-    const std::size_t begin = path.rfind('/') + 1;  // 0 without a slash
-    const std::size_t dot = path.rfind('.');
+    const std::size_t begin = findLast(path, '/') + 1;  // 0 without a slash
+    const std::size_t dot = findLast(path, '.');
     const bool hasDot = dot != std::string::npos && dot >= begin;
     return path.substr(begin, hasDot ? dot - begin : std::string::npos);
 }
 
 std::string kxFile::setExtension(const std::string& path, const std::string& extension) {
-    const std::size_t dot = path.rfind('.');
-    const std::size_t kept = std::min(dot, path.size());
-    std::string result;
-    result.reserve(kept + 1 + extension.size());
-    result.append(path, 0, kept).append(1, '.').append(extension);
-    return result;
+    return join(std::string_view(path).substr(0, findLast(path, '.')), '.', extension);
 }
 
 bool kxFile::hasExtension(const std::string& path, const std::string& extension) {
@@ -92,13 +104,13 @@ bool kxFile::hasExtension(const std::string& path, const std::string& extension)
 }
 
 std::string kxFile::getExtensionFromFilter(const std::string& filter) {
-    const std::size_t dot = filter.rfind('.');
+    const std::size_t dot = findLast(filter, '.');
     if (dot == std::string::npos) return {};
     const std::size_t blank = std::min(filter.find(' ', dot), filter.size());
     return kx::detail::toLower(filter.substr(dot, blank - dot));
 }
 
-std::string kxFile::convertSeparators(const std::string& path) { return path; }
+std::string kxFile::convertSeparators(const std::string& path) { return toPlatform(path); }
 
 std::string kxFile::convertToUnixSeparators(const std::string& path) {
     std::string result = path;
@@ -117,16 +129,17 @@ std::string kxFile::abs2Rel(const std::string& base, const std::string& path) {
     std::string result;
     if (path[0] == '$') {
         if (path.size() >= maxPath) return path;
-        result = path;
+        result = convertToUnixSeparators(path);
     } else {
         if (!isSlash(base[0])) return {};
         if (!kx::detail::composeRelative(base, path, maxPath - 1, result)) return path;
-        const bool holdsPath = std::search(result.begin(), result.end(), path.begin(), path.end(),
-                                           kx::detail::isSameInPath) != result.end();
-        if (holdsPath) result = path;
+        useSlashes(result);
+        if (result.size() > path.size()) {  // else it cannot hold the whole path
+            std::string whole = convertToUnixSeparators(path);
+            if (result.find(whole) != std::string::npos) result = std::move(whole);
+        }
     }
-    useSlashes(result);
-    return convertSeparators(result);
+    return toPlatform(std::move(result));
 }
 
 std::string kxFile::rel2Abs(const std::string& base, const std::string& path) {
@@ -137,13 +150,12 @@ std::string kxFile::rel2Abs(const std::string& base, const std::string& path) {
         result.assign(path, 0, maxPath);
     } else {
         const bool hasDrive = base.size() > 1 && base[1] == ':';
-        const std::size_t size = base.size() + 1 + path.size();
-        if ((!isSlash(base[0]) && !hasDrive) || size > maxPath) return {};
-        result.reserve(size);
-        result.append(base).append(1, '/').append(path);
+        const bool fits = base.size() + 1 + path.size() <= maxPath;
+        if ((!isSlash(base[0]) && !hasDrive) || !fits) return {};
+        result = join(base, '/', path);
     }
     useSlashes(result);
-    return convertSeparators(result);
+    return toPlatform(std::move(result));
 }
 
 void kxFile::makeValidFileName(std::string& name) {

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <string_view>
 
 #include "detail/ascii.h"
@@ -18,9 +19,11 @@ constexpr bool isNameCharacter(char c) {
     return isDigit(c) || isUpper(c) || isLower(c) || c == '_';
 }
 
-// The position of the first of `terminators` from `begin` on, or the end.
-std::size_t findEnd(const std::string& path, std::size_t begin, const char* terminators) {
-    return std::min(path.find_first_of(terminators, begin), path.size());
+// The position of the first `a` or `b` from `begin` on, or the end. Two searches for one character
+// are far faster than find_first_of.
+std::size_t findEither(std::string_view text, std::size_t begin, char a, char b) {
+    const std::string_view upToA = text.substr(0, text.find(a, begin));
+    return std::min(upToA.find(b, begin), upToA.size());
 }
 
 // A piece of the path that is replaced: what it names and where the text goes on behind it.
@@ -32,9 +35,8 @@ struct Reference {
 // "$(NAME)" or "${NAME}" at `position`. Goes on behind the closing bracket, or, where another
 // character stands in its place, behind that one.
 Reference bracketed(const std::string& path, std::size_t position, char closing) {
-    const char terminators[] = {closing, ' ', '\0'};
-    const std::size_t begin = position + 2, end = findEnd(path, begin, terminators);
-    Reference reference{path.substr(begin, end - begin), end + 1};
+    const std::size_t begin = position + 2, end = findEither(path, begin, closing, ' ');
+    Reference reference{path.substr(begin, end - begin), std::min(end + 1, path.size())};
     if (end == path.size() || path[end] != closing)
         kxLog::error("expandFilename: syntax error in env.var %s!", reference.name.c_str());
     return reference;
@@ -52,7 +54,7 @@ Reference variable(const std::string& path, std::size_t position) {
 
 // "~" or "~user" at `position`; an empty name stands for the effective user.
 Reference user(const std::string& path, std::size_t position) {
-    const std::size_t begin = position + 1, end = findEnd(path, begin, "/ ");
+    const std::size_t begin = position + 1, end = findEither(path, begin, '/', ' ');
     return {path.substr(begin, end - begin), end};
 }
 
@@ -86,6 +88,8 @@ const std::string& refuseAsTooLong(const std::string& path) {
 std::string expandFilename(const std::string& path, std::size_t limit) {
     if (path.size() > limit) return refuseAsTooLong(path);
 
+    if (findEither(path, 0, '$', '~') == path.size()) return path;  // as most are
+
     std::string result;
     std::size_t position = 0;
     while (position < path.size()) {
@@ -97,10 +101,12 @@ std::string expandFilename(const std::string& path, std::size_t limit) {
                 kxLog::error("expandFilename: couldn't expand env.var %s!", reference.name.c_str());
                 return path;
             }
-            result += value;
             position = reference.next;
+            // Room for all where no other value follows.
+            result.reserve(result.size() + std::strlen(value) + path.size() - position);
+            result += value;
         } else {
-            const std::size_t end = findEnd(path, position + 1, "$~");
+            const std::size_t end = findEither(path, position + 1, '$', '~');
             result.append(path, position, end - position);
             position = end;
         }

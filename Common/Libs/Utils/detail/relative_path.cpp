@@ -7,6 +7,9 @@ namespace {
 
 constexpr std::string_view up = "../";
 
+// Paths are compared with this instead of being converted first.
+constexpr bool isSameInPath(char a, char b) { return a == b || (isSlash(a) && isSlash(b)); }
+
 bool appendWithin(std::size_t limit, std::string& text, std::string_view piece) {
     if (text.size() + piece.size() > limit) return false;
     text += piece;
@@ -23,9 +26,10 @@ bool isExhausted(const std::string& text, std::size_t position) {
 bool composeRelative(const std::string& base, const std::string& path, std::size_t limit,
                      std::string& result) {
     // Where the two part, and the last slash that they share: there the ways up and down meet.
-    std::size_t end = 0, branch = 0;
-    for (; end < path.size() && end < base.size() && isSameInPath(path[end], base[end]); ++end)
-        if (isSlash(path[end])) branch = end;
+    std::size_t end = 1;  // both begin with a slash
+    while (end < path.size() && end < base.size() && isSameInPath(path[end], base[end])) ++end;
+    std::size_t branch = end - 1;
+    while (!isSlash(path[branch])) --branch;
     const bool pathEnded = end == path.size(), baseEnded = end == base.size();
 
     if (isExhausted(path, end) && isExhausted(base, end)) {

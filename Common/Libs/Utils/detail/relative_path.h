@@ -5,9 +5,8 @@
 
 namespace kx::detail {
 
-/// Both kinds of slash separate; paths are compared with this instead of being converted first.
+/// Both kinds of slash separate.
 constexpr bool isSlash(char c) { return c == '/' || c == '\\'; }
-constexpr bool isSameInPath(char a, char b) { return a == b || (isSlash(a) && isSlash(b)); }
 
 /// Replaces `result` by `path` as seen from the directory `base`; backslashes of `path` stay in it.
 /// Both begin with a slash; "." and ".." in them are not interpreted. False, with a useless

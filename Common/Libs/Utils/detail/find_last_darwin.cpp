@@ -1,0 +1,3 @@
+#include "detail/find_last.h"
+
+std::size_t kx::detail::findLast(std::string_view text, char c) { return text.rfind(c); }

@@ -65,11 +65,11 @@ void printLocked(std::FILE* stream, const char* before, const char* after, const
 enum Format { consoleOnly = 0, textFormat = 1, csvFormat = 3 };
 
 // The log has one file and one format at a time.
-void select(Format format, const std::string& path) {
+void select(Format format, const char* path) {
     if (kxLog::_log_format == format) return;
     kxLog::_log_file.clear();
     kxLog::setLogFormat(format);
-    if (format != consoleOnly) kxLog::setLogFile(path.c_str());
+    if (format != consoleOnly) kxLog::setLogFile(path);
 }
 
 #if KXBENCH_SPDLOG
@@ -146,7 +146,7 @@ void addText(std::size_t size) {
 
     const std::string ours = kxbench::scratch("kx.log");
     addFile(operation, "kxUtils", size, ours, " INFO 100 " + end, [=, text = words(size)] {
-        select(textFormat, ours);
+        select(textFormat, ours.c_str());
         kxLog::info("%d: %s", 42, text.c_str());
     });
 #if KXBENCH_SPDLOG
@@ -170,7 +170,7 @@ void addCsv(std::size_t size) {
 
     const std::string ours = kxbench::scratch("kx.csv");
     addFile(operation, "kxUtils", size, ours, ";INFO;100;" + end, [=, text = words(size)] {
-        select(csvFormat, ours);
+        select(csvFormat, ours.c_str());
         kxLog::info("%d: %s", 42, text.c_str());
     });
     const std::string bare = kxbench::scratch("bare.csv");

@@ -247,6 +247,24 @@ TEST_P(PerLevel, ScriptTextsKeepTheirLength) {
         EXPECT_EQ(consoleOf(call), level.console(text));
 }
 
+// From texts that are put together on the stack to those that are not.
+TEST_P(PerLevel, TextsOfEveryLengthAreWholeEverywhere) {
+    std::string buffer;
+    kxLog::enableOutputBuffer(buffer);
+    const std::string stamp = "2017-03-01 14:05:09 " + std::string(level.word) + " 100 ";
+    for (const int format : {1, 3}) {
+        kxLog::setLogFormat(format);
+        for (std::size_t size = 2040; size < 2200; ++size) {
+            std::string text(size, 'x');
+            text.back() = 'z';
+            buffer.clear();
+            ASSERT_EQ(consoleOf([&] { level.script(text.c_str()); }), level.console(text));
+            ASSERT_EQ(buffer.size(), stamp.size() + size + 1);
+            ASSERT_EQ(buffer.substr(stamp.size()), text + "\n");
+        }
+    }
+}
+
 // A wide character that the locale "C" cannot express makes vsnprintf fail.
 TEST_P(PerLevel, FailedFormattingStillGivesOneBoundedText) {
     listen();

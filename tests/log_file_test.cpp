@@ -2,12 +2,44 @@
 // super-user, a mistake would move the system's devices.
 #include "detail/log_file.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cstdio>
+#include <random>
+#include <string>
+#include <vector>
+
 #include "descriptors.h"
 #include "kxtest.h"
+
+namespace {
+
+std::string staleStamp(const std::string& path, bool isCsv) {
+    return kx::detail::staleStamp(path, isCsv, kx::detail::stampNow());
+}
+
+/// The stamp in a rotated file's name, read by the C library.
+std::string stampReadByScanf(const std::string& path, bool isCsv) {
+    std::FILE* const file = std::fopen(path.c_str(), "r");
+    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+    char line[1024];
+    if (!isCsv)
+        static_cast<void>(std::fscanf(file, "%d-%02d-%02d %02d:%02d:%02d ", &year, &month, &day,
+                                      &hour, &minute, &second));
+    else if (std::fgets(line, sizeof line, file))
+        static_cast<void>(std::fscanf(file, "%02d.%02d.%d;%02d:%02d:%02d;", &day, &month, &year,
+                                      &hour, &minute, &second));
+    std::fclose(file);
+    char text[96];
+    std::snprintf(text, sizeof text, "%d%02d%02d-%02d%02d%02d", year, month, day, hour, minute,
+                  second);
+    return text;
+}
+
+}  // namespace
 
 TEST(StaleStamp, OnlyARegularFileIsAnOldLog) {
     const kxtest::TempDir dir;
@@ -16,24 +48,105 @@ TEST(StaleStamp, OnlyARegularFileIsAnOldLog) {
     for (const bool isCsv : {false, true}) {
         for (const std::string& path : {std::string("/dev/null"), std::string("/dev/zero"), link,
                                         dir.path(), dir.file("missing"), old + "/below"})
-            EXPECT_EQ(kx::detail::staleStamp(path, isCsv), "") << path;
-        EXPECT_EQ(kx::detail::staleStamp(old, isCsv), "00000-000000");
+            EXPECT_EQ(staleStamp(path, isCsv), "") << path;
+        EXPECT_EQ(staleStamp(old, isCsv), "00000-000000");
     }
 }
 
-TEST(StaleStamp, DoesNotWaitForTheOtherEndOfAPipe) {
+// Whoever reads the log at the other end of a pipe gets all of it.
+TEST(StaleStamp, NeitherWaitsForTheOtherEndOfAPipeNorReadsFromIt) {
     const kxtest::TempDir dir;
-    ASSERT_EQ(mkfifo(dir.file("pipe").c_str(), 0600), 0);
-    EXPECT_EQ(kx::detail::staleStamp(dir.file("pipe"), /*isCsv=*/false), "");
+    const std::string pipe = dir.file("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    for (const bool isCsv : {false, true}) EXPECT_EQ(staleStamp(pipe, isCsv), "");
+    const int ends = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+    ASSERT_EQ(write(ends, "abc", 3), 3);
+    for (const bool isCsv : {false, true}) EXPECT_EQ(staleStamp(pipe, isCsv), "");
+    char bytes[4];
+    EXPECT_EQ(read(ends, bytes, sizeof bytes), 3);
+    close(ends);
+}
+
+TEST(StaleStamp, ReadsWhatScanfReads) {
+    const kxtest::TempDir dir;
+    std::mt19937 random(7);
+    const auto pick = [&random](const auto& from) { return from[random() % std::size(from)]; };
+    const auto repeat = [&](const std::vector<std::size_t>& counts, char c) {
+        return std::string(pick(counts), c);
+    };
+    const std::string characters("0123456789+-.:;x \t\n\v\f\r\0\xa0", 24);
+    const std::vector<std::string> fields = {"7",
+                                             "07",
+                                             "007",
+                                             "-1",
+                                             "+5",
+                                             "-",
+                                             "+",
+                                             "--1",
+                                             "x",
+                                             "",
+                                             "0x1",
+                                             "2017",
+                                             "2147483647",
+                                             "2147483648",
+                                             "-2147483649",
+                                             "99999999999",
+                                             "4294967297",
+                                             "-4294967298",
+                                             "00000000007",
+                                             "9223372036854775807",
+                                             "1e3",
+                                             "9223372036854775808",
+                                             "-9223372036854775809",
+                                             std::string(300, '1')};
+
+    for (int round = 0; round < 10000; ++round) {
+        const bool isCsv = round % 2 == 0;
+        std::string content;
+        if (isCsv)
+            content = repeat({0, 1, 52, 254, 255, 256, 257, 1021, 1022, 1023, 1024, 1500}, 'h') +
+                      pick(std::vector<std::string>{"\n", "", "\n\n", std::string("\0\n", 2)});
+        content += repeat({0, 0, 0, 1, 200, 256, 1000}, ' ');
+        for (const char separator : std::string(isCsv ? "..;::;" : "-- :: "))
+            content +=
+                (random() % 4 ? "0" + std::to_string(random() % 10) : pick(fields)) + separator;
+        for (unsigned changes = random() % 4; changes > 0; --changes)
+            content[random() % content.size()] = pick(characters);
+        content.resize(random() % 3 ? content.size() : random() % (content.size() + 1));
+
+        const std::string path = dir.write("log", content);
+        ASSERT_EQ(staleStamp(path, isCsv), stampReadByScanf(path, isCsv))
+            << "round " << round << ": " << testing::PrintToString(content);
+        std::remove(path.c_str());  // some disks are slow to replace a file's content
+    }
 }
 
 TEST(LogFile, LeavesNoDescriptorOpen) {
     const kxtest::TempDir dir;
     const int before = kxtest::nextDescriptor();
     EXPECT_TRUE(kx::detail::appendToFile(dir.file("log"), "x\n"));
-    kx::detail::staleStamp(dir.file("log"), /*isCsv=*/true);
-    kx::detail::staleStamp(dir.path(), /*isCsv=*/true);
+    EXPECT_NE(staleStamp(dir.file("log"), /*isCsv=*/true), "");
+    staleStamp(dir.path(), /*isCsv=*/true);
     EXPECT_EQ(kxtest::nextDescriptor(), before);
+}
+
+struct StampCase {
+    kx::detail::Stamp stamp;
+    std::string text, csv;
+};
+TEST(Stamps, HaveFieldsOfFixedWidthButTheYear) {
+    for (const StampCase& c : {
+             StampCase{{2017, 3, 1, 4, 5, 9}, "2017-03-01 04:05:09 ", "01.03.2017;04:05:09;"},
+             {{1970, 12, 31, 23, 59, 60}, "1970-12-31 23:59:60 ", "31.12.1970;23:59:60;"},
+             {{12345, 10, 10, 0, 0, 0}, "12345-10-10 00:00:00 ", "10.10.12345;00:00:00;"},
+             {{-2147481748, 1, 1, 0, 0, 0},
+              "-2147481748-01-01 00:00:00 ",
+              "01.01.-2147481748;00:00:00;"},
+         }) {
+        char out[kx::detail::maxStampSize];
+        EXPECT_EQ(std::string(out, kx::detail::putTextStamp(c.stamp, out)), c.text);
+        EXPECT_EQ(std::string(out, kx::detail::putCsvStamp(c.stamp, out)), c.csv);
+    }
 }
 
 TEST(AppendToFile, LeavesThePermissionsToTheUmask) {

@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <ostream>
+#include <string_view>
 
 #include "detail/ascii.h"
 #include "detail/log_file.h"
@@ -77,34 +78,101 @@ EntryPoint infoEntry, infoNumberEntry;
 EntryPoint warningEntry, warningNumberEntry;
 EntryPoint errorEntry, errorNumberEntry;
 
-void endLine(std::string& line) {
-    if (line.empty() || line.back() != '\n') line += '\n';
+// Text put together on the stack, where formatted messages fit; a longer one moves to the heap.
+class Composition {
+public:
+    Composition& operator<<(std::string_view part) {
+        if (part.size() <= _room) {
+            part.copy(_short + _size, part.size());
+            _size += part.size();
+            _room -= part.size();
+        } else {
+            appendLong(part);
+        }
+        return *this;
+    }
+    Composition& operator<<(char c) { return *this << std::string_view(&c, 1); }
+
+    std::string_view view() const {
+        return _long.empty() ? std::string_view(_short, _size) : std::string_view(_long);
+    }
+
+private:
+    void appendLong(std::string_view part) {
+        if (_long.empty()) _long.assign(_short, _size);
+        _long.append(part);
+        _room = 0;
+    }
+
+    char _short[maxTextLength + 96];  // with what stands around a text
+    std::size_t _size = 0, _room = sizeof _short;
+    std::string _long;  // empty, or the whole text
+};
+
+// The moment of a message, found out once it is needed.
+class Moment {
+public:
+    const kx::detail::Stamp& stamp() {
+        if (_stamp.month == 0) _stamp = kx::detail::stampNow();
+        return _stamp;
+    }
+
+private:
+    kx::detail::Stamp _stamp;
+};
+
+// The start of a text or CSV line.
+void addExtra(Composition& line, bool isCsv, Moment& now, std::string_view type, int number) {
+    char stamp[kx::detail::maxStampSize];
+    char* const end = isCsv ? kx::detail::putCsvStamp(now.stamp(), stamp)
+                            : kx::detail::putTextStamp(now.stamp(), stamp);
+    const char separator = isCsv ? ';' : ' ';
+    line << std::string_view(stamp, static_cast<std::size_t>(end - stamp)) << type << separator
+         << numberText(number) << separator;
 }
 
-std::string makeLine(const Level& level, const char* text, bool alternate) {
-    std::string line;
+void replaceByExtra(std::string& line, bool isCsv, const std::string& type, int number) {
+    if (!kxLog::_add_time_stamp) return;
+    Composition extra;
+    Moment now;
+    addExtra(extra, isCsv, now, type, number);
+    line = extra.view();
+}
+
+void makeLine(Composition& line, Moment& now, const Level& level, std::string_view text,
+              bool alternate) {
     switch (kxLog::_log_format) {
         case textFormat:
-            kxLog::addExtraInfo(line, level.typeWord, level.baseNumber);
-            line += text;
-            endLine(line);
-            break;
         case csvFormat:
-            kxLog::addExtraInfoCSV(line, level.typeWord, level.baseNumber);
-            line += text;
-            endLine(line);
+            if (kxLog::_add_time_stamp)
+                addExtra(line, kxLog::_log_format == csvFormat, now, level.typeWord,
+                         level.baseNumber);
+            line << text;
+            if (line.view().empty() || line.view().back() != '\n') line << '\n';
             break;
         case htmlFormat:
-            line.append("<span style=\"color:#")
-                .append(alternate ? level.alternateColour : level.colour)
-                .append(";\">")
-                .append(kxLog::convertToHtml(text))
-                .append("</span><br>\n");
+            line << "<span style=\"color:#" << (alternate ? level.alternateColour : level.colour)
+                 << ";\">" << kxLog::convertToHtml(std::string(text)) << "</span><br>\n";
             break;
         default:
             break;
     }
-    return line;
+}
+
+// The newline stands inside the colour. One call a message, since other programs share the console.
+void print(int type, std::string_view text) {
+    static constexpr char colours[] = "?31?465";  // digits of the terminal's colours by type
+    if (type < 0 || type == 3 || type > 6) {
+        std::fprintf(stderr, "kxLog::colorOutput : unknown tpye (%d)!\n", type);
+        return;
+    }
+    Composition line;
+    if (type == 0)
+        line << text << '\n';
+    else
+        line << "\033[3" << colours[type] << 'm' << text << "\n\033[0m";
+    const bool isError = type == 2 || type == 6;
+    std::fwrite(line.view().data(), 1, line.view().size(), isError ? stderr : stdout);
 }
 
 // Where the log file of that name really goes.
@@ -118,10 +186,10 @@ std::string logFilePath(const std::string& name) {
 
 // Opens the log file, moving an old one aside. False if it cannot be opened; `path` is then what
 // was tried, for the report: the caller may hold the lock that reporting takes.
-bool openLogFile(const std::string& name, std::string& path) {
+bool openLogFile(const std::string& name, Moment& now, std::string& path) {
     path = logFilePath(name);
     const bool isCsv = kxLog::_log_format == csvFormat;
-    const std::string stamp = kx::detail::staleStamp(path, isCsv);
+    const std::string stamp = kx::detail::staleStamp(path, isCsv, now.stamp());
     if (!stamp.empty() && std::rename(path.c_str(), (path + stamp).c_str()) != 0)
         std::fputs("kxLog::setLogFile: couldn't rename old log file!\n", stderr);
     if (isCsv) kxLog::writeCSVHeader(path.c_str());
@@ -134,13 +202,13 @@ bool openLogFile(const std::string& name, std::string& path) {
 }
 
 // Writes a line, after a change of day to a new file. False as openLogFile.
-bool writeLine(const std::string& line, std::string& failedPath) {
+bool writeLine(std::string_view line, Moment& now, std::string& failedPath) {
     if (kxLog::_log_file.empty()) return true;
     if (kxLog::_log_format == csvFormat &&
-        !kx::detail::staleStamp(kxLog::_log_file, /*isCsv=*/true).empty()) {
+        !kx::detail::staleStamp(kxLog::_log_file, /*isCsv=*/true, now.stamp()).empty()) {
         std::puts("create new log file, new day started!");
         const std::string name = kxLog::_log_file;  // which opening replaces
-        if (!openLogFile(name, failedPath)) return false;
+        if (!openLogFile(name, now, failedPath)) return false;
     }
     kx::detail::appendToFile(kxLog::_log_file, line);
     return true;
@@ -161,17 +229,20 @@ void output(const Level& level, void (*const& callback)(const char*), const char
         const std::lock_guard<std::mutex> guard(_mutex);
         if (&level == &errorLevel) kxLog::_last_error = text;
         if ((flags & callCallback) != 0 && callback) callback(text);
-        kxLog::colorOutput(alternate ? level.alternateConsoleType : level.consoleType, text);
+        const std::string_view view = text;
+        print(alternate ? level.alternateConsoleType : level.consoleType, view);
 
         if ((flags & writeLines) == 0) return;
         if (!kxLog::_output_streambuf && !kxLog::_output_buffer && kxLog::_log_file.empty()) return;
-        const std::string line = makeLine(level, text, alternate);
-        if (kxLog::_output_buffer) *kxLog::_output_buffer += line;
+        Composition line;
+        Moment now;
+        makeLine(line, now, level, view, alternate);
+        if (kxLog::_output_buffer) *kxLog::_output_buffer += line.view();
         if (kxLog::_output_streambuf) {
             std::ostream stream(kxLog::_output_streambuf);
-            stream << level.before << line << level.after;
+            stream << level.before << line.view() << level.after;
         }
-        if (writeLine(line, failedPath)) return;
+        if (writeLine(line.view(), now, failedPath)) return;
     }
     reportUnopened(failedPath);
 }
@@ -266,32 +337,7 @@ void kxLog::errorI(const char* text, int flags, bool alternate) {
     output(errorLevel, _error_fp, text, flags, alternate);
 }
 
-// The newline stands inside the colour; one call a message, since other programs share the console.
-void kxLog::colorOutput(int type, const char* text) {
-    switch (type) {
-        case 0:
-            std::fputs((std::string(text) + '\n').c_str(), stdout);
-            break;
-        case 1:
-            std::fprintf(stdout, "\033[33m%s\n\033[0m", text);
-            break;
-        case 2:
-            std::fprintf(stderr, "\033[31m%s\n\033[0m", text);
-            break;
-        case 4:
-            std::fprintf(stdout, "\033[34m%s\n\033[0m", text);
-            break;
-        case 5:
-            std::fprintf(stdout, "\033[36m%s\n\033[0m", text);
-            break;
-        case 6:
-            std::fprintf(stderr, "\033[35m%s\n\033[0m", text);
-            break;
-        default:
-            std::fprintf(stderr, "kxLog::colorOutput : unknown tpye (%d)!\n", type);
-            break;
-    }
-}
+void kxLog::colorOutput(int type, const char* text) { print(type, text); }
 
 // --- Last error, callbacks, buffer and stream ----------------------------------------------------
 
@@ -319,9 +365,10 @@ void kxLog::setLogFormat(int format) {
 
 void kxLog::setLogFile(const char* name) {
     if (!name) return;
+    Moment now;
     std::string path;
     // Copied first: the name may be the stored one, which opening replaces.
-    if (!openLogFile(std::string(name), path)) reportUnopened(path);
+    if (!openLogFile(std::string(name), now, path)) reportUnopened(path);
 }
 
 const char* kxLog::getLogFile() { return _log_file.empty() ? nullptr : _log_file.c_str(); }
@@ -348,16 +395,15 @@ std::string kxLog::convertToHtml(const std::string& text) {
 }
 
 void kxLog::addToLogFile(const std::string& line) {
+    Moment now;
     std::string failedPath;
-    if (!writeLine(line, failedPath)) reportUnopened(failedPath);
+    if (!writeLine(line, now, failedPath)) reportUnopened(failedPath);
 }
 
 void kxLog::addExtraInfo(std::string& line, const std::string& type, int number) {
-    if (!_add_time_stamp) return;
-    line = kx::detail::textStamp() + type + ' ' + numberText(number) + ' ';
+    replaceByExtra(line, /*isCsv=*/false, type, number);
 }
 
 void kxLog::addExtraInfoCSV(std::string& line, const std::string& type, int number) {
-    if (!_add_time_stamp) return;
-    line = kx::detail::csvStamp() + type + ';' + numberText(number) + ';';
+    replaceByExtra(line, /*isCsv=*/true, type, number);
 }

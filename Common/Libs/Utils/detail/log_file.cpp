@@ -5,9 +5,10 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <charconv>
 #include <cstdio>
 #include <ctime>
-#include <memory>
+#include <limits>
 
 namespace kx::detail {
 namespace {
@@ -20,52 +21,140 @@ std::tm localNow() {
     return local;
 }
 
-// Fields as they are written, which is what they are compared and named by.
-struct Stamp {
-    int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
+// The bytes of a file, from its start as far as they are asked for. Reads at offsets, which takes
+// nothing away where the path leads to a pipe or a terminal.
+class Reader {
+public:
+    static constexpr int endOfFile = -1;
+
+    explicit Reader(int descriptor) : _descriptor(descriptor) {}
+
+    int peek() {
+        if (_next == _end && !refill()) return endOfFile;
+        return static_cast<unsigned char>(_bytes[_next]);
+    }
+    int get() {
+        const int c = peek();
+        if (c != endOfFile) ++_next;
+        return c;
+    }
+
+    /// Skips a line, or as much of it as fgets would read into `size` bytes.
+    void skipLine(int size) {
+        for (int c = 0; size > 1 && c != '\n' && c != endOfFile; --size) c = get();
+    }
+
+    /// Reads a number as scanf does: blanks, then a sign and digits of `width` characters together.
+    /// One too large is cut as scanf cuts it. False, with `value` 0, if there is no digit.
+    bool number(int& value, int width = std::numeric_limits<int>::max()) {
+        while (isBlank(peek())) get();
+        const bool isNegative = peek() == '-';
+        if (isNegative || peek() == '+') {
+            get();
+            --width;
+        }
+        long result = 0;
+        bool hasDigit = false, isTooLarge = false;
+        for (; width > 0 && isDigit(peek()); --width) {
+            const int digit = get() - '0';
+            hasDigit = true;
+            isTooLarge |= __builtin_mul_overflow(result, 10, &result) ||
+                          __builtin_add_overflow(result, isNegative ? -digit : digit, &result);
+        }
+        using Limits = std::numeric_limits<long>;
+        if (isTooLarge) result = isNegative ? Limits::min() : Limits::max();
+        value = static_cast<int>(result);
+        return hasDigit;
+    }
+
+    bool literal(char expected) {
+        if (peek() != static_cast<unsigned char>(expected)) return false;
+        get();
+        return true;
+    }
+
+private:
+    static bool isBlank(int c) { return c == ' ' || (c >= '\t' && c <= '\r'); }
+    static bool isDigit(int c) { return c >= '0' && c <= '9'; }
+
+    bool refill() {
+        const ssize_t n = pread(_descriptor, _bytes, sizeof _bytes, _offset);
+        if (n <= 0) return false;
+        _offset += n;
+        _next = 0;
+        _end = static_cast<std::size_t>(n);
+        return true;
+    }
+
+    const int _descriptor;
+    off_t _offset = 0;
+    std::size_t _next = 0, _end = 0;
+    char _bytes[256];  // a header and a stamp; longer starts take several reads
 };
+
+// Fields that cannot be read stay 0.
+Stamp readFirstStamp(int descriptor, bool isCsv) {
+    Stamp stamp;
+    Reader in(descriptor);
+    bool isWhole = false;
+    if (isCsv) {
+        in.skipLine(1024);
+        isWhole = in.number(stamp.day, 2) && in.literal('.') && in.number(stamp.month, 2) &&
+                  in.literal('.') && in.number(stamp.year) && in.literal(';');
+    } else {
+        isWhole = in.number(stamp.year) && in.literal('-') && in.number(stamp.month, 2) &&
+                  in.literal('-') && in.number(stamp.day, 2);
+    }
+    isWhole = isWhole && in.number(stamp.hour, 2) && in.literal(':') &&
+              in.number(stamp.minute, 2) && in.literal(':') && in.number(stamp.second, 2);
+    static_cast<void>(isWhole);
+    return stamp;
+}
+
+// Any field but the year.
+char* putTwoDigits(char* out, int value) {
+    *out++ = static_cast<char>('0' + value / 10);
+    *out++ = static_cast<char>('0' + value % 10);
+    return out;
+}
+
+char* putYear(char* out, int year) { return std::to_chars(out, out + 11, year).ptr; }
+
+char* putTime(char* out, const Stamp& stamp, char end) {
+    out = putTwoDigits(out, stamp.hour);
+    *out++ = ':';
+    out = putTwoDigits(out, stamp.minute);
+    *out++ = ':';
+    out = putTwoDigits(out, stamp.second);
+    *out++ = end;
+    return out;
+}
+
+}  // namespace
 
 Stamp stampNow() {
     const std::tm now = localNow();
     return {now.tm_year + 1900, now.tm_mon + 1, now.tm_mday, now.tm_hour, now.tm_min, now.tm_sec};
 }
 
-// Long enough for six integers of any value.
-constexpr std::size_t stampSize = 96;
-
-// Fields that cannot be read stay 0.
-Stamp readFirstStamp(std::FILE* file, bool isCsv) {
-    Stamp stamp;
-    int fields = 0;
-    if (isCsv) {
-        char header[1024];
-        if (std::fgets(header, sizeof header, file))
-            fields = std::fscanf(file, "%02d.%02d.%d;%02d:%02d:%02d;", &stamp.day, &stamp.month,
-                                 &stamp.year, &stamp.hour, &stamp.minute, &stamp.second);
-    } else {
-        fields = std::fscanf(file, "%d-%02d-%02d %02d:%02d:%02d ", &stamp.year, &stamp.month,
-                             &stamp.day, &stamp.hour, &stamp.minute, &stamp.second);
-    }
-    static_cast<void>(fields);
-    return stamp;
+char* putTextStamp(const Stamp& stamp, char* out) {
+    out = putYear(out, stamp.year);
+    *out++ = '-';
+    out = putTwoDigits(out, stamp.month);
+    *out++ = '-';
+    out = putTwoDigits(out, stamp.day);
+    *out++ = ' ';
+    return putTime(out, stamp, ' ');
 }
 
-}  // namespace
-
-std::string textStamp() {
-    const Stamp now = stampNow();
-    char text[stampSize];
-    std::snprintf(text, sizeof text, "%d-%02d-%02d %02d:%02d:%02d ", now.year, now.month, now.day,
-                  now.hour, now.minute, now.second);
-    return text;
-}
-
-std::string csvStamp() {
-    const Stamp now = stampNow();
-    char text[stampSize];
-    std::snprintf(text, sizeof text, "%02d.%02d.%d;%02d:%02d:%02d;", now.day, now.month, now.year,
-                  now.hour, now.minute, now.second);
-    return text;
+char* putCsvStamp(const Stamp& stamp, char* out) {
+    out = putTwoDigits(out, stamp.day);
+    *out++ = '.';
+    out = putTwoDigits(out, stamp.month);
+    *out++ = '.';
+    out = putYear(out, stamp.year);
+    *out++ = ';';
+    return putTime(out, stamp, ';');
 }
 
 std::string htmlHead() {
@@ -80,28 +169,24 @@ std::string htmlHead() {
            rule + "<font color=\"#b40000\">Log file from " + date + "</font><br>" + rule + "</p>\n";
 }
 
-std::string staleStamp(const std::string& path, bool isCsv) {
+std::string staleStamp(const std::string& path, bool isCsv, const Stamp& now) {
     // Not blocking, since the path may lead to a pipe; only a regular file is an old log.
     const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return {};
-    const std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(fdopen(descriptor, "r"),
-                                                               std::fclose);
-    if (!file) {
-        close(descriptor);
-        return {};
-    }
+    const Stamp first = readFirstStamp(descriptor, isCsv);
     struct stat info {};
-    if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode)) return {};
-
-    const Stamp first = readFirstStamp(file.get(), isCsv), now = stampNow();
-    if (first.year == now.year && first.month == now.month && first.day == now.day) return {};
-    char text[stampSize];
+    const bool isStale =
+        (first.year != now.year || first.month != now.month || first.day != now.day) &&
+        fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
+    close(descriptor);
+    if (!isStale) return {};
+    char text[96];  // six integers of any value
     std::snprintf(text, sizeof text, "%d%02d%02d-%02d%02d%02d", first.year, first.month, first.day,
                   first.hour, first.minute, first.second);
     return text;
 }
 
-bool appendToFile(const std::string& path, const std::string& bytes) {
+bool appendToFile(const std::string& path, std::string_view bytes) {
     const int descriptor =
         open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);  // less the umask
     if (descriptor < 0) return false;

@@ -59,7 +59,7 @@ TEST(StaleStamp, NeitherWaitsForTheOtherEndOfAPipeNorReadsFromIt) {
     const std::string pipe = dir.file("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
     for (const bool isCsv : {false, true}) EXPECT_EQ(staleStamp(pipe, isCsv), "");
-    const int ends = open(pipe.c_str(), O_RDWR | O_CLOEXEC);
+    const int ends = open(pipe.c_str(), O_RDWR | O_NONBLOCK | O_CLOEXEC);
     ASSERT_EQ(write(ends, "abc", 3), 3);
     for (const bool isCsv : {false, true}) EXPECT_EQ(staleStamp(pipe, isCsv), "");
     char bytes[4];

@@ -7,15 +7,20 @@
 
 namespace kxtest {
 
-/// "process.thread.i " and a tail of 0 to 2000 letters that these three numbers decide; every
-/// 16th text has a tail that grows fivefold in HTML.
+/// "process.thread.i " and a tail of letters, all decided by these three numbers. Most texts are
+/// short, as messages are; every 64th has, as a whole, 2046, 2047, 2048 or 3000 characters (printf
+/// style messages are cut at 2047) and a tail that grows fivefold in HTML.
 inline std::string numberedText(int process, int thread, int i) {
     const int mix = 31 * process + 17 * thread + i;
-    const char letter = mix % 16 == 0 ? '<' : static_cast<char>('a' + mix % 26);
-    // Most texts are short, as messages are.
-    const int length = mix % 16 == 0 ? 2000 : mix % 5 == 0 ? mix * 7 % 1900 : mix % 60;
-    return std::to_string(process) + "." + std::to_string(thread) + "." + std::to_string(i) + " " +
-           std::string(static_cast<std::size_t>(length), letter);
+    std::string text =
+        std::to_string(process) + "." + std::to_string(thread) + "." + std::to_string(i) + " ";
+    constexpr std::size_t lengths[] = {2046, 2047, 2048, 3000};
+    if (mix % 64 == 0)
+        text.resize(lengths[mix / 64 % 4], '<');
+    else
+        text.append(static_cast<std::size_t>(mix % 20 == 0 ? mix * 7 % 1900 : mix % 60),
+                    static_cast<char>('a' + mix % 26));
+    return text;
 }
 
 /// The numbers at the start of such a text. False if there are none.

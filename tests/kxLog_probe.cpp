@@ -5,12 +5,20 @@
 //   kxLog_probe unreadable FILE            logs "new" to FILE as a text log, without privileges
 //   kxLog_probe write FORMAT FILE PROCESS THREADS COUNT
 //                                          logs numbered texts to FILE from several threads
+//   kxLog_probe clock FORMAT FILE CLOCK    does what standard input says at moments that it says:
+//   each
+//                                          line is a moment (seconds of the epoch) and the text of
+//                                          an info or, to choose the log file, nothing. Runs with
+//                                          libfaketime, which takes the time from the file CLOCK.
 #include <sys/types.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <ctime>
+#include <fstream>
+#include <iostream>
 #include <string>
 #include <thread>
 #include <vector>
@@ -61,6 +69,20 @@ int write(int format, const char* file, int process, int threads, int count) {
     return 0;
 }
 
+int clock(int format, const char* file, const char* clockFile) {
+    kxLog::setLogFormat(format);
+    std::time_t moment = 0;
+    for (std::string text; std::cin >> moment && std::getline(std::cin, text);) {
+        std::ofstream(clockFile) << moment << '\n';
+        if (std::time(nullptr) != moment) return 1;
+        if (text.empty())
+            kxLog::setLogFile(file);
+        else
+            kxLog::info("%s", text.c_str() + 1);  // after the blank
+    }
+    return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -71,5 +93,6 @@ int main(int argc, char** argv) {
     if (what == "write" && argc == 7)
         return write(std::atoi(argv[2]), argv[3], std::atoi(argv[4]), std::atoi(argv[5]),
                      std::atoi(argv[6]));
+    if (what == "clock" && argc == 5) return clock(std::atoi(argv[2]), argv[3], argv[4]);
     return 64;
 }

@@ -5,12 +5,20 @@
 //   kxLog_probe unreadable FILE            logs "new" to FILE as a text log, without privileges
 //   kxLog_probe write FORMAT FILE PROCESS THREADS COUNT
 //                                          logs numbered texts to FILE from several threads
+//   kxLog_probe limit FORMAT FILE BYTES    logs "line-0001" to "line-0009" to FILE, which up to the
+//                                          fifth must not grow beyond a size
+//   kxLog_probe full FORMAT DIRECTORY      eight processes log numbered texts, the first 200 of
+//   each
+//                                          while the disk has only 16 KiB left, the next 200 when
+//                                          it has space again; prints the log file as an error
 //   kxLog_probe clock FORMAT FILE CLOCK    does what standard input says at moments that it says:
 //   each
 //                                          line is a moment (seconds of the epoch) and the text of
 //                                          an info or, to choose the log file, nothing. Runs with
 //                                          libfaketime, which takes the time from the file CLOCK.
+#include <sys/resource.h>
 #include <sys/types.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <csignal>
@@ -56,8 +64,58 @@ int unreadable(const char* file) {
     return 0;
 }
 
-int write(int format, const char* file, int process, int threads, int count) {
+int limit(int format, const char* file, unsigned bytes) {
+    std::signal(SIGXFSZ, SIG_IGN);
     kxLog::_log_format = format;
+    kxLog::_log_file = file;
+    rlimit size{};
+    if (getrlimit(RLIMIT_FSIZE, &size) != 0) return 1;
+    const rlim_t unlimited = size.rlim_cur;
+    for (int i = 1; i <= 9; ++i) {
+        size.rlim_cur = i <= 5 ? bytes : unlimited;
+        if (setrlimit(RLIMIT_FSIZE, &size) != 0) return 2;
+        kxLog::info("line-000%d", i);
+    }
+    return 0;
+}
+
+/// Eight processes log `count` texts each, from the number `first` on.
+void logFromEight(int first, int count) {
+    for (int process = 0; process < 8; ++process) {
+        if (fork() != 0) continue;
+        for (int i = first; i < first + count; ++i)
+            kxLog::infoIPython(kxtest::numberedText(process, 0, i).c_str());
+        _exit(0);
+    }
+    while (wait(nullptr) > 0) {
+    }
+}
+
+int full(int format, const std::string& directory) {
+    const std::string filler = directory + "/filler";
+    kxLog::_log_format = format;
+    kxLog::_log_file = directory + "/log";
+    std::FILE* const file = std::fopen(filler.c_str(), "w");
+    if (!file) return 1;
+    std::setbuf(file, nullptr);
+    const std::string block(4096, 'x');
+    long blocks = 0;
+    while (std::fwrite(block.data(), block.size(), 1, file) == 1) ++blocks;
+    const bool hasRoom = ftruncate(fileno(file), 4096 * (blocks - 4)) == 0;
+    std::fclose(file);
+    if (!hasRoom) return 2;
+    logFromEight(0, 200);
+    std::remove(filler.c_str());
+    logFromEight(200, 200);
+    std::cerr << std::ifstream(kxLog::_log_file).rdbuf();
+    return 0;
+}
+
+int write(int format, const char* file, int process, int threads, int count) {
+    const int niceness = nice(19);  // who kills eight such processes wants to be in time
+    static_cast<void>(niceness);
+    kxLog::_log_format = format;
+    kxLog::_add_time_stamp = format == 3;
     kxLog::_log_file = file;  // not through setLogFile: the processes would move the file away
     std::vector<std::thread> running;
     for (int thread = 0; thread < threads; ++thread)
@@ -93,6 +151,9 @@ int main(int argc, char** argv) {
     if (what == "write" && argc == 7)
         return write(std::atoi(argv[2]), argv[3], std::atoi(argv[4]), std::atoi(argv[5]),
                      std::atoi(argv[6]));
+    if (what == "limit" && argc == 5)
+        return limit(std::atoi(argv[2]), argv[3], static_cast<unsigned>(std::atoi(argv[4])));
+    if (what == "full" && argc == 4) return full(std::atoi(argv[2]), argv[3]);
     if (what == "clock" && argc == 5) return clock(std::atoi(argv[2]), argv[3], argv[4]);
     return 64;
 }

@@ -1,20 +1,19 @@
 // The log under several threads: no text mixed, torn or lost.
 #include <gtest/gtest.h>
 
+#include <map>
 #include <sstream>
 #include <thread>
 
 #include "kxLog.h"
-#include "kxLog_collector.h"
 #include "kxLog_fixture.h"
+#include "kxLog_texts.h"
 
-using kxtest::Collector;
 using kxtest::Console;
 using kxtest::consoleOf;
 using kxtest::Level;
 using kxtest::levels;
 using kxtest::numberedText;
-using kxtest::splitLines;
 
 namespace {
 
@@ -74,6 +73,30 @@ void inThreads(int count, const Code& code) {
     for (int thread = 0; thread < count; ++thread) threads.emplace_back(code, thread);
     for (auto& thread : threads) thread.join();
 }
+
+/// Checks texts that `threads` threads were to log `count` of each: all there, whole, and each
+/// thread's in its order.
+class Collector {
+public:
+    /// `limit`: the length at which the texts were cut.
+    void add(const std::string& text, std::size_t limit = std::string::npos) {
+        int process = -1, thread = -1, i = -1;
+        if (!kxtest::readNumbers(text, process, thread, i) ||
+            text != numberedText(0, thread, i).substr(0, limit) || i != _next[thread]++) {
+            if (_wrong.size() < 5) _wrong.push_back(text.substr(0, 100));
+        }
+    }
+    void expect(int threads, int count) const {
+        EXPECT_EQ(_wrong, std::vector<std::string>());
+        std::map<int, int> all;
+        for (int thread = 0; thread < threads; ++thread) all[thread] = count;
+        EXPECT_EQ(_next, all);
+    }
+
+private:
+    std::map<int, int> _next;  // by thread
+    std::vector<std::string> _wrong;
+};
 
 /// The prefixes that text and CSV lines may have which `threads` threads, numbered from 0 on, wrote
 /// from its construction until now.
@@ -159,7 +182,7 @@ protected:
             expectedLines += line;
             expectedStream += level.stream(line);
         }
-        collector.expect(1, threads, count);
+        collector.expect(threads, count);
         // Not EXPECT_EQ, which would print megabytes.
         EXPECT_TRUE(console == expectedConsole);
         EXPECT_TRUE(buffer == expectedLines);

@@ -137,10 +137,13 @@ public:
     /// newline at its end.
     static std::string convertToHtml(const std::string& text);
 
-    /// Appends a line to the log file in one write, so that lines of several processes stay whole;
-    /// nothing if there is no file. A line that cannot be written is lost silently. In CSV format a
-    /// file whose first message is not of today is moved aside first and a new one started;
-    /// deliberate: a file that holds its header only counts as undated and moves to path +
+    /// Appends a line to the log file in one write, so that lines of several processes stay whole
+    /// (the system may cut that of a process killed within it); nothing if there is no file. A line
+    /// that cannot be written, or not completely, is lost silently and as a whole; later ones are
+    /// written once the disk has space again.
+    ///
+    /// In CSV format a file whose first message is not of today is moved aside first and a new one
+    /// started; deliberate: a file that holds its header only counts as undated and moves to path +
     /// "00000-000000" at its first message. If the new file cannot be opened, file logging is off,
     /// the line is lost, and the error that says so follows the message. A CSV file that was
     /// deleted comes back without its header.

@@ -13,6 +13,15 @@
 namespace kx::detail {
 namespace {
 
+// Removes what has just been appended, unless another process has appended since.
+void takeBack(int descriptor, std::size_t size) {
+    const off_t end = lseek(descriptor, 0, SEEK_CUR);
+    struct stat info {};
+    if (fstat(descriptor, &info) != 0 || !S_ISREG(info.st_mode) || info.st_size != end) return;
+    const int failed = ftruncate(descriptor, end - static_cast<off_t>(size));
+    static_cast<void>(failed);
+}
+
 // localtime would share its result with other threads and look at the zone file at every call.
 std::tm localNow() {
     const std::time_t now = std::time(nullptr);
@@ -198,6 +207,8 @@ bool appendToFile(const std::string& path, std::string_view bytes) {
         else if (errno != EINTR)
             break;
     }
+    // The next line, when the disk has space again, must not continue the start of this one.
+    if (done > 0 && done < bytes.size()) takeBack(descriptor, done);
     close(descriptor);
     return true;
 }

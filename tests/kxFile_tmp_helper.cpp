@@ -9,7 +9,8 @@
 //   make PATH | rmdir PATH                     creates a file, removes a directory
 //   atexit                                     prints the variable once static objects are gone
 //
-// "/tmp/talo" is redirected to the directory named by KXTEST_TALO.
+// "/tmp/talo" is redirected to the directory named by KXTEST_TALO. With KXTEST_RACE set another
+// process makes each directory just before this one does.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -30,7 +31,9 @@ static std::string redirected(const char* path) {
 
 // These take the place of the C library's functions for calls from the library.
 extern "C" int mkdir(const char* path, mode_t mode) noexcept {
-    return mkdirat(AT_FDCWD, redirected(path).c_str(), mode);
+    const std::string place = redirected(path);
+    if (std::getenv("KXTEST_RACE")) mkdirat(AT_FDCWD, place.c_str(), mode);
+    return mkdirat(AT_FDCWD, place.c_str(), mode);
 }
 extern "C" int stat(const char* path, struct stat* info) noexcept {
     return fstatat(AT_FDCWD, redirected(path).c_str(), info, 0);

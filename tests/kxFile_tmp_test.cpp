@@ -123,6 +123,19 @@ TEST_F(TmpDir, PublishedValueOutlivesStaticObjects) {
     EXPECT_EQ(run({"atexit", "init", name("a")}), chosen(made("a")) + answer("at exit", made("a")));
 }
 
+// Applications that start at the same time all find the directory.
+TEST_F(TmpDir, DirectoryThatAnotherProcessMakesFirstIsTaken) {
+    EXPECT_EQ(run({"init", name("a"), "teamcenter", "child"}, {{"KXTEST_RACE", "1"}}),
+              chosen(made("a")) + answer("teamcenter", made("a") + "/teamcenter") +
+                  answer("child", made("a")));
+    EXPECT_EQ(
+        run({"init", name("b"), "get"}, {{"KXTEST_RACE", "1"}, {"TALO_TMP_DIR", dir.file("c")}}),
+        chosen(dir.file("c")) + answer("get", dir.file("c")));
+    EXPECT_EQ(
+        run({"init", name("no/parent"), "get"}, {{"KXTEST_RACE", "1"}, {"TALO_ROOT", dir.path()}}),
+        cannotCreate(made("no/parent")) + chosen(dir.file("tmp")) + answer("get", dir.file("tmp")));
+}
+
 // --- The user's choice ---------------------------------------------------------------------------
 
 struct UserCase {

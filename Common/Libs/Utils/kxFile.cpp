@@ -243,6 +243,12 @@ bool canCreate(const std::string& path) {
 
 bool makeDir(const std::string& path) { return mkdir(path.c_str(), allPermissions) == 0; }
 
+bool makeIfMissing(const std::string& path) {
+    if (kxFile::exists(path) || makeDir(path)) return true;
+    const ErrnoKeeper keeper;
+    return kxFile::exists(path);  // somebody else may have made it meanwhile
+}
+
 template <typename Container>
 bool readWhole(const std::string& path, Container& content) {
     content.clear();
@@ -316,7 +322,7 @@ bool kxFile::createPath(const std::string& path) {
         end = std::min(unixPath.find('/', begin), unixPath.size());
         if (!isFirst) prefix += '/';
         prefix.append(unixPath, begin, end - begin);
-        if (!exists(prefix) && !makeDir(prefix) && !isFirst && firstError == 0) firstError = errno;
+        if (!makeIfMissing(prefix) && !isFirst && firstError == 0) firstError = errno;
     }
     if (firstError != 0) errno = firstError;
     return firstError == 0;
@@ -403,7 +409,7 @@ void publish(const std::string& name, const std::string& directory) {
 // Where the library's own choice of a temporary directory is made and published.
 void chooseTmpDir(const std::string& variable, const std::string& name) {
     const std::string shared = "/tmp/" + name;
-    if (kxFile::exists(shared) || kxFile::createDir(shared)) {
+    if (makeIfMissing(shared)) {
         publish(variable, shared);
         return;
     }
@@ -411,7 +417,7 @@ void chooseTmpDir(const std::string& variable, const std::string& name) {
 
     const std::string own = kxFile::expandFilename("$TALO_ROOT/tmp");
     if (kxFile::exists(own)) return;  // deliberately not published
-    if (kxFile::createDir(own))
+    if (makeIfMissing(own))
         publish(variable, own);
     else
         kxLog::warning("Couldn't create tmp directory '%s'", own.c_str());
@@ -432,7 +438,7 @@ void kxFile::initTmpDir(const std::string& name) {
     const char* const chosen = std::getenv(_tmp_envvar_name.c_str());
     if (!chosen)
         chooseTmpDir(_tmp_envvar_name, name);
-    else if (!exists(chosen) && !createDir(chosen))
+    else if (!makeIfMissing(chosen))
         kxLog::warning("Couldn't create tmp directory '%s'", chosen);
 
     const char* const value = std::getenv(_tmp_envvar_name.c_str());
@@ -454,7 +460,7 @@ std::string kxFile::getTeamcenterTmpDir() {
         return {};
     }
     std::string directory = base + "/teamcenter";
-    if (exists(directory) || createDir(directory)) return directory;
+    if (makeIfMissing(directory)) return directory;
     kxLog::warning("kxFile::getTeamcenterTmpDir : Couldn't create teamcenter tmp dir!");
     return base;
 }

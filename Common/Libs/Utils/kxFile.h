@@ -16,7 +16,8 @@
 /// function. Nothing but std::bad_alloc is thrown, with the one exception named at checkChecksum.
 class KXUTILS_API kxFile {
 public:
-    /// Creates the one instance, once, and stores its address in `_me`; any thread may call it.
+    /// Creates the one instance, once, and stores its address in `_me`; any thread may call it, and
+    /// read `_me` afterwards.
     static void init();
 
     /// The instance that init() created, for callers that want to hold an object; the library does
@@ -114,7 +115,8 @@ public:
     static bool isumlaut(const std::string& text);
 
     // --- Working directory -----------------------------------------------------------------------
-    // Process-wide and not guarded.
+    // Process-wide and not guarded: no thread may change it while another one uses it, or a
+    // relative path.
 
     /// The working directory; "" if it cannot be read or is longer than 2047 characters.
     static std::string getCurrentDir();
@@ -140,11 +142,14 @@ public:
     /// the character after the name. A path of 2048 or more characters, and one whose expansion
     /// would be, comes back unchanged with a message on standard error.
     ///
-    /// Threads: as safe as getenv and getpwnam are beside whatever else the process does.
+    /// Threads: any, while none changes the environment; with a tilde in the path one at a time,
+    /// since getpwnam(3) has one result for all.
     static std::string expandFilename(const std::string& path);
 
     // --- File operations -------------------------------------------------------------------------
-    // No locks. After a failure errno is that of the call that failed, so perror() can follow.
+    // No state and no locks: any thread may call these. What becomes of a file that several use at
+    // the same time is the system's answer. Questions to the user run on the calling thread. After
+    // a failure errno is that of the call that failed, so perror() can follow.
 
     /// True if the path is not empty and leads to a file, a directory or anything else. The flags
     /// are accepted and ignored.
@@ -165,9 +170,9 @@ public:
     static bool createDir(const std::string& path);
 
     /// Creates every missing directory along the path; backslashes count as slashes. True if all
-    /// exist in the end, apart from the first component, whose creation may fail (it is often a
-    /// volume). The walk goes on after a failure; errno is that of the first. False for "";
-    /// true for a path of slashes only.
+    /// exist in the end (it does not matter who has made them), apart from the first component,
+    /// whose creation may fail (it is often a volume). The walk goes on after a failure; errno is
+    /// that of the first. False for ""; true for a path of slashes only.
     static bool createPath(const std::string& path);
 
     /// Removes a file or an empty directory. True also if nothing exists at the path; false for "".
@@ -347,7 +352,8 @@ public:
     static std::string getFileID(const std::string& path);
 
     // --- External commands -----------------------------------------------------------------------
-    // The system shell parses the command: nothing is quoted or escaped. No state.
+    // The system shell parses the command: nothing is quoted or escaped. No state: any thread may
+    // call these; a call that waits blocks its own thread only.
 
     /// Runs a command. With `wait`, true if it ended with exit status 0; without, it runs in the
     /// background and true only says that the shell started it. False for "". `progress` is never

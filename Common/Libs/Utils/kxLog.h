@@ -27,8 +27,11 @@
 /// threads that log through the same entry point take turns. The mutexes are not recursive: neither
 /// a callback nor the stream buffer that receives the lines may log through kxLog.
 ///
-/// Everything else (setters, format, file, getLastError) takes no lock and is meant for set-up and
-/// the main thread.
+/// infoNR and its like, convertToHtml and colorOutput may be called by any thread as well.
+/// Everything else (setters, format, file, last error, the public members) takes no lock: main
+/// thread only, while no other thread logs. The first message of a new day opens a CSV file on the
+/// thread that logs, which reads the environment and the application's name then; neither may
+/// change meanwhile.
 class KXUTILS_API kxLog {
 public:
     // --- Messages --------------------------------------------------------------------------------

@@ -9,9 +9,11 @@
 /// Static functions only; the host initialises the class once at start-up with init().
 ///
 /// Pointers returned point into the class's own strings and stay valid until that value is rebuilt
-/// or reassigned. Threads: no locks; initialise on the main thread before others start. getBinDir,
-/// getLibDir, getPluginsDir and getQtPluginsDir rebuild their string at every call and are not safe
-/// for concurrent callers. A null pointer is allowed only where it is said so.
+/// or reassigned. A null pointer is allowed only where it is said so.
+///
+/// Threads: no locks. What initialises or sets is for the main thread, before others start. After
+/// that any thread may call the getters, except getBinDir, getLibDir, getPluginsDir and
+/// getQtPluginsDir, which rebuild their string at every call: one thread at a time.
 class KXUTILS_API kxPlatform {
 public:
     // --- Start-up and installation layout --------------------------------------------------------

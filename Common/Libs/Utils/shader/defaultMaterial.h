@@ -4,6 +4,8 @@
 //
 // GLSL 1.20. The pair lights a surface with the ambient, diffuse and specular terms of its material
 // and of the one directional light gl_LightSource[0].
+//
+// Constant data: any thread may read it.
 #pragma once
 
 #include "../kxExport.h"

@@ -157,6 +157,18 @@ TEST(AppendChecksum, IsWhatCheckChecksumAccepts) {
     EXPECT_EQ(out.text(), correct("data"));
 }
 
+// A checksum finds damage, no intent: whoever changes a file can stamp it anew, or not at all.
+TEST(AppendChecksum, HelpsAForgerToo) {
+    const kxtest::TempDir dir;
+    const std::string path = dir.write("f", "forged data");
+    kxtest::Captured out(stdout);
+    std::uint32_t checksum = 1;
+    EXPECT_TRUE(kxFile::checkChecksum(path, checksum));
+    EXPECT_TRUE(kxFile::appendChecksum(path, kxFile::getChecksum(path)));
+    EXPECT_TRUE(kxFile::checkChecksum(path, checksum));
+    EXPECT_EQ(out.text(), none + correct("forged data"));
+}
+
 // --- Checking ------------------------------------------------------------------------------------
 
 struct CheckCase {

@@ -90,6 +90,14 @@ TEST_P(ExecuteBoth, LeavesTheCommandsStreamsAlone) {
     EXPECT_EQ(err.text(), "two\n");
 }
 
+// Deliberate: arguments are the caller's to quote, a file name from elsewhere as well.
+TEST_P(ExecuteBoth, QuotesNothing) {
+    const std::string name = "a  b; echo $((1 + 1)) 'c  d' #";
+    kxtest::Captured out(stdout);
+    EXPECT_TRUE(run("echo " + name + " e", true));
+    EXPECT_EQ(out.text(), "a b\n2 c  d\n");
+}
+
 TEST_P(ExecuteBoth, ReturnsAtOnceFromTheBackground) {
     EXPECT_TRUE(runsInBackground(GetParam().run, ""));
 }

@@ -101,6 +101,15 @@ TEST_F(TmpDir, AnythingOfThatNameCountsAsExisting) {
     EXPECT_EQ(kxtest::slurp(dir.file("file")), "x");
 }
 
+// Deliberate: nobody asks whose directory it is.
+TEST_F(TmpDir, LinkToADirectoryIsFollowed) {
+    dir.write("elsewhere/x.tmp", "x");
+    ASSERT_EQ(symlink("elsewhere", dir.file("a").c_str()), 0);
+    EXPECT_EQ(run({"init", name("a"), "get", "child", "remove", "x.tmp"}),
+              chosen(made("a")) + published(made("a")) + answer("remove", "true"));
+    EXPECT_EQ(kxtest::list(dir.file("elsewhere")), Steps());
+}
+
 TEST_F(TmpDir, DefaultNameIsTalo) {
     EXPECT_EQ(run({"get", "child", "get", "init", name("b")}),
               chosen("/tmp/talo") + published("/tmp/talo") + answer("get", "/tmp/talo"));

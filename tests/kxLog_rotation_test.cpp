@@ -187,6 +187,26 @@ TEST_F(Rotation, FailedRenameIsReportedAndTheOldFileAppendedTo) {
     EXPECT_STREQ(kxLog::getLastError(), "");
 }
 
+// The path is used as it is: lines go where it leads, and what moves aside is the link.
+TEST_F(Rotation, LinkIsFollowedByLinesAndMovedItself) {
+    const std::string target = dir.write("target", textDay(0));
+    std::filesystem::create_symlink("target", path);
+    kxLog::setLogFormat(1);
+    kxLog::_add_time_stamp = false;
+    choose();
+    consoleOf([] { kxLog::info("x"); });
+    EXPECT_EQ(slurp(target), textDay(0) + "x\n");
+
+    dir.write("target", oldText);
+    choose();
+    consoleOf([] { kxLog::info("y"); });
+    EXPECT_EQ(kxtest::list(dir.path()),
+              (Names{"app.log", std::string("app.log") + oldStamp, "target"}));
+    EXPECT_EQ(std::filesystem::read_symlink(path + oldStamp), "target");
+    EXPECT_EQ(slurp(target), oldText);
+    EXPECT_EQ(slurp(path), "y\n");
+}
+
 // --- While the program runs ----------------------------------------------------------------------
 
 TEST_F(Rotation, FirstMessageOfTheDayStartsANewCsvFile) {

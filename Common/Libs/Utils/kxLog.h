@@ -149,7 +149,9 @@ public:
     /// started; deliberate: a file that holds its header only counts as undated and moves to path +
     /// "00000-000000" at its first message. If the new file cannot be opened, file logging is off,
     /// the line is lost, and the error that says so follows the message. A CSV file that was
-    /// deleted comes back without its header.
+    /// deleted comes back without its header. Processes that share a CSV file may find the new day
+    /// at the same moment; the second then moves the file that the first has just started, over the
+    /// one moved before. Give each its own file where every line counts.
     ///
     /// The output does this for every message; called directly it is not guarded against other
     /// threads' messages, and a callback must not call it: that error takes the log's mutex.

@@ -182,14 +182,14 @@ off_t sizeOf(const std::string& path) {
     return stat(path.c_str(), &info) == 0 ? info.st_size : 0;
 }
 
-// Eight processes, one of which is killed and replaced 100 times (1000 times with the variable
+// Eight processes, one of which is killed and replaced 50 times (1000 times with the variable
 // KX_LOG_FULL), each time when the file has grown by a random number of bytes. The system may end a
 // write of a process that is killed at the end of a page of memory, so the start of a line may be
 // left for each.
 using KilledLog = LogProcesses;
 TEST_P(KilledLog, HasWholeLines) {
     const unsigned seed = 20170301U + static_cast<unsigned>(format.number);
-    const int kills = std::getenv("KX_LOG_FULL") ? 1000 : 100;
+    const int kills = std::getenv("KX_LOG_FULL") ? 1000 : 50;
     std::mt19937 random(seed);
     std::array<Writer, 8> writers;
     int processes = 0;

@@ -16,46 +16,15 @@
 #include <vector>
 
 #include "kxtest.h"
+#include "reference/classic_stream.h"
 #include "reference/digit_grouping.h"
 
+using reference::fromBits, reference::fromStream, reference::sameBits;
 using std::string_literals::operator""s;
 
 namespace {
 
 constexpr float largest = std::numeric_limits<float>::max();
-
-template <typename Float>
-Float fromStream(const std::string& text) {
-    static std::istringstream in = [] {
-        std::istringstream stream;
-        stream.imbue(std::locale::classic());
-        return stream;
-    }();
-    in.clear();
-    in.str(text);
-    Float value = 0;
-    in >> value;
-    return value;
-}
-
-std::string throughStream(float value) {
-    std::ostringstream out;
-    out.imbue(std::locale::classic());
-    out << value;
-    return out.str();
-}
-
-/// Also tells 0 from -0 and is true for equal NaNs.
-template <typename Float>
-bool sameBits(Float a, Float b) {
-    return std::memcmp(&a, &b, sizeof a) == 0;
-}
-
-float fromBits(std::uint32_t bits) {
-    float value;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
 
 /// Decimal comma, points between groups of three.
 class CommaNumbers : public std::numpunct<char> {
@@ -294,84 +263,6 @@ static const FloatCase floatCases[] = {
 };
 INSTANTIATE_TEST_SUITE_P(Table, ToFloat, testing::ValuesIn(floatCases),
                          [](const auto& test) { return std::string(test.param.name); });
-
-// Texts of the characters that matter to the grammar, read as a float and, as an option, as a
-// double.
-TEST(NumberReading, EqualsTheStreamForRandomTexts) {
-    std::mt19937 random(7);
-    const std::string alphabet = "0123456789019..eeEE+-+- \t\n\r\v\f\0xXinfINFapP_'"s;
-    const std::string starts[] = {"", "1e", "-", "1e3", "1e-4", "9.9e30", "0.", "00", " +"};
-    for (int i = 0; i < 60000; ++i) {
-        std::string text = starts[random() % std::size(starts)];
-        for (auto n = random() % 8; n > 0; --n) text += alphabet[random() % alphabet.size()];
-        ASSERT_PRED2(sameBits<float>, kxString::toFloat(text), fromStream<float>(text)) << text;
-        ASSERT_PRED2(sameBits<double>, kxString::getDoubleOption(text), fromStream<double>(text))
-            << text;
-    }
-}
-
-static std::vector<float> manyFloats(std::size_t randomOnes) {
-    std::vector<float> values;
-    const auto addAround = [&](std::uint32_t bits) {
-        for (std::uint32_t i = 0; i < 9; ++i)
-            for (const std::uint32_t sign : {0U, 0x80000000U})
-                values.push_back(fromBits((bits - 4 + i) ^ sign));
-    };
-    // Every power of two, the ends of every range, and infinities and NaNs beyond them.
-    for (std::uint32_t exponent = 0; exponent < 256; ++exponent) addAround(exponent << 23U);
-    for (std::uint32_t bit = 0; bit < 23; ++bit) {
-        addAround(1U << bit);
-        addAround(0x7F800000U | 1U << bit);
-    }
-    // Where the notation changes, and where six digits round.
-    for (int power = -45; power <= 38; ++power)
-        for (const char* digits : {"1", "9.999995", "1.2345650", "1.0000050", "5"}) {
-            const float value = fromStream<float>(digits + ("e" + std::to_string(power)));
-            std::uint32_t bits;
-            std::memcpy(&bits, &value, sizeof bits);
-            addAround(bits);
-        }
-    std::mt19937 random(11);
-    for (std::size_t i = 0; i < randomOnes; ++i)
-        values.push_back(fromBits(static_cast<std::uint32_t>(random())));
-    return values;
-}
-
-TEST(NumberWriting, EqualsTheStreamForAllBoundariesAndRandomFloats) {
-    for (const float value : manyFloats(100000))
-        ASSERT_EQ(kxString::setNum(value), throughStream(value)) << std::hexfloat << value;
-}
-
-// Nine digits give a float back, seventeen of its double neighbour are near a tie, six are common.
-TEST(NumberReading, EqualsTheStreamForWrittenFloats) {
-    static const char* const formats[] = {"%.9g", "%.6g", "%.17g", "%.6e", "%f", "%.60e", "%a"};
-    std::size_t i = 0;
-    char text[512];
-    for (const float value : manyFloats(30000)) {
-        const char* const format = formats[i++ % std::size(formats)];
-        const double midpoint = (double{value} + double{std::nextafter(value, largest)}) / 2;
-#pragma GCC diagnostic push
-#pragma GCC diagnostic ignored "-Wformat-nonliteral"
-        for (const double written : {double{value}, midpoint}) {
-            std::snprintf(text, sizeof text, format, written);
-            ASSERT_PRED2(sameBits<float>, kxString::toFloat(text), fromStream<float>(text)) << text;
-        }
-#pragma GCC diagnostic pop
-    }
-}
-
-TEST(NumberReading, EqualsTheStreamForRandomDoubles) {
-    std::mt19937_64 random(13);
-    char text[64];
-    for (int i = 0; i < 30000; ++i) {
-        const std::uint64_t bits = random();
-        double value;
-        std::memcpy(&value, &bits, sizeof value);
-        std::snprintf(text, sizeof text, "%.*g,", static_cast<int>(random() % 20), value);
-        ASSERT_PRED2(sameBits<double>, kxString::getDoubleOption(text), fromStream<double>(text))
-            << text;
-    }
-}
 
 // --- setNum and lists ----------------------------------------------------------------------------
 

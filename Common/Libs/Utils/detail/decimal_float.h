@@ -1,0 +1,299 @@
+// Floats as decimal text and back where one multiplication of 64-bit words tells the answer, which
+// it does but for a few numbers in a billion. The others are left to the caller.
+//
+// Sources: Daniel Lemire, "Number Parsing at a Gigabyte per Second", Software: Practice and
+// Experience 51 (2021), on reading; Ulf Adams, "Ryu Revisited: Printf Floating Point Conversion",
+// OOPSLA 2019, on writing a fixed number of digits.
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+
+#include "detail/ascii.h"
+#include "detail/little_endian.h"
+#include "detail/word_bytes.h"
+
+namespace kx::detail {
+
+__extension__ using Uint128 = unsigned __int128;
+
+// --- Powers of ten -------------------------------------------------------------------------------
+
+constexpr int smallestPowerOfTen = -64, largestPowerOfTen = 50;
+
+/// The first 64 bits of a number, beginning with one that is set.
+constexpr std::uint64_t leadingBits(Uint128 number) {
+    while (number >> 127 == 0) number <<= 1;
+    return static_cast<std::uint64_t>(number >> 64);
+}
+
+/// The leading bits of each power of ten. What is cut off is less than one unit, and nothing from
+/// 10^0 to 10^27.
+constexpr auto makePowersOfTen() {
+    std::array<std::uint64_t, largestPowerOfTen - smallestPowerOfTen + 1> powers{};
+    // Those of 5, that is: the powers of 2 in those of 10 do not change the bits.
+    Uint128 five = 1;  // 5^50 has 117 bits
+    for (int power = 0; power <= largestPowerOfTen; ++power, five *= 5)
+        powers[static_cast<std::size_t>(power - smallestPowerOfTen)] = leadingBits(five);
+    // 2^255 / 5^n, of which 107 bits are left even for 5^64. Dividing a quotient that was rounded
+    // down gives no other quotient.
+    std::uint64_t fraction[4] = {std::uint64_t{1} << 63, 0, 0, 0};
+    for (int power = -1; power >= smallestPowerOfTen; --power) {
+        Uint128 rest = 0;
+        for (std::uint64_t& word : fraction) {
+            rest = rest << 64 | word;
+            word = static_cast<std::uint64_t>(rest / 5);
+            rest %= 5;
+        }
+        std::size_t first = 0;
+        while (fraction[first] == 0) ++first;
+        powers[static_cast<std::size_t>(power - smallestPowerOfTen)] =
+            leadingBits(Uint128{fraction[first]} << 64 | fraction[first + 1]);
+    }
+    return powers;
+}
+inline constexpr auto powersOfTen = makePowersOfTen();
+
+constexpr std::uint64_t powerOfTen(int power) {
+    return powersOfTen[static_cast<std::size_t>(power - smallestPowerOfTen)];
+}
+static_assert(powerOfTen(0) == 0x8000000000000000 && powerOfTen(1) == 0xA000000000000000 &&
+              powerOfTen(-1) == 0xCCCCCCCCCCCCCCCC && powerOfTen(19) == 10000000000000000000U);
+
+constexpr bool isExactPowerOfTen(int power) { return power >= 0 && power <= 27; }
+
+/// log2(10^n) rounded down; right for all n in the table.
+constexpr int log2OfPowerOf10(int n) { return (n * 217706) >> 16; }
+/// log10(2^n) rounded down; right for all exponents of a float.
+constexpr int log10OfPowerOf2(int n) { return (n * 78913) >> 18; }
+
+// --- Reading -------------------------------------------------------------------------------------
+
+constexpr int largestFloatPowerOfTen = 38;
+
+/// The doubles nearest to the powers of ten.
+constexpr auto makeDoublePowersOfTen() {
+    std::array<double, largestFloatPowerOfTen - smallestPowerOfTen + 1> powers{};
+    for (int power = smallestPowerOfTen; power <= largestFloatPowerOfTen; ++power) {
+        double& value = powers[static_cast<std::size_t>(power - smallestPowerOfTen)];
+        value = static_cast<double>(powerOfTen(power));
+        for (int bit = log2OfPowerOf10(power); bit < 63; ++bit) value /= 2;
+        for (int bit = log2OfPowerOf10(power); bit > 63; --bit) value *= 2;
+    }
+    return powers;
+}
+inline constexpr auto doublePowersOfTen = makeDoublePowersOfTen();
+static_assert(doublePowersOfTen[0] == 1e-64 && doublePowersOfTen[63] == 0.1 &&
+              doublePowersOfTen[64] == 1 && doublePowersOfTen[102] == 1e38);
+
+/// digits * 10^exponent
+struct Decimal {
+    std::uint64_t digits = 0;
+    int exponent = 0;
+    bool isNegative = false;
+};
+
+/// Appends the digits from `at` on to `number` and returns where they end.
+inline const char* readDigits(const char* at, const char* end, std::uint64_t& number) {
+    while (at != end && isDigit(*at))
+        number = 10 * number + static_cast<std::uint64_t>(*at++ - '0');
+    return at;
+}
+
+constexpr std::uint32_t smallPowersOfTen[] = {1,      10,      100,      1000,     10000,
+                                              100000, 1000000, 10000000, 100000000};
+
+/// The highest bit of bytes that are none of 0 to 9, up to the first such byte; what is above it
+/// may be set, too.
+constexpr std::uint64_t noDigits(std::uint64_t word) {
+    return ((word + everyByte(0x76)) | word) & everyByte(0x80);
+}
+
+/// The number of eight decimal digits, the first in the lowest byte.
+constexpr std::uint64_t fromEightDigits(std::uint64_t word) {
+    word = word * 10 + (word >> 8);  // pairs of digits, then of these pairs, and of those
+    word = (word & 0x00FF00FF00FF00FF) * (1 + (100ULL << 16)) >> 16;
+    return (word & 0x0000FFFF0000FFFF) * (1 + (10000ULL << 32)) >> 32;
+}
+static_assert(fromEightDigits(0x0807060504030201) == 12345678);
+
+/// The same as readDigits(), up to eight digits at a time: faster for six digits and more.
+inline const char* readManyDigits(const char* at, const char* end, std::uint64_t& number) {
+    while (end - at >= 8) {
+        const std::uint64_t word = loadLittleEndian64(at) ^ everyByte('0');
+        const int count = noDigits(word) == 0 ? 8 : bytesBelow(noDigits(word));
+        if (count == 0) return at;
+        number = number * smallPowersOfTen[count] + fromEightDigits(word << (64 - 8 * count));
+        at += count;
+        if (count < 8) return at;
+    }
+    return readDigits(at, end, number);
+}
+
+/// Reads "d.d...e+dd" with the given number of digits, 1 to 8, behind the point, a minus sign
+/// before it or not, either sign in the exponent, and behind it a character that is no digit.
+/// Returns where the 'e' is; null if the text looks different or less than 16 characters are
+/// left.
+///
+/// Values of a list mostly look alike. Their length is a guess that is compared with the text here,
+/// so that the processor can begin with the next value before it has found the end of this one.
+inline const char* readScientific(const char* at, const char* end, int decimals, Decimal& decimal) {
+    if (end - at < 16) return nullptr;
+    decimal.isNegative = *at == '-';
+    at += static_cast<int>(decimal.isNegative);  // without a branch: signs are hard to predict
+    const char* const e = at + 2 + decimals;
+
+    // What is as expected becomes 0, digits become 0 to 9.
+    const std::uint32_t head = loadLittleEndian16(at) ^ ('0' | '.' << 8);
+    const std::uint64_t word = (loadLittleEndian64(at + 2) ^ everyByte('0')) << (64 - 8 * decimals);
+    std::uint32_t tail = loadLittleEndian32(e) ^ ('e' | '+' << 8 | '0' << 16 | '0' << 24);
+    const std::uint32_t isBelowOne = tail >> 9 & 1;  // the sign may be a minus, which leaves 6
+    tail -= isBelowOne * ('+' ^ '-') << 8;
+    // The last two bytes may be up to 9, which six more do not take beyond the lower four bits.
+    const std::uint32_t unlike = ((tail + 0x06060000) | tail) & 0xF0F0FFFF;
+    if (head > 9 || noDigits(word) != 0 || unlike != 0 || isDigit(e[4])) return nullptr;
+
+    decimal.digits = std::uint64_t{head} * smallPowersOfTen[decimals] + fromEightDigits(word);
+    const int exponent = static_cast<int>((tail >> 16 & 15) * 10 + (tail >> 24));
+    decimal.exponent = (isBelowOne != 0 ? -exponent : exponent) - decimals;
+    return e;
+}
+
+/// Reads a sign, digits, a point and digits. Returns where they end; null if that is no number or
+/// one of more than 18 digits. Inline in any case: a call would put the number into memory, which
+/// costs a quarter of the time.
+[[gnu::always_inline]] inline const char* readMantissa(const char* at, const char* end,
+                                                       Decimal& decimal) {
+    if (at != end) {
+        decimal.isNegative = *at == '-';
+        at += static_cast<int>(decimal.isNegative) |
+              static_cast<int>(*at == '+');  // without a branch: signs are hard to predict
+    }
+    const char* const first = at;
+    at = readDigits(at, end, decimal.digits);
+    std::ptrdiff_t digits = at - first;
+    if (at != end && *at == '.') {
+        const char* const fraction = ++at;
+        at = readManyDigits(fraction, end, decimal.digits);
+        decimal.exponent = static_cast<int>(fraction - at);
+        digits += at - fraction;
+    }
+    return digits >= 1 && digits <= 18 ? at : nullptr;
+}
+
+/// Reads what stands behind the letter of an exponent. Returns where it ends; null if that is no
+/// exponent or one of more than four digits.
+inline const char* readExponent(const char* at, const char* end, Decimal& decimal) {
+    const bool isNegative = at != end && *at == '-';
+    if (at != end && (*at == '-' || *at == '+')) ++at;
+    std::uint64_t exponent = 0;
+    const char* const first = at;
+    at = readDigits(at, end, exponent);
+    if (at == first || at - first > 4) return nullptr;
+    decimal.exponent += isNegative ? -static_cast<int>(exponent) : static_cast<int>(exponent);
+    return at;
+}
+
+/// Sets `value` to the float nearest to `decimal`; false if it would take more to find it.
+inline bool nearestFloat(const Decimal& decimal, float& value) {
+    if (decimal.exponent < smallestPowerOfTen || decimal.exponent > largestFloatPowerOfTen)
+        return false;
+    double product =
+        static_cast<double>(static_cast<std::int64_t>(decimal.digits)) *
+        doublePowersOfTen[static_cast<std::size_t>(decimal.exponent - smallestPowerOfTen)];
+    std::uint64_t bits;
+    std::memcpy(&bits, &product, sizeof bits);
+    // The digits, the power and the product are rounded, which moves the product by no more than
+    // three units. That matters only where it is that near to the middle between two floats.
+    constexpr std::uint64_t middle = 1U << 28, units = 4;
+    const bool isNearMiddle = ((bits - middle + units) & (2 * middle - 1)) <= 2 * units;
+    const bool isNormal = product >= 0x1p-126 && product < 0x1p127;
+    if ((isNearMiddle || !isNormal) && decimal.digits != 0) return false;
+    bits |= std::uint64_t{decimal.isNegative} << 63;
+    std::memcpy(&product, &bits, sizeof product);
+    value = static_cast<float>(product);
+    return true;
+}
+
+// --- Writing -------------------------------------------------------------------------------------
+
+/// The characters of the decimal digits of `number`, which has at most six; the first of six in the
+/// lowest byte, the upper two bytes 0.
+inline std::uint64_t sixDigits(std::uint32_t number) {
+    const std::uint32_t low = number % 10000;
+    const std::uint64_t pairs =
+        number / 10000 | std::uint64_t{low / 100} << 16 | std::uint64_t{low % 100} << 32;
+    const std::uint64_t tens = (pairs * 103 >> 10) & 0x000F000F000F;
+    return tens | (pairs - 10 * tens) << 8;
+}
+
+/// Writes `value` as the format "%g" does, with up to six digits, and returns the text's end. All
+/// of to[0, 15) may be overwritten. Null if it would take more to find the digits, as for the
+/// values that are no number or nearer to 0 than the smallest normal float.
+inline char* writeSixDigits(float value, char* to) {
+    std::uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    *to = '-';
+    to += bits >> 31;
+    bits &= 0x7FFFFFFF;
+    if (bits == 0) {
+        *to = '0';
+        return to + 1;
+    }
+    const int biased = static_cast<int>(bits >> 23);
+    if (biased == 0 || biased == 255) return nullptr;
+
+    // The first of the value's bits as the highest of the word, and its power of two.
+    const std::uint64_t mantissa = std::uint64_t{bits << 8 | 0x80000000} << 32;
+    const int exponent = biased - 127;
+
+    // The value times 10^(5 - tens) has six digits before the point when it is rounded, or a
+    // seventh if `tens`, the power of ten of the first digit, was estimated one too low.
+    int tens = log10OfPowerOf2(exponent);
+    Uint128 product = 0;
+    std::uint64_t one = 0, rounded = 0;
+    std::uint32_t number = 0;
+    for (;; ++tens) {
+        product = Uint128{mantissa} * powerOfTen(5 - tens);
+        const int fractionBits = 62 - exponent - log2OfPowerOf10(5 - tens);
+        one = std::uint64_t{1} << fractionBits;
+        rounded = static_cast<std::uint64_t>(product >> 64) + one / 2;
+        number = static_cast<std::uint32_t>(rounded >> fractionBits);
+        if (number < 1000000) break;
+    }
+    // The power of ten and the product are rounded down: less than two units are missing, which
+    // matters right at a half, and there for all but the exact powers.
+    if (((rounded + 1) & (one - 1)) <= 1) {
+        if (!isExactPowerOfTen(5 - tens)) return nullptr;
+        const bool isTie = (rounded & (one - 1)) == 0 && static_cast<std::uint64_t>(product) == 0;
+        if (isTie) number &= ~1U;
+    }
+
+    std::uint64_t digits = sixDigits(number);
+    const int count = 8 - __builtin_clzll(digits) / 8;  // up to the last that is not 0
+    digits |= everyByte('0');
+    if (tens < 0 && tens >= -4) {
+        storeLittleEndian64(to, everyByte('0'));
+        to[1] = '.';
+        storeLittleEndian64(to + 1 - tens, digits);
+        return to + 1 - tens + count;
+    }
+    const bool hasExponent = tens < 0 || tens >= 6;
+    const int whole = hasExponent ? 1 : tens + 1;
+    const std::uint64_t wholeMask = (std::uint64_t{1} << (8 * whole)) - 1;
+    storeLittleEndian64(
+        to, (digits & wholeMask) | (digits & ~wholeMask) << 8 | std::uint64_t{'.'} << (8 * whole));
+    to += count > whole ? count + 1 : whole;
+    if (hasExponent) {
+        const int size = tens < 0 ? -tens : tens;
+        *to++ = 'e';
+        *to++ = tens < 0 ? '-' : '+';
+        *to++ = static_cast<char>('0' + size / 10);
+        *to++ = static_cast<char>('0' + size % 10);
+    }
+    return to;
+}
+
+}  // namespace kx::detail

@@ -1,0 +1,54 @@
+// Numbers as the streams of the classic locale write and read them.
+#pragma once
+
+#include <cstdint>
+#include <cstring>
+#include <locale>
+#include <sstream>
+#include <string>
+
+namespace reference {
+
+template <typename Stream>
+Stream classic() {
+    Stream stream;
+    stream.imbue(std::locale::classic());
+    return stream;
+}
+
+template <typename Float>
+Float fromStream(const std::string& text) {
+    static auto in = classic<std::istringstream>();
+    in.clear();
+    in.str(text);
+    Float value = 0;
+    in >> value;
+    return value;
+}
+
+inline std::string toStream(float value) {
+    static auto out = classic<std::ostringstream>();
+    out.str("");
+    out << value;
+    return out.str();
+}
+
+/// Also tells 0 from -0 and is true for equal NaNs.
+template <typename Float>
+bool sameBits(Float a, Float b) {
+    return std::memcmp(&a, &b, sizeof a) == 0;
+}
+
+inline float fromBits(std::uint32_t bits) {
+    float value;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
+}
+
+inline std::uint32_t bitsOf(float value) {
+    std::uint32_t bits;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+}  // namespace reference

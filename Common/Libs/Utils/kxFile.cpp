@@ -233,6 +233,12 @@ bool mayOverwrite(const std::string& path) {
     return button < 1;
 }
 
+// True if the last stat failed because nothing is there, and not because the system could not look.
+bool isMissing() {
+    return errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
+}
+
+// For a path where nothing is: what is there would be emptied and deleted.
 bool canCreate(const std::string& path) {
     FileHandle file(path, "wb");
     if (!file) return false;
@@ -297,9 +303,9 @@ bool kxFile::checkRead(const std::string& path, bool ask, bool log) {
 
 bool kxFile::checkWrite(const std::string& path, bool ask, bool log) {
     if (path.empty()) return false;
-    const bool isThere = exists(path);
+    const bool isThere = exists(path), isFree = !isThere && isMissing();
     if (isThere && ask && !mayOverwrite(path)) return false;
-    if (isThere ? access(path.c_str(), W_OK) == 0 : canCreate(path)) return true;
+    if (isFree ? canCreate(path) : access(path.c_str(), W_OK) == 0) return true;
     report(wrongPermissions(path, "writable"), ask, log, "checkWrite:");
     return false;
 }
@@ -330,7 +336,7 @@ bool kxFile::createPath(const std::string& path) {
 
 bool kxFile::remove(const std::string& path) {
     if (path.empty()) return false;
-    return !exists(path) || std::remove(path.c_str()) == 0;
+    return (!exists(path) && isMissing()) || std::remove(path.c_str()) == 0;
 }
 
 bool kxFile::rename(const std::string& directory, const std::string& oldName,

@@ -161,7 +161,8 @@ public:
 
     /// True if the file may be written. A file that does not exist is created and deleted again to
     /// find out (deliberate: a symbolic link that leads nowhere is deleted, and the file it led to
-    /// stays, empty). For one that exists `ask` first lets the user refuse through the host (a host
+    /// stays, empty); one that the system cannot look at counts as existing, without a question, and
+    /// keeps its content. For one that exists `ask` first lets the user refuse through the host (a host
     /// that cannot ask lets it pass); then its access rights are tested. Where writing is
     /// impossible, `ask` shows the reason and `log` logs it as an error; a refusal is not logged.
     static bool checkWrite(const std::string& path, bool ask, bool log);

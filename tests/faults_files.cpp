@@ -1,0 +1,277 @@
+// Files: a failure is the result that stands for it, with the error number of the call that failed;
+// success is only reported for what is really there.
+#include <unistd.h>
+
+#include <array>
+#include <cstdlib>
+#include <map>
+#include <vector>
+
+#include "cached_ifstream.h"
+#include "cached_ofstream.h"
+#include "faults_operations.h"
+#include "file_support.h"
+#include "kxAlignedMemory.h"
+#include "kxFile.h"
+#include "kxLog.h"
+#include "kxUtils.h"
+
+namespace {
+
+using kxtest::Attempt;
+using kxtest::TempDir;
+
+// Several blocks of stdio.
+const std::string bytes = kxtest::someBytes(10000);
+
+bool startsWith(const std::string& text, const std::string& start) {
+    return text.compare(0, start.size(), start) == 0;
+}
+
+// A refusal follows a failure, whose error number it leaves; nothing is refused without one.
+void expectRefusal(const Attempt& attempt) {
+    EXPECT_TRUE(attempt.failed());
+    EXPECT_EQ(attempt.errnoAfter(), attempt.error());
+}
+
+// --- Access --------------------------------------------------------------------------------------
+
+void currentDir(Attempt& attempt) {
+    const TempDir dir;
+    const kxtest::ScopedCwd cwd(dir.makeDir(part));
+    std::string answer = "none";
+    attempt.run([&] { answer = kxFile::getCurrentDir(); });
+    if (attempt.failedAt("getcwd"))
+        EXPECT_EQ(answer, "");
+    else
+        EXPECT_EQ(answer, attempt.outOfMemory() ? "none" : dir.file(part));
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failedAt("allocation"));
+}
+
+void exists(Attempt& attempt) {
+    const TempDir dir;
+    bool answer = false;
+    attempt.run([&] { answer = kxFile::exists(dir.path()); });
+    EXPECT_EQ(answer, !attempt.failed());
+    if (!answer) expectRefusal(attempt);
+}
+
+// What the host was asked to show.
+std::string shown;
+bool show(const char* /*request*/, kxMessage& message, int /*flags*/) {
+    shown = boost::any_cast<std::string>(message.get("text"));
+    return true;
+}
+
+// Asks and logs; a refusal has its reason shown. True without any failure.
+void check(Attempt& attempt, bool (*function)(const std::string&, bool, bool),
+           const std::string& file) {
+    shown.clear();
+    kxUtils::init(show);
+    bool answer = false;
+    attempt.run([&] { answer = function(file, true, true); });
+    kxUtils::init(nullptr);
+    const std::string reason = std::move(shown);
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    if (answer || attempt.outOfMemory()) return;
+    EXPECT_TRUE(attempt.failed());
+    // Where it cannot be looked at a file, another call finds out more.
+    EXPECT_TRUE(attempt.errnoAfter() == attempt.error() || attempt.failedAt("stat"));
+    EXPECT_NE(attempt.errnoAfter(), 0);
+    EXPECT_TRUE(startsWith(reason, "File '" + file + "' ")) << reason;
+}
+
+void checkRead(Attempt& attempt) {
+    const TempDir dir;
+    check(attempt, kxFile::checkRead, dir.write(part, bytes));
+}
+
+// Whatever is found out, a file that exists keeps its content.
+void checkWrite(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write(part, bytes);
+    check(attempt, kxFile::checkWrite, file);
+    ASSERT_EQ(kxtest::list(dir.path()), std::vector<std::string>{part});
+    EXPECT_EQ(kxtest::slurp(file), bytes);
+}
+
+void checkWriteNew(Attempt& attempt) {
+    const TempDir dir;
+    check(attempt, kxFile::checkWrite, dir.file(part));
+    EXPECT_EQ(kxtest::exists(dir.file(part)), attempt.failedAt("unlink"));
+}
+
+// --- Directories and names -----------------------------------------------------------------------
+
+void createDir(Attempt& attempt) {
+    const TempDir dir;
+    bool done = false;
+    attempt.run([&] { done = kxFile::createDir(dir.file("a")); });
+    EXPECT_EQ(done, !attempt.failed());
+    EXPECT_EQ(kxtest::exists(dir.file("a")), done);
+    if (!done) expectRefusal(attempt);
+}
+
+// The first directories exist. One that cannot be looked at cannot be created again.
+void createPath(Attempt& attempt) {
+    const TempDir dir;
+    const std::string path = dir.path() + '/' + part + "/b/c";
+    bool done = false;
+    attempt.run([&] { done = kxFile::createPath(path); });
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    EXPECT_EQ(done && !kxtest::exists(path), false);
+    EXPECT_TRUE(done || attempt.failed());
+    EXPECT_FALSE(done && attempt.failedAt("mkdir"));
+    EXPECT_TRUE(kxFile::createPath(path));
+    EXPECT_TRUE(kxtest::exists(path));
+}
+
+void removeFile(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write(part, bytes);
+    bool done = false;
+    attempt.run([&] { done = kxFile::remove(file); });
+    EXPECT_EQ(kxtest::exists(file), !done);
+    EXPECT_EQ(done, !attempt.failedAt("unlink"));
+    if (!done) expectRefusal(attempt);
+}
+
+void removeDirectory(Attempt& attempt) {
+    const TempDir dir;
+    const std::string directory = dir.makeDir(part);
+    bool done = false;
+    attempt.run([&] { done = kxFile::remove(directory); });
+    EXPECT_EQ(kxtest::exists(directory), !done);
+    EXPECT_EQ(done, !attempt.failedAt("unlink"));
+    if (!done) expectRefusal(attempt);
+}
+
+void renameFile(Attempt& attempt) {
+    const TempDir dir;
+    dir.write("a", bytes);
+    bool done = false;
+    attempt.run([&] { done = kxFile::rename(dir.path(), "a", part); });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    EXPECT_EQ(done, !attempt.failed());
+    EXPECT_EQ(kxtest::slurp(dir.file(done ? part : "a")), bytes);
+    EXPECT_EQ(kxtest::list(dir.path()).size(), 1u);
+    if (!done && !attempt.outOfMemory()) expectRefusal(attempt);
+}
+
+// --- Content -------------------------------------------------------------------------------------
+
+// A read that fails before the first byte is a refusal; later it goes unnoticed, and the rest is
+// zero bytes.
+void expectRead(const Attempt& attempt, bool done, const std::string& content) {
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    if (done) {
+        ASSERT_EQ(content.size(), bytes.size());
+        for (std::size_t i = 0; i < bytes.size(); ++i)
+            ASSERT_TRUE(content[i] == bytes[i] || (content[i] == 0 && attempt.failedAt("read")));
+    } else if (!attempt.outOfMemory()) {
+        expectRefusal(attempt);
+    }
+}
+
+void readToBuffer(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", bytes);
+    std::string content(bytes.size(), '\0');
+    bool done = false;
+    attempt.run([&] { done = kxFile::read(file, content.data()); });
+    expectRead(attempt, done, content);
+}
+
+template <typename Container>
+void readTo(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", bytes);
+    Container content{'o', 'l', 'd'};
+    bool done = false;
+    attempt.run([&] { done = kxFile::read(file, content); });
+    expectRead(attempt, done, std::string(content.begin(), content.end()));
+    if (!done) {
+        EXPECT_TRUE(content.empty());
+    }
+    // Too little memory is a plain refusal.
+    EXPECT_FALSE(attempt.outOfMemory());
+    EXPECT_TRUE(kxFile::read(file, content));
+    EXPECT_EQ(std::string(content.begin(), content.end()), bytes);
+}
+
+void expectWritten(const Attempt& attempt, bool done, const std::string& before,
+                   const std::string& content) {
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    const bool isHarmless = !attempt.failed() || attempt.error() == 0;  // half, and then the rest
+    EXPECT_TRUE(done || !isHarmless || attempt.outOfMemory());
+    if (done) {
+        EXPECT_EQ(content, before + bytes);
+    } else {
+        EXPECT_TRUE(startsWith(content, before) && startsWith(before + bytes, content));
+        if (!attempt.outOfMemory()) expectRefusal(attempt);
+    }
+    if (attempt.failedAt("open") || attempt.failedAt("close")) {
+        EXPECT_FALSE(done);
+    }
+}
+
+void writeFile(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", "");
+    bool done = false;
+    attempt.run([&] { done = kxFile::write(file, bytes); });
+    expectWritten(attempt, done, "", kxtest::slurp(file));
+}
+
+void appendToFile(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", "old");
+    bool done = false;
+    attempt.run([&] { done = kxFile::append(file, bytes); });
+    expectWritten(attempt, done, "old", kxtest::slurp(file));
+}
+
+// By contract only the opening of the two files is checked.
+void copyFile(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", bytes), copy = dir.write("b", "");
+    bool done = false;
+    attempt.run([&] { done = kxFile::copy(file, copy); });
+    EXPECT_FALSE(done && attempt.failedAt("open"));
+    if (!done) expectRefusal(attempt);
+    if (!attempt.failed()) {
+        EXPECT_EQ(kxtest::slurp(copy), bytes);
+    }
+    EXPECT_EQ(kxtest::slurp(file), bytes);
+}
+
+void fileSize(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", bytes);
+    std::uint64_t size = 0;
+    attempt.run([&] { size = kxFile::getFileSize(file); });
+    EXPECT_TRUE(size == bytes.size() || size == 0);
+    if (size == 0) expectRefusal(attempt);
+}
+
+}  // namespace
+
+const std::vector<Operation> fileOperations = {
+    {"CurrentDir", currentDir, allSteps},
+    {"Exists", exists, systemCalls},
+    {"CheckRead", checkRead, allSteps},
+    {"CheckWrite", checkWrite, allSteps},
+    {"CheckWriteNew", checkWriteNew, allSteps},
+    {"CreateDir", createDir, systemCalls},
+    {"CreatePath", createPath, allSteps},
+    {"Remove", removeFile, systemCalls},
+    {"RemoveDirectory", removeDirectory, systemCalls},
+    {"Rename", renameFile, allSteps},
+    {"ReadToBuffer", readToBuffer, allSteps},
+    {"ReadToString", readTo<std::string>, allSteps},
+    {"ReadToVector", readTo<std::vector<char>>, allSteps},
+    {"Write", writeFile, allSteps},
+    {"Append", appendToFile, allSteps},
+    {"Copy", copyFile, allSteps},
+    {"FileSize", fileSize, allSteps},
+};

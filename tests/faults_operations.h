@@ -1,0 +1,54 @@
+// The operations whose steps are made to fail, one row each: what is there before, what is done,
+// and what is promised for a failure.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <optional>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "faults.h"
+
+enum Steps { allocations = 1, systemCalls = 2, allSteps = allocations | systemCalls };
+
+struct Operation {
+    const char* name;
+    /// Prepares, executes one piece of code with attempt.run(), checks, and leaves nothing behind.
+    std::function<void(kxtest::Attempt& attempt)> execute;
+    /// Which kinds of steps it takes.
+    Steps steps = allocations;
+    /// What it does once in the life of a process, or leaves behind in static state: each execution
+    /// gets a process of its own.
+    bool inOwnProcess = false;
+};
+inline void PrintTo(const Operation& operation, std::ostream* os) { *os << operation.name; }
+
+// Each list stands in the source named after it.
+extern const std::vector<Operation> valueOperations, fileOperations, logOperations,
+    platformOperations;
+
+// More than a string holds without memory of its own.
+inline const std::string part(60, 'x');
+
+/// A function that only answers: std::bad_alloc if any allocation fails, else the right answer.
+template <typename Function, typename Result>
+Operation answers(const char* name, const Function& function, const Result& expected) {
+    return {name, [=](kxtest::Attempt& attempt) {
+                std::optional<Result> answer;
+                attempt.run([&] { answer = function(); });
+                EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
+                EXPECT_EQ(answer.has_value(), !attempt.failed());
+                if (answer) {
+                    EXPECT_EQ(*answer, expected);
+                }
+            }};
+}
+
+/// The same operation, each execution in a process of its own.
+inline Operation inOwnProcess(Operation operation) {
+    operation.inOwnProcess = true;
+    return operation;
+}

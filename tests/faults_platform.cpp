@@ -1,0 +1,2 @@
+#include "faults_operations.h"
+const std::vector<Operation> platformOperations = {};

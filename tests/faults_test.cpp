@@ -1,0 +1,146 @@
+// Every step of every operation fails once: each allocation (alone, and with all that follow), and
+// each call of the operating system in the ways in which it can fail. What the operation promises
+// for that case holds then, nothing leaks, and the log can still be used.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <chrono>
+#include <future>
+#include <iostream>
+#include <iterator>
+#include <sstream>
+#include <thread>
+
+#include "descriptors.h"
+#include "faults_operations.h"
+#include "file_support.h"
+#include "kxLog.h"
+
+namespace {
+
+using kxtest::Attempt;
+using kxtest::Fault;
+
+// Every entry point has a lock of its own.
+void logThroughAll() {
+    kxLog::info("%s", "still here");
+    kxLog::warning("%s", "still here");
+    kxLog::error("%s", "still here");
+    kxLog::info(0, "%s", "still here");
+    kxLog::warning(0, "%s", "still here");
+    kxLog::error(0, "%s", "still here");
+}
+
+// A lock that was left behind would block another thread for ever.
+void expectFreeLog() {
+    const kxtest::Captured out(stdout), err(stderr);
+    std::packaged_task<void()> task(logThroughAll);
+    const auto done = task.get_future();
+    std::thread thread(std::move(task));
+    if (done.wait_for(std::chrono::seconds(10)) == std::future_status::ready) {
+        thread.join();
+        logThroughAll();
+    } else {
+        thread.detach();
+        ADD_FAILURE() << "the log is blocked";
+    }
+}
+
+struct Trial {
+    bool failed = false, hasMoreVariants = false;
+    long blocksLeft = 0;
+};
+
+Trial tryHere(const Operation& operation, const Fault& fault) {
+    Trial trial;
+    const int descriptor = kxtest::nextDescriptor();
+    const long blocks = kxtest::liveBlocks();
+    {
+        Attempt attempt(fault);
+        operation.execute(attempt);
+        if (testing::Test::HasFailure()) std::cout << attempt.description() << std::endl;
+        trial.failed = attempt.failed();
+        trial.hasMoreVariants = attempt.hasMoreVariants();
+    }
+    std::string().swap(kxLog::_last_error);
+    trial.blocksLeft = kxtest::liveBlocks() - blocks;
+    EXPECT_EQ(kxtest::nextDescriptor(), descriptor) << "a file was left open";
+    expectFreeLog();
+    return trial;
+}
+
+// The same in a process of its own, which executes the operation a second time without a fault:
+// what stays in static state has its final size then.
+Trial tryInChild(const Operation& operation, const Fault& fault) {
+    Trial trial;
+    std::istringstream answer(kxtest::inChild([&] {
+        const Trial first = tryHere(operation, fault), second = tryHere(operation, {});
+        std::ostringstream text;
+        text << first.failed << ' ' << first.hasMoreVariants << ' '
+             << first.blocksLeft + second.blocksLeft;
+        return testing::Test::HasFailure() ? "failed" : text.str();
+    }));
+    answer >> trial.failed >> trial.hasMoreVariants >> trial.blocksLeft;
+    EXPECT_TRUE(answer) << answer.str();
+    return trial;
+}
+
+// Makes one step after the other fail, from that of `fault` on; says how many.
+int failEach(const Operation& operation, Fault fault) {
+    const auto tryOnce = operation.inOwnProcess ? tryInChild : tryHere;
+    // What libraries allocate once and for all is there afterwards.
+    const long blocksLeft = tryOnce(operation, {}).blocksLeft;
+    for (int failures = 0;; ++failures) {
+        const Trial trial = tryOnce(operation, fault);
+        if (testing::Test::HasFailure()) return failures;
+        EXPECT_EQ(trial.blocksLeft, operation.inOwnProcess ? blocksLeft : 0)
+            << "at step " << fault.step << ", variant " << fault.variant;
+        if (testing::Test::HasFailure() || !trial.failed) return failures;
+        if (trial.hasMoreVariants) {
+            ++fault.variant;
+        } else {
+            ++fault.step;
+            fault.variant = 0;
+        }
+    }
+}
+
+class Allocations : public testing::TestWithParam<Operation> {};
+TEST_P(Allocations, FailOneByOne) {
+    Fault fault;
+    fault.kind = Fault::allocation;
+    int failures = failEach(GetParam(), fault);
+    fault.onward = true;
+    if (!HasFailure()) failures += failEach(GetParam(), fault);
+    RecordProperty("failures", failures);
+    if (failures == 0 && !kxtest::reachesMalloc())
+        GTEST_SKIP() << "allocates in the C library only, where the sanitizer is";
+    EXPECT_TRUE(failures > 0 || HasFailure()) << "allocates nothing";
+}
+
+class SystemCalls : public testing::TestWithParam<Operation> {};
+TEST_P(SystemCalls, FailOneByOne) {
+    const std::string reason = kxtest::whyNoSystemCalls();
+    if (!reason.empty()) GTEST_SKIP() << reason;
+    Fault fault;
+    fault.kind = Fault::systemCall;
+    const int failures = failEach(GetParam(), fault);
+    RecordProperty("failures", failures);
+    EXPECT_TRUE(failures > 0 || HasFailure()) << "calls nothing";
+}
+
+std::string nameOf(const testing::TestParamInfo<Operation>& row) { return row.param.name; }
+
+std::vector<Operation> with(Steps steps) {
+    std::vector<Operation> operations;
+    for (const auto* list :
+         {&valueOperations, &fileOperations, &logOperations, &platformOperations})
+        std::copy_if(list->begin(), list->end(), std::back_inserter(operations),
+                     [&](const Operation& row) { return (row.steps & steps) != 0; });
+    return operations;
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, Allocations, testing::ValuesIn(with(allocations)), nameOf);
+INSTANTIATE_TEST_SUITE_P(Table, SystemCalls, testing::ValuesIn(with(systemCalls)), nameOf);
+
+}  // namespace

@@ -1,0 +1,84 @@
+#include "faults.h"
+
+#include <atomic>
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <iostream>
+#include <new>
+
+namespace kxtest {
+
+namespace faults {
+
+thread_local Plan* plan = nullptr;
+
+static std::atomic<long> held{0};
+
+bool mayAllocate() {
+    if (!plan || plan->fault.kind != Fault::allocation) return true;
+    const unsigned step = ++plan->steps;
+    if (plan->fault.onward ? step < plan->fault.step : step != plan->fault.step) return true;
+    plan->failed = true;
+    plan->call = "allocation";
+    plan->error = ENOMEM;
+    return false;
+}
+
+void count(int blocks) { held += blocks; }
+
+static thread_local Plan current;
+
+}  // namespace faults
+
+long liveBlocks() { return faults::held; }
+
+std::string whyNoSystemCalls() { return faults::whyNoSystemCalls(); }
+
+void Attempt::begin() {
+    faults::current = {};
+    faults::current.fault = _fault;
+    if (_fault.kind == Fault::systemCall) faults::watchSystemCalls(true);
+    errno = 0;
+    faults::plan = &faults::current;
+}
+
+void Attempt::end() {
+    _errnoAfter = errno;
+    faults::plan = nullptr;
+    if (_fault.kind == Fault::systemCall) faults::watchSystemCalls(false);
+    _failed = faults::current.failed;
+    _hasMoreVariants = faults::current.hasMoreVariants;
+    _call = faults::current.call;
+    _error = faults::current.error;
+}
+
+void Attempt::run(const std::function<void()>& code) {
+    Captured out(stdout), err(stderr);
+    try {
+        begin();
+        code();
+        end();
+    } catch (const std::bad_alloc&) {
+        end();
+        _outOfMemory = true;
+    } catch (...) {
+        end();
+        throw;
+    }
+    // A console that could not be written to is used again.
+    std::cout.clear();
+    std::clearerr(stdout);
+    std::clearerr(stderr);
+    _out = out.text();
+    _err = err.text();
+}
+
+std::string Attempt::description() const {
+    if (_fault.kind == Fault::none) return "no fault";
+    std::string text = "step " + std::to_string(_fault.step) + ": " + _call;
+    if (_fault.kind == Fault::allocation) return text + (_fault.onward ? " and all later" : "");
+    return text + (_error != 0 ? std::string(": ") + std::strerror(_error) : " does half");
+}
+
+}  // namespace kxtest

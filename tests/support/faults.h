@@ -1,0 +1,90 @@
+// Makes one step of an operation fail: an allocation, or a call of the operating system.
+#pragma once
+
+#include <functional>
+#include <string>
+
+#include "kxtest.h"
+
+namespace kxtest {
+
+/// Which step fails, and how.
+struct Fault {
+    enum Kind { none, allocation, systemCall } kind = none;
+    unsigned step = 1;     ///< counted from 1
+    bool onward = false;   ///< allocations: all later ones fail as well
+    unsigned variant = 0;  ///< system calls: which of the ways in which that call can fail
+};
+
+/// One execution of an operation, with one fault or none. Only the thread that executes it meets
+/// the fault.
+class Attempt {
+public:
+    explicit Attempt(const Fault& fault) : _fault(fault) {}
+
+    /// Executes `code`, once only, catching std::bad_alloc and keeping what it prints.
+    void run(const std::function<void()>& code);
+
+    /// Whether the fault has happened: false if `code` takes fewer steps.
+    bool failed() const { return _failed; }
+    /// Whether it happened to the system call of that name.
+    bool failedAt(const std::string& call) const { return _failed && call == _call; }
+    /// The error number of the fault; 0 for a system call that was let do half of its work.
+    int error() const { return _error; }
+    /// Whether the failing call can fail in more ways than this one.
+    bool hasMoreVariants() const { return _hasMoreVariants; }
+
+    /// Whether `code` ended with std::bad_alloc.
+    bool outOfMemory() const { return _outOfMemory; }
+    /// errno after `code`; it was 0 before.
+    int errnoAfter() const { return _errnoAfter; }
+    const std::string& out() const { return _out; }
+    const std::string& err() const { return _err; }
+
+    /// The fault, for messages.
+    std::string description() const;
+
+private:
+    void begin();
+    void end();
+
+    Fault _fault;
+    bool _failed = false, _hasMoreVariants = false, _outOfMemory = false;
+    const char* _call = "";
+    int _error = 0, _errnoAfter = 0;
+    std::string _out, _err;
+};
+
+/// Blocks of memory that the program holds.
+long liveBlocks();
+
+/// Whether the C library's own allocations can fail too, not only those of operator new.
+bool reachesMalloc();
+
+/// Why no system call can be made to fail here; "" if they can.
+std::string whyNoSystemCalls();
+
+namespace faults {
+
+// What the units that make steps fail share; for the running thread.
+struct Plan {
+    Fault fault;
+    unsigned steps = 0;  // so far
+    bool failed = false, hasMoreVariants = false;
+    const char* call = "";
+    int error = 0;
+};
+extern thread_local Plan* plan;  // null: nothing fails
+
+/// Counts an allocation. False if it must fail.
+bool mayAllocate();
+/// Counts the blocks that are held.
+void count(int blocks);
+
+// Of the unit that stands between the program and the system.
+std::string whyNoSystemCalls();
+void watchSystemCalls(bool on);
+
+}  // namespace faults
+
+}  // namespace kxtest

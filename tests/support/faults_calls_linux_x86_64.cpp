@@ -1,0 +1,197 @@
+// Every system call of a thread passes here while it is watched, whoever makes it: those that the C
+// library makes inside fclose or popen too, which no replaced function would see. Linux 5.11 and
+// later hand them back to the program as a signal ("syscall user dispatch", prctl(2)).
+#include <fcntl.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own types
+#include <sys/prctl.h>
+#include <sys/syscall.h>
+#include <ucontext.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <array>
+#include <cerrno>
+#include <cstdint>
+#include <cstring>
+#include <iterator>
+
+#include "faults.h"
+
+// The only code whose own calls pass unhindered (the instruction behind a call must be part of it).
+// `kxtest_call` makes the call whose number and six arguments `call` holds. A call that starts a
+// process gives it a stack of its own, on which it goes on at `child`, with the registers that it
+// had.
+extern "C" {
+extern const char kxtest_calls_begin, kxtest_calls_end;  // NOLINT(readability-identifier-naming)
+long kxtest_call(const long* call, long child);
+void kxtest_sigreturn();
+}
+asm(R"(
+    .pushsection .text
+    .globl kxtest_calls_begin, kxtest_calls_end, kxtest_call, kxtest_sigreturn
+kxtest_calls_begin:
+kxtest_call:
+    push %r12
+    mov %rsi, %r12
+    mov 0(%rdi), %rax
+    mov 16(%rdi), %rsi
+    mov 24(%rdi), %rdx
+    mov 32(%rdi), %r10
+    mov 40(%rdi), %r8
+    mov 48(%rdi), %r9
+    mov 8(%rdi), %rdi
+    syscall
+    test %r12, %r12
+    jz 1f
+    test %rax, %rax
+    jnz 1f
+    jmp *%r12
+1:  pop %r12
+    ret
+kxtest_sigreturn:
+    mov $15, %eax
+    syscall
+    ud2
+kxtest_calls_end:
+    .popsection
+)");
+
+namespace kxtest::faults {
+namespace {
+
+#ifndef PR_SET_SYSCALL_USER_DISPATCH
+constexpr int PR_SET_SYSCALL_USER_DISPATCH = 59;
+#endif
+constexpr unsigned long dispatchOff = 0, dispatchOn = 1;
+constexpr char letPass = 0, handOver = 1;
+thread_local volatile char selector = letPass;
+
+// Where an error number is expected: half of the bytes are read or written.
+constexpr int half = -1;
+
+struct Call {
+    long number;
+    const char* name;
+    std::array<int, 3> failures;  // 0: no more
+};
+constexpr Call calls[] = {
+    {SYS_access, "access", {EIO}},
+    {SYS_clone, "clone", {EAGAIN}},
+    {SYS_clone3, "clone", {EAGAIN}},
+    {SYS_close, "close", {EIO, EINTR}},
+    {SYS_faccessat, "access", {EIO}},
+    {SYS_faccessat2, "access", {EIO}},
+    {SYS_fcntl, "fcntl", {EIO}},
+    {SYS_fstat, "fstat", {EIO}},
+    {SYS_getcwd, "getcwd", {ENOENT}},
+    {SYS_lseek, "lseek", {EIO}},
+    {SYS_mkdir, "mkdir", {ENOSPC}},
+    {SYS_mmap, "mmap", {ENOMEM}},
+    {SYS_newfstatat, "stat", {EACCES}},
+    {SYS_open, "open", {EMFILE, EINTR}},
+    {SYS_openat, "open", {EMFILE, EINTR}},
+    {SYS_pipe2, "pipe", {EMFILE}},
+    {SYS_read, "read", {EIO, EINTR, half}},
+    {SYS_readlink, "readlink", {EIO}},
+    {SYS_rename, "rename", {EACCES}},
+    {SYS_rmdir, "unlink", {EBUSY}},
+    {SYS_unlink, "unlink", {EBUSY}},
+    {SYS_wait4, "wait", {EINTR}},
+    {SYS_write, "write", {ENOSPC, EINTR, half}},
+};
+
+using Registers = std::remove_reference_t<decltype(ucontext_t{}.uc_mcontext.gregs)>;
+
+long perform(long number, const Registers& r) {
+    const long call[] = {number,     r[REG_RDI], r[REG_RSI], r[REG_RDX],
+                         r[REG_R10], r[REG_R8],  r[REG_R9]};
+    const bool startsProcess = number == SYS_clone || number == SYS_clone3;
+    return kxtest_call(call, startsProcess ? r[REG_RIP] : 0);
+}
+
+// The mask in force is the one that the handler returns to. The signal that hands calls over must
+// not be blocked, which posix_spawn does to all.
+long changeMask(const Registers& r, sigset_t& mask) {
+    std::uint64_t bits = 0, set = 0;
+    std::memcpy(&bits, &mask, sizeof bits);
+    if (r[REG_RDX] != 0) std::memcpy(reinterpret_cast<void*>(r[REG_RDX]), &bits, sizeof bits);
+    if (r[REG_RSI] == 0) return 0;
+    std::memcpy(&set, reinterpret_cast<const void*>(r[REG_RSI]), sizeof set);
+    if (r[REG_RDI] == SIG_BLOCK) bits |= set;
+    if (r[REG_RDI] == SIG_UNBLOCK) bits &= ~set;
+    if (r[REG_RDI] == SIG_SETMASK) bits = set;
+    bits &= ~(std::uint64_t{1} << (SIGSYS - 1));
+    std::memcpy(&mask, &bits, sizeof bits);
+    return 0;
+}
+
+// What comes of the call in place of its work, if it is the one to fail.
+long perhapsFail(const Call& call, Registers& r) {
+    if (!plan || ++plan->steps != plan->fault.step) return perform(call.number, r);
+    const unsigned variant = plan->fault.variant;
+    const int failure = call.failures[variant];
+    const bool canHalve = r[REG_RDX] > 1;
+    if (failure == half && !canHalve) return perform(call.number, r);
+    plan->failed = true;
+    plan->call = call.name;
+    if (variant + 1 < call.failures.size()) {
+        const int next = call.failures[variant + 1];
+        plan->hasMoreVariants = next != 0 && (next != half || canHalve);
+    }
+    if (failure == half) {
+        r[REG_RDX] /= 2;
+        return perform(call.number, r);
+    }
+    plan->error = failure;
+    if (call.number == SYS_close) perform(call.number, r);  // closed, whatever the answer
+    return -failure;
+}
+
+void handle(int /*signal*/, siginfo_t* info, void* context) {
+    auto& interrupted = *static_cast<ucontext_t*>(context);
+    Registers& r = interrupted.uc_mcontext.gregs;
+    const long number = info->si_syscall;
+    // A sanitizer does not survive without memory of its own.
+    const auto* const call = std::find_if(std::begin(calls), std::end(calls),
+                                          [&](const Call& c) { return c.number == number; });
+    if (number == SYS_rt_sigprocmask)
+        r[REG_RAX] = changeMask(r, interrupted.uc_sigmask);
+    else if (call != std::end(calls) && (number != SYS_mmap || reachesMalloc()))
+        r[REG_RAX] = perhapsFail(*call, r);
+    else
+        r[REG_RAX] = perform(number, r);
+}
+
+// Installed without the C library, whose way back from the handler would be handed over in turn.
+bool installHandler() {
+    struct {
+        void (*handler)(int, siginfo_t*, void*);
+        unsigned long flags;
+        void (*restorer)();
+        std::uint64_t mask;
+    } const action = {handle, SA_SIGINFO | 0x04000000UL /* SA_RESTORER */, kxtest_sigreturn, 0};
+    return syscall(SYS_rt_sigaction, SIGSYS, &action, nullptr, sizeof action.mask) == 0;
+}
+
+bool dispatch(unsigned long mode) {
+    const auto begin = reinterpret_cast<unsigned long>(&kxtest_calls_begin);
+    const auto end = reinterpret_cast<unsigned long>(&kxtest_calls_end);
+    return mode == dispatchOn
+               ? prctl(PR_SET_SYSCALL_USER_DISPATCH, mode, begin, end - begin, &selector) == 0
+               : prctl(PR_SET_SYSCALL_USER_DISPATCH, mode, 0, 0, 0) == 0;
+}
+
+}  // namespace
+
+std::string whyNoSystemCalls() {
+    static const bool can = installHandler() && dispatch(dispatchOn) && dispatch(dispatchOff);
+    return can ? "" : "the kernel does not hand system calls to the program (Linux 5.11 does)";
+}
+
+void watchSystemCalls(bool on) {
+    if (on) dispatch(dispatchOn);
+    selector = on ? handOver : letPass;
+    if (!on) dispatch(dispatchOff);
+}
+
+}  // namespace kxtest::faults

@@ -22,10 +22,16 @@ bool hasMark(const std::string& footer, std::string_view mark) {
     return footer.compare(0, markSize, mark) == 0;
 }
 
+bool goTo(std::FILE* file, std::uint64_t position, kxFile::ChecksumInfo& info) {
+    if (fseeko(file, static_cast<off_t>(position), SEEK_SET) == 0) return true;
+    info.error = errno;
+    return false;
+}
+
 // The 16 bytes at `position`; "" if they cannot be read, so that no earlier bytes pass for them.
-std::string readFooter(std::FILE* file, std::uint64_t position) {
+std::string readFooter(std::FILE* file, std::uint64_t position, kxFile::ChecksumInfo& info) {
     std::string footer(footerSize, '\0');
-    if (fseeko(file, static_cast<off_t>(position), SEEK_SET) != 0) return {};
+    if (!goTo(file, position, info)) return {};
     return std::fread(footer.data(), 1, footerSize, file) == footerSize ? footer : std::string();
 }
 
@@ -38,7 +44,7 @@ void inspect(std::FILE* file, std::uint32_t offset, const kxFile::Progress& prog
     if (size < 0) info.error = errno;
     if (size < static_cast<off_t>(offset) + static_cast<off_t>(footerSize)) return;
     std::uint64_t position = static_cast<std::uint64_t>(size) - footerSize;
-    std::string footer = readFooter(file, position);
+    std::string footer = readFooter(file, position, info);
 
     if (hasMark(footer, metaMark)) {
         info.hasMetaFooter = true;
@@ -52,13 +58,13 @@ void inspect(std::FILE* file, std::uint32_t offset, const kxFile::Progress& prog
         }
         if (distance > position - offset) return;  // before the protected data
         position -= distance;
-        footer = readFooter(file, position);
+        footer = readFooter(file, position, info);
     }
     if (!hasMark(footer, checksumMark)) return;
 
     info.footerAt = position;
     info.stored = footer.substr(markSize);
-    if (fseeko(file, static_cast<off_t>(offset), SEEK_SET) != 0) return;
+    if (!goTo(file, offset, info)) return;
     info.computed = crc32Of(file, position - offset, blockSize, [&](std::size_t bytes) {
         info.covered += bytes;
         if (progress) progress(bytes);

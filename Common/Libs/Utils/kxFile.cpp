@@ -10,6 +10,7 @@
 #include <cstring>
 #include <exception>
 #include <limits>
+#include <new>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -404,12 +405,13 @@ std::streamoff kxFile::convertStreamPosToStreamOff(const std::streampos& positio
 
 namespace {
 
-// Makes `directory` the value of the variable `name` for this process and its children; called once
-// at most.
+// Makes `directory` the value of the variable `name` for this process and its children; must not be
+// called again once it has succeeded.
 void publish(const std::string& name, const std::string& directory) {
     // Never freed: putenv keeps the pointer, and the environment is read until the process ends.
-    static std::string* const envar = new std::string(name + '=' + directory);
-    putenv(envar->data());
+    static std::string* const envar = new std::string;
+    *envar = name + '=' + directory;
+    if (putenv(envar->data()) != 0) throw std::bad_alloc();
 }
 
 // Where the library's own choice of a temporary directory is made and published.
@@ -439,13 +441,19 @@ void kxFile::initTmpDir(const std::string& name) {
     static bool initialized = false;
     if (initialized) return;
     initialized = true;
-    _tmp_envvar_name += "TALO_TMP_DIR";
+    _tmp_envvar_name = "TALO_TMP_DIR";
 
     const char* const chosen = std::getenv(_tmp_envvar_name.c_str());
-    if (!chosen)
-        chooseTmpDir(_tmp_envvar_name, name);
-    else if (!makeIfMissing(chosen))
+    if (!chosen) {
+        try {
+            chooseTmpDir(_tmp_envvar_name, name);
+        } catch (const std::bad_alloc&) {
+            initialized = false;  // nothing is chosen: a later call does it
+            throw;
+        }
+    } else if (!makeIfMissing(chosen)) {
         kxLog::warning("Couldn't create tmp directory '%s'", chosen);
+    }
 
     const char* const value = std::getenv(_tmp_envvar_name.c_str());
     kxLog::info("%s = '%s'", _tmp_envvar_name.c_str(), value ? value : "(null)");

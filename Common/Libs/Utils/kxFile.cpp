@@ -588,8 +588,9 @@ int kxFile::execute_no_output(const std::string& command) {
     std::FILE* const output = popen(command.c_str(), "r");
     if (!output) return 0;
     char line[1024];
-    while (std::fgets(line, sizeof line, output)) {
-    }
+    // A signal must not end the reading: the command would end as well, unable to write on.
+    while (std::fgets(line, sizeof line, output) || (std::ferror(output) && errno == EINTR))
+        std::clearerr(output);
     std::puts("Close and waiting for subprocess to end...");
     return pclose(output);
 }

@@ -1,19 +1,11 @@
 // Files: a failure is the result that stands for it, with the error number of the call that failed;
 // success is only reported for what is really there.
-#include <unistd.h>
-
-#include <array>
-#include <cstdlib>
-#include <map>
 #include <vector>
 
-#include "cached_ifstream.h"
-#include "cached_ofstream.h"
 #include "faults_operations.h"
 #include "file_support.h"
-#include "kxAlignedMemory.h"
+#include "kxCRC32.h"
 #include "kxFile.h"
-#include "kxLog.h"
 #include "kxUtils.h"
 
 namespace {
@@ -23,10 +15,6 @@ using kxtest::TempDir;
 
 // Several blocks of stdio.
 const std::string bytes = kxtest::someBytes(10000);
-
-bool startsWith(const std::string& text, const std::string& start) {
-    return text.compare(0, start.size(), start) == 0;
-}
 
 // A refusal follows a failure, whose error number it leaves; nothing is refused without one.
 void expectRefusal(const Attempt& attempt) {
@@ -254,6 +242,95 @@ void fileSize(Attempt& attempt) {
     if (size == 0) expectRefusal(attempt);
 }
 
+// --- Checksums -----------------------------------------------------------------------------------
+
+// The CRC-32 of `bytes`, of another implementation.
+const std::uint32_t crc = kxCRC32::calc_bitwise(bytes.data(), bytes.size());
+
+// A failure before the first byte gives 0; later it counts as the end.
+void checksum(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", "skip" + bytes);
+    std::uint32_t answer = 1;
+    attempt.run([&] { answer = kxFile::getChecksum(file, 4); });
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    if (!attempt.failed()) {
+        EXPECT_EQ(answer, crc);
+    } else if (attempt.failedAt("open")) {
+        EXPECT_EQ(answer, 0u);
+    }
+}
+
+void checksumAppend(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", "old"),
+                      footer = std::string(1, '\0') + "TALOCRC0000ABCD";
+    bool done = false;
+    attempt.run([&] { done = kxFile::appendChecksum(file, 0xABCD); });
+    const std::string content = kxtest::slurp(file);
+    EXPECT_TRUE(startsWith("old" + footer, content));
+    if (done) {
+        EXPECT_EQ(content, "old" + footer);
+    } else if (!attempt.outOfMemory()) {
+        expectRefusal(attempt);
+    }
+    EXPECT_EQ(attempt.failedAt("write") && attempt.error() == ENOSPC && done, false);
+}
+
+std::string stamped(const TempDir& dir) {
+    const std::string file = dir.write("a", bytes);
+    EXPECT_TRUE(kxFile::appendChecksum(file, crc));
+    return file;
+}
+
+// What keeps the file from being read is named; nothing is called correct that was not read.
+void checksumFind(Attempt& attempt) {
+    using Info = kxFile::ChecksumInfo;
+    const TempDir dir;
+    const std::string file = stamped(dir);
+    std::optional<Info> found;
+    attempt.run([&] { found = kxFile::findChecksum(file); });
+    EXPECT_EQ(found.has_value(), !attempt.outOfMemory());
+    if (!found) return;
+    if (found->state == Info::State::correct) {
+        EXPECT_EQ(found->computed, crc);
+        EXPECT_EQ(found->covered, bytes.size());
+        EXPECT_EQ(found->error, 0);
+    } else {
+        EXPECT_EQ(found->error, attempt.error());
+        EXPECT_NE(found->error, 0);
+    }
+}
+
+void checksumCheck(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = stamped(dir);
+    bool passes = false;
+    std::uint32_t computed = 1;
+    attempt.run([&] { passes = kxFile::checkChecksum(file, computed); });
+    if (attempt.outOfMemory()) return;
+    const bool isCorrect = startsWith(attempt.out(), "Found correct");
+    EXPECT_TRUE(isCorrect || attempt.failed());
+    EXPECT_EQ(computed, isCorrect ? crc : 0);
+    EXPECT_EQ(passes, !startsWith(attempt.out(), "Found incorrect"));
+}
+
+void fileId(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", part + part);
+    const std::string size = "120";
+    const std::string id =
+        size + std::to_string(kxCRC32::calc_bitwise((part + part).data(), 2 * part.size()));
+    std::string answer;
+    attempt.run([&] { answer = kxFile::getFileID(file); });
+    if (!attempt.failed() || attempt.failedAt("close")) {
+        EXPECT_EQ(answer, id);
+    } else if (attempt.failedAt("open")) {
+        EXPECT_EQ(answer, "00");
+    }
+    EXPECT_EQ(answer.empty(), attempt.outOfMemory());
+}
+
 }  // namespace
 
 const std::vector<Operation> fileOperations = {
@@ -274,4 +351,10 @@ const std::vector<Operation> fileOperations = {
     {"Append", appendToFile, allSteps},
     {"Copy", copyFile, allSteps},
     {"FileSize", fileSize, allSteps},
+
+    {"Checksum", checksum, allSteps},
+    {"ChecksumAppend", checksumAppend, allSteps},
+    {"ChecksumFind", checksumFind, allSteps},
+    {"ChecksumCheck", checksumCheck, allSteps},
+    {"FileId", fileId, allSteps},
 };

@@ -27,11 +27,15 @@ struct Operation {
 inline void PrintTo(const Operation& operation, std::ostream* os) { *os << operation.name; }
 
 // Each list stands in the source named after it.
-extern const std::vector<Operation> valueOperations, fileOperations, logOperations,
-    platformOperations;
+extern const std::vector<Operation> valueOperations, fileOperations, serviceOperations,
+    logOperations, platformOperations;
 
 // More than a string holds without memory of its own.
 inline const std::string part(60, 'x');
+
+inline bool startsWith(const std::string& text, const std::string& start) {
+    return text.compare(0, start.size(), start) == 0;
+}
 
 /// A function that only answers: std::bad_alloc if any allocation fails, else the right answer.
 template <typename Function, typename Result>

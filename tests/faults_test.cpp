@@ -133,8 +133,8 @@ std::string nameOf(const testing::TestParamInfo<Operation>& row) { return row.pa
 
 std::vector<Operation> with(Steps steps) {
     std::vector<Operation> operations;
-    for (const auto* list :
-         {&valueOperations, &fileOperations, &logOperations, &platformOperations})
+    for (const auto* list : {&valueOperations, &fileOperations, &serviceOperations, &logOperations,
+                             &platformOperations})
         std::copy_if(list->begin(), list->end(), std::back_inserter(operations),
                      [&](const Operation& row) { return (row.steps & steps) != 0; });
     return operations;

@@ -83,6 +83,7 @@ constexpr Call calls[] = {
     {SYS_faccessat2, "access", {EIO}},
     {SYS_fcntl, "fcntl", {EIO}},
     {SYS_fstat, "fstat", {EIO}},
+    {SYS_ftruncate, "ftruncate", {EIO}},
     {SYS_getcwd, "getcwd", {ENOENT}},
     {SYS_lseek, "lseek", {EIO}},
     {SYS_mkdir, "mkdir", {ENOSPC}},
@@ -91,6 +92,7 @@ constexpr Call calls[] = {
     {SYS_open, "open", {EMFILE, EINTR}},
     {SYS_openat, "open", {EMFILE, EINTR}},
     {SYS_pipe2, "pipe", {EMFILE}},
+    {SYS_pread64, "read", {EIO, EINTR, half}},
     {SYS_read, "read", {EIO, EINTR, half}},
     {SYS_readlink, "readlink", {EIO}},
     {SYS_rename, "rename", {EACCES}},
@@ -98,6 +100,7 @@ constexpr Call calls[] = {
     {SYS_unlink, "unlink", {EBUSY}},
     {SYS_wait4, "wait", {EINTR}},
     {SYS_write, "write", {ENOSPC, EINTR, half}},
+    {SYS_writev, "write", {ENOSPC, EINTR}},
 };
 
 using Registers = std::remove_reference_t<decltype(ucontext_t{}.uc_mcontext.gregs)>;

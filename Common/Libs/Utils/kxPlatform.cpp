@@ -4,11 +4,12 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <climits>
 #include <clocale>
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
-#include <memory>
+#include <utility>
 
 #include "detail/executable_path.h"
 #include "kxFile.h"
@@ -40,9 +41,8 @@ constexpr std::size_t maxPath = 2047;  // of a working directory that is read ba
 
 // "" where `path` does not exist.
 std::string canonicalPath(const std::string& path) {
-    const std::unique_ptr<char, void (*)(void*)> resolved(realpath(path.c_str(), nullptr),
-                                                          std::free);
-    return resolved ? resolved.get() : "";
+    char resolved[PATH_MAX];  // from the heap, a shortage of memory would look like a missing path
+    return realpath(path.c_str(), resolved) ? resolved : "";
 }
 
 // What the working directory would be after entering `directory`: where that is empty or cannot be
@@ -191,9 +191,11 @@ void kxPlatform::setDisplayVersionYearString(const char* year) {
 }
 
 void kxPlatform::updateAppVersionName() {
-    _app_version_name = _full_app_name.empty() ? _app_name : _full_app_name;
-    if (_analysis_mode) _app_version_name = "TALOAnalysis";
-    if (!_version_year.empty()) _app_version_name += ' ' + _version_year + ' ';
+    // Stored once it is whole: memory may run out on the way.
+    std::string name = _full_app_name.empty() ? _app_name : _full_app_name;
+    if (_analysis_mode) name = "TALOAnalysis";
+    if (!_version_year.empty()) name += ' ' + _version_year + ' ';
+    _app_version_name = std::move(name);
 }
 
 const char* kxPlatform::getAppVersionName() {

@@ -14,6 +14,9 @@
 /// Threads: no locks. What initialises or sets is for the main thread, before others start. After
 /// that any thread may call the getters, except getBinDir, getLibDir, getPluginsDir and
 /// getQtPluginsDir, which rebuild their string at every call: one thread at a time.
+///
+/// Nothing but std::bad_alloc is thrown; each value is then the old or the new one, and init is to
+/// be called again.
 class KXUTILS_API kxPlatform {
 public:
     // --- Start-up and installation layout --------------------------------------------------------

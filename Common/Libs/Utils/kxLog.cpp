@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <mutex>
+#include <new>
 #include <ostream>
 #include <string_view>
 
@@ -222,29 +223,43 @@ void reportUnopened(const std::string& path) {
                   /*alternate=*/false);
 }
 
+// A step of the output for which memory runs out is left out: logging never fails.
+template <typename Step>
+void tryStep(const Step& step) {
+    try {
+        step();
+    } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch)
+    }
+}
+
 void output(const Level& level, void (*const& callback)(const char*), const char* text, int flags,
             bool alternate) {
     std::string failedPath;
+    bool isFileOpen = true;
     {
         const std::lock_guard<std::mutex> guard(_mutex);
-        if (&level == &errorLevel) kxLog::_last_error = text;
+        if (&level == &errorLevel) tryStep([&] { kxLog::_last_error = text; });
         if ((flags & callCallback) != 0 && callback) callback(text);
         const std::string_view view = text;
-        print(alternate ? level.alternateConsoleType : level.consoleType, view);
+        tryStep([&] { print(alternate ? level.alternateConsoleType : level.consoleType, view); });
 
         if ((flags & writeLines) == 0) return;
         if (!kxLog::_output_streambuf && !kxLog::_output_buffer && kxLog::_log_file.empty()) return;
-        Composition line;
-        Moment now;
-        makeLine(line, now, level, view, alternate);
-        if (kxLog::_output_buffer) *kxLog::_output_buffer += line.view();
-        if (kxLog::_output_streambuf) {
-            std::ostream stream(kxLog::_output_streambuf);
-            stream << level.before << line.view() << level.after;
-        }
-        if (writeLine(line.view(), now, failedPath)) return;
+        tryStep([&] {
+            Composition line;
+            Moment now;
+            makeLine(line, now, level, view, alternate);
+            tryStep([&] {
+                if (kxLog::_output_buffer) *kxLog::_output_buffer += line.view();
+            });
+            if (kxLog::_output_streambuf) {
+                std::ostream stream(kxLog::_output_streambuf);
+                stream << level.before << line.view() << level.after;
+            }
+            isFileOpen = writeLine(line.view(), now, failedPath);
+        });
     }
-    reportUnopened(failedPath);
+    if (!isFileOpen) tryStep([&] { reportUnopened(failedPath); });
 }
 
 }  // namespace
@@ -376,7 +391,8 @@ const char* kxLog::getLogFile() { return _log_file.empty() ? nullptr : _log_file
 void kxLog::writeCSVHeader(const char* name) {
     const std::string path = name ? name : _log_file;
     if (kxFile::exists(path, false, false)) return;
-    if (!kxFile::write(path, "Date;Time;Type of Message;Message Number;Description\n"))
+    // Appended, since a file that could not be looked at keeps what it has.
+    if (!kxFile::append(path, "Date;Time;Type of Message;Message Number;Description\n"))
         std::fprintf(stderr, "kxLog::writeCSVHeader: couldn't write log file '%s'!\n",
                      path.c_str());
 }

@@ -10,7 +10,10 @@
 ///
 /// Every message goes to the console in the level's colour. It also goes to the level's callback,
 /// to a string, to a stream buffer and to a log file where one is set. All state is static; logging
-/// works from the moment the library is loaded and never reports a failure.
+/// works from the moment the library is loaded and never reports a failure: a destination for which
+/// memory runs out, or which the system refuses, misses the message. What a callback throws reaches
+/// the caller; else only the functions under "Lines and log file" and colorOutput() throw
+/// std::bad_alloc.
 ///
 ///     kxLog::setLogFormat(1);              // text; before setLogFile
 ///     kxLog::setLogFile("/tmp/app.log");

@@ -1,2 +1,151 @@
+// The platform's static values: each is the old or the new one, never a part of it, and a later
+// call sets what an earlier one could not.
+#include <vector>
+
 #include "faults_operations.h"
-const std::vector<Operation> platformOperations = {};
+#include "kxFile.h"
+#include "kxPlatform.h"
+
+namespace {
+
+using kxtest::Attempt;
+using kxtest::TempDir;
+
+// --- Start ---------------------------------------------------------------------------------------
+
+struct Installation {
+    TempDir dir;
+    std::string executable = dir.write("bin/MAC/" + part, "");
+    kxtest::ScopedEnv home{"HOME", dir.makeDir("home").c_str()};
+
+    void expectBase() const {
+        EXPECT_EQ(kxPlatform::getAppName(), part);
+        EXPECT_EQ(kxPlatform::getBaseDir(), dir.path());
+    }
+    void expectAll() const {
+        expectBase();
+        EXPECT_EQ(kxPlatform::getExeDir(), dir.file("bin/MAC"));
+        const std::string preferences =
+            dir.file("home/Library/Application Support/Pelloran/" + part + '/');
+        EXPECT_EQ(kxPlatform::getPreferencesDir(), preferences);
+        EXPECT_TRUE(kxtest::exists(preferences));
+    }
+};
+
+// A directory that cannot be found out because memory is short is not taken for another one.
+void initByPath(Attempt& attempt) {
+    const Installation installation;
+    const std::string directory = kxFile::getCurrentDir();
+    attempt.run([&] { kxPlatform::init(installation.executable.c_str()); });
+    EXPECT_EQ(kxFile::getCurrentDir(), directory);
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    if (!attempt.failed() || (attempt.failedAt("allocation") && !attempt.outOfMemory()))
+        installation.expectAll();
+    kxPlatform::init(installation.executable.c_str());
+    installation.expectAll();
+}
+
+void initByRoot(Attempt& attempt) {
+    const Installation installation;
+    const std::string root = installation.dir.path();
+    attempt.run([&] { kxPlatform::init(root.c_str(), part.c_str()); });
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    if (!attempt.failed()) installation.expectBase();
+    if (attempt.failedAt("stat")) {
+        EXPECT_EQ(kxPlatform::getAppName(), std::string("talo"));
+    }
+    kxPlatform::init(root.c_str(), part.c_str());
+    installation.expectBase();
+}
+
+// --- Directories ---------------------------------------------------------------------------------
+
+using Getter = const char* (*)();
+
+const std::string root = '/' + part;
+
+// A getter with static storage.
+template <Getter getter>
+Operation directory(const char* name, const std::string& expected, Steps steps = allocations) {
+    const auto execute = [=](Attempt& attempt) {
+        kxPlatform::init(root.c_str(), "hesper");
+        const char* answer = nullptr;
+        attempt.run([&] { answer = getter(); });
+        EXPECT_EQ(answer == nullptr, attempt.outOfMemory());
+        if (answer) {
+            EXPECT_EQ(answer, expected);
+        }
+        EXPECT_EQ(getter(), expected);
+    };
+    return inOwnProcess({name, execute, steps});
+}
+
+// --- Identity ------------------------------------------------------------------------------------
+
+void setAppName(Attempt& attempt) {
+    kxPlatform::setAppName("old");
+    attempt.run([] { kxPlatform::setAppName(part.c_str()); });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
+    EXPECT_EQ(kxPlatform::getAppName(), attempt.failed() ? "old" : part);
+}
+
+// The version name is put together from what is known; a half of it is never seen.
+void setVersionName(Attempt& attempt) {
+    kxPlatform::setAppName("old");
+    kxPlatform::setFullAppName("");
+    kxPlatform::setDisplayVersionYearString("2024");
+    EXPECT_EQ(kxPlatform::getAppVersionName(), std::string("old 2024 "));
+    attempt.run([] { kxPlatform::setFullAppName(part.c_str()); });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
+    const std::string done = part + " 2024 ";
+    EXPECT_EQ(kxPlatform::getAppVersionName(), attempt.failed() ? "old 2024 " : done);
+    kxPlatform::updateAppVersionName();
+    kxPlatform::setFullAppName(part.c_str());
+    EXPECT_EQ(kxPlatform::getAppVersionName(), done);
+}
+
+void setYear(Attempt& attempt) {
+    kxPlatform::setAppName("old");
+    kxPlatform::setFullAppName("");
+    kxPlatform::setDisplayVersionYearString("2024");
+    attempt.run([] { kxPlatform::setDisplayVersionYearString(part.c_str()); });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
+    const std::string done = "old " + part + ' ';
+    EXPECT_EQ(kxPlatform::getAppVersionName(), attempt.failed() ? "old 2024 " : done);
+    kxPlatform::setDisplayVersionYearString(part.c_str());
+    EXPECT_EQ(kxPlatform::getAppVersionName(), done);
+}
+
+// --- Display -------------------------------------------------------------------------------------
+
+void setDpi(Attempt& attempt) {
+    const kxtest::Captured out(stdout);
+    kxPlatform::setDpi(96);
+    attempt.run([] { kxPlatform::setDpi(144); });
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    const bool done = !attempt.outOfMemory();
+    EXPECT_EQ(kxPlatform::getDpiX(), done ? 144u : 96u);
+    EXPECT_EQ(kxPlatform::getSmallIconSizeX(), done ? 24u : 16u);
+    kxPlatform::setDpi(96);
+}
+
+}  // namespace
+
+const std::vector<Operation> platformOperations = {
+    inOwnProcess({"InitByPath", initByPath, allSteps}),
+    inOwnProcess({"InitByRoot", initByRoot, allSteps}),
+
+    inOwnProcess(answers(
+        "CommonDir", [] { return kxPlatform::getCommonDir(part.c_str()); }, '/' + part)),
+    directory<kxPlatform::getDataDir>("DataDir", root + "/data"),
+    directory<kxPlatform::getExamplesDir>("ExamplesDir", root + "/examples"),
+    directory<kxPlatform::getBinDir>("BinDir", root + "/bin"),
+    directory<kxPlatform::getLibDir>("LibDir", root + "/lib/MAC"),
+    directory<kxPlatform::getPluginsDir>("PluginsDir", root + "/lib/plugins/MAC"),
+    directory<kxPlatform::getQtPluginsDir>("QtPluginsDir", root + "/bin/Qt/plugins"),
+
+    inOwnProcess({"SetAppName", setAppName}),
+    inOwnProcess({"SetVersionName", setVersionName}),
+    inOwnProcess({"SetYear", setYear}),
+    {"SetDpi", setDpi, allSteps},
+};

@@ -23,6 +23,8 @@
 /// Converters are asked in the order of their construction; the first that accepts serves the
 /// request, so an earlier converter hides a later one for the same type.
 ///
+/// A constructor that throws std::bad_alloc has registered nothing.
+///
 /// Threads: no lock. Construct, destroy and look up on one thread.
 class KXUTILS_API kxAnyConverter {
 public:

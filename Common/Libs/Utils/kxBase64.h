@@ -18,7 +18,8 @@
 /// Lemire, 2018 and 2020); results do not depend on them.
 ///
 /// All sizes are in bytes. Stateless: any thread may call any function. Nothing is thrown but
-/// std::bad_alloc and std::length_error, by the forms that fill a string.
+/// std::bad_alloc and std::length_error, by the forms that fill a string, which
+/// then stays as it was.
 class KXUTILS_API kxBase64 {
 public:
     kxBase64() = default;

@@ -17,7 +17,8 @@
 /// secrets.
 ///
 /// A copy goes on from where the original stands, independently of it. One thread uses an object at
-/// a time. Throws std::bad_alloc when the key is copied, nothing else.
+/// a time. Throws std::bad_alloc when the key is copied, nothing else; a cipher that was to be
+/// assigned to then goes on as before.
 class KXUTILS_API kxCrypt {
 public:
     /// Keeps a copy of `key` (for reset()). Bytes beyond the 256th have no effect. An empty key is

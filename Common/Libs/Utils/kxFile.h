@@ -161,9 +161,9 @@ public:
 
     /// True if the file may be written. A file that does not exist is created and deleted again to
     /// find out (deliberate: a symbolic link that leads nowhere is deleted, and the file it led to
-    /// stays, empty); one that the system cannot look at counts as existing, without a question, and
-    /// keeps its content. For one that exists `ask` first lets the user refuse through the host (a host
-    /// that cannot ask lets it pass); then its access rights are tested. Where writing is
+    /// stays, empty); one that the system cannot look at counts as existing, without a question,
+    /// and keeps its content. For one that exists `ask` first lets the user refuse through the host
+    /// (a host that cannot ask lets it pass); then its access rights are tested. Where writing is
     /// impossible, `ask` shows the reason and `log` logs it as an error; a refusal is not logged.
     static bool checkWrite(const std::string& path, bool ask, bool log);
 
@@ -194,7 +194,7 @@ public:
 
     /// Replaces `content` by the file's bytes. True if at least one byte was read; otherwise
     /// `content` is empty. False, not an exception, if the file does not fit into memory. A file
-    /// that shrinks while it is read leaves zero bytes at the end.
+    /// that shrinks while it is read, or cannot be read on, leaves zero bytes at the end.
     static bool read(const std::string& path, std::string& content);
     static bool read(const std::string& path, std::vector<char>& content);
 

@@ -22,7 +22,8 @@
 /// `message.set("text", std::string("..."), true)`.
 ///
 /// Threads: none of its own; one thread uses a record at a time. Throws std::bad_alloc and whatever
-/// copying a value throws, nothing else.
+/// copying a value throws, nothing else, and leaves the record as it was (assignment: with some of
+/// the attributes added).
 class KXUTILS_API kxMessage {
 public:
     /// No attributes, id 0.

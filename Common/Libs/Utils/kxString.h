@@ -10,7 +10,8 @@
 /// Static functions without state: any thread may call any of them. They compare bytes, know the
 /// letters and digits of ASCII only, and give the same answers under every locale, that of the
 /// process and that of C++ alike. Nothing logs; nothing throws but std::bad_alloc and
-/// std::length_error, for results that memory cannot hold.
+/// std::length_error, for results that memory cannot hold; replace() then leaves its text as it
+/// was.
 class KXUTILS_API kxString {
 public:
     // --- Numbers and lists of numbers ------------------------------------------------------------

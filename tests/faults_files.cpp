@@ -74,6 +74,17 @@ void checkRead(Attempt& attempt) {
     check(attempt, kxFile::checkRead, dir.write(part, bytes));
 }
 
+// Refused in any case, for the same reason.
+void checkReadMissing(Attempt& attempt) {
+    const TempDir dir;
+    bool answer = true;
+    attempt.run([&] { answer = kxFile::checkRead(dir.file(part), /*ask=*/true, /*log=*/true); });
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    if (attempt.outOfMemory()) return;
+    EXPECT_FALSE(answer);
+    EXPECT_EQ(attempt.errnoAfter(), attempt.failedAt("stat") ? EACCES : ENOENT);
+}
+
 // Whatever is found out, a file that exists keeps its content.
 void checkWrite(Attempt& attempt) {
     const TempDir dir;
@@ -87,6 +98,16 @@ void checkWriteNew(Attempt& attempt) {
     const TempDir dir;
     check(attempt, kxFile::checkWrite, dir.file(part));
     EXPECT_EQ(kxtest::exists(dir.file(part)), attempt.failedAt("unlink"));
+}
+
+// The error number can be used again.
+void reportError(Attempt& attempt) {
+    attempt.run([] {
+        errno = ENOTDIR;
+        kxFile::perror(part);
+    });
+    EXPECT_FALSE(attempt.outOfMemory());
+    EXPECT_EQ(attempt.errnoAfter(), ENOTDIR);
 }
 
 // --- Directories and names -----------------------------------------------------------------------
@@ -337,8 +358,10 @@ const std::vector<Operation> fileOperations = {
     {"CurrentDir", currentDir, allSteps},
     {"Exists", exists, systemCalls},
     {"CheckRead", checkRead, allSteps},
+    {"CheckReadMissing", checkReadMissing, allSteps},
     {"CheckWrite", checkWrite, allSteps},
     {"CheckWriteNew", checkWriteNew, allSteps},
+    {"ReportError", reportError, allSteps},
     {"CreateDir", createDir, systemCalls},
     {"CreatePath", createPath, allSteps},
     {"Remove", removeFile, systemCalls},

@@ -133,6 +133,14 @@ void message(Attempt& attempt) {
 
 // --- Lines ---------------------------------------------------------------------------------------
 
+// Directly on the console.
+void printLong(Attempt& attempt) {
+    const std::string text(5000, 'm');
+    attempt.run([&] { kxLog::colorOutput(0, text.c_str()); });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
+    EXPECT_TRUE(attempt.out() == (attempt.failed() ? "" : text + '\n'));
+}
+
 // All of it or nothing.
 void addExtraInfo(Attempt& attempt, void (*add)(std::string&, const std::string&, int)) {
     const Log state(textFormat);
@@ -181,6 +189,20 @@ void openLog(Attempt& attempt, int format, const std::string& old) {
     EXPECT_EQ(kxLog::getLogFile(), file);
     kxLog::info("again");
     EXPECT_TRUE(isSomewhere(dir, "again"));
+}
+
+// Below a file. Logging to a file is off then, and the last error says so.
+void openLogNowhere(Attempt& attempt) {
+    const Log state(textFormat);
+    const TempDir dir;
+    const std::string old = dir.write("old", ""), file = dir.write("a", "") + '/' + part;
+    kxLog::_log_file = old;
+    attempt.run([&] { kxLog::setLogFile(file.c_str()); });
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    if (attempt.outOfMemory()) return;
+    EXPECT_EQ(kxLog::getLogFile(), nullptr);
+    EXPECT_TRUE(kxLog::_last_error == "Couldn't create log file '" + file + "'!" ||
+                attempt.failedAt("allocation"));
 }
 
 // The directory that the environment names is made.
@@ -275,6 +297,7 @@ const std::vector<Operation> logOperations = {
 
     answers(
         "LogHtml", [] { return kxLog::convertToHtml('<' + part); }, "&#60;" + part),
+    {"LogConsole", printLong},
     {"LogExtraInfo", [](Attempt& attempt) { addExtraInfo(attempt, kxLog::addExtraInfo); }},
     {"LogExtraInfoCsv", [](Attempt& attempt) { addExtraInfo(attempt, kxLog::addExtraInfoCSV); }},
 
@@ -284,6 +307,7 @@ const std::vector<Operation> logOperations = {
      allSteps},
     {"LogOpenHtml", [](Attempt& attempt) { openLog(attempt, htmlFormat, "<p>\n"); }, allSteps},
     {"LogOpenCsv", [](Attempt& attempt) { openLog(attempt, csvFormat, oldCsv); }, allSteps},
+    {"LogOpenNowhere", openLogNowhere, allSteps},
     inOwnProcess({"LogOpenElsewhere", openLogElsewhere, allSteps}),
     {"LogOnNewDay", logOnNewDay, allSteps},
     {"LogAddOnNewDay", addOnNewDay, allSteps},

@@ -80,6 +80,14 @@ Operation directory(const char* name, const std::string& expected, Steps steps =
     return inOwnProcess({name, execute, steps});
 }
 
+void commonDir(Attempt& attempt) {
+    kxPlatform::init(root.c_str(), "hesper");
+    std::string answer;
+    attempt.run([&] { answer = kxPlatform::getCommonDir(part.c_str()); });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
+    EXPECT_EQ(answer, attempt.failed() ? "" : root + '/' + part);
+}
+
 // --- Identity ------------------------------------------------------------------------------------
 
 void setAppName(Attempt& attempt) {
@@ -135,8 +143,7 @@ const std::vector<Operation> platformOperations = {
     inOwnProcess({"InitByPath", initByPath, allSteps}),
     inOwnProcess({"InitByRoot", initByRoot, allSteps}),
 
-    inOwnProcess(answers(
-        "CommonDir", [] { return kxPlatform::getCommonDir(part.c_str()); }, '/' + part)),
+    inOwnProcess({"CommonDir", commonDir}),
     directory<kxPlatform::getDataDir>("DataDir", root + "/data"),
     directory<kxPlatform::getExamplesDir>("ExamplesDir", root + "/examples"),
     directory<kxPlatform::getBinDir>("BinDir", root + "/bin"),

@@ -83,10 +83,10 @@ std::uint32_t crc32Of(const void* data, std::size_t size) {
 std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock,
                       const kxFile::Progress& progress) {
     BoostCrc32 crc;
-    const auto blockSize = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
-    const std::unique_ptr<char[]> block(new char[blockSize]);  // not cleared: it is read into
+    const auto capacity = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
+    const std::unique_ptr<char[]> block(new char[capacity]);  // not cleared: it is read into
     while (length > 0) {
-        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, blockSize));
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, capacity));
         const std::size_t size = std::fread(block.get(), 1, wanted, file);
         processBytesInLanes(crc, block.get(), size);
         const ErrnoKeeper keeper;

@@ -15,7 +15,10 @@ function(kx_compile_options TARGET)
     target_link_options(${TARGET} PRIVATE -fsanitize=${KXUTILS_SANITIZE})
   endif()
   if(KXUTILS_COVERAGE)
-    target_compile_options(${TARGET} PRIVATE --coverage)
-    target_link_options(${TARGET} PRIVATE --coverage)
+    # The path is compiled in: many tests run programs with an environment of their own. %m keeps
+    # one file per program, into which all its processes merge their counts.
+    set(profile "-fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%m.profraw")
+    target_compile_options(${TARGET} PRIVATE "${profile}" -fcoverage-mapping -fcoverage-mcdc)
+    target_link_options(${TARGET} PRIVATE "${profile}")
   endif()
 endfunction()

@@ -12,6 +12,7 @@
 #endif
 
 #include "detail/executable_path.h"
+#include "detail/kernel_table.h"
 #include "detail/truncate.h"
 
 using kx::detail::truncateToInt32;
@@ -66,6 +67,20 @@ INSTANTIATE_TEST_SUITE_P(Table, TruncateToInt32, testing::ValuesIn(truncateCases
                          [](const auto& test) { return std::string(test.param.name); });
 
 static_assert(truncateToInt32(-1.5) == -1 && truncateToInt32(1e10) == smallest, "constant too");
+
+TEST(KernelTable, StartsWithThePortableOneAndChoosesTheFirstUsable) {
+    struct Kernel {
+        bool (*usable)();
+    };
+    const auto yes = [] { return true; };
+    const auto no = [] { return false; };
+    const Kernel newest{no}, newer{no}, older{yes}, portable{yes};
+    const Kernel* const rows[] = {&newest, &newer, &older, &portable};
+    kx::detail::KernelTable<Kernel> table(rows);
+    EXPECT_EQ(table.fastest, &portable);
+    table.choose();
+    EXPECT_EQ(table.fastest, &older);
+}
 
 TEST(ExecutablePath, IsThatOfTheRunningProgram) {
     const std::string path = kx::detail::executablePath();

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <memory>
 #include <type_traits>
 
 #include "base64_checks.h"
@@ -308,4 +309,16 @@ TEST(Base64String, Form) {
          {"", "Z", "Zm9", "Zm9vY", "Zm 9", "Zm9v\n", "Zm9v\nYmF", "Zm9\xff", "-_--"})
         EXPECT_FALSE(kxBase64::isBase64String(text)) << text;
     EXPECT_FALSE(kxBase64::isBase64String("Zm9\0"s));
+}
+
+TEST(Base64Object, IsDestroyedThroughItsBase) {
+    struct Derived : kxBase64 {
+        explicit Derived(bool& flag) : gone(flag) {}
+        ~Derived() override { gone = true; }
+        bool& gone;
+    };
+    bool gone = false;
+    std::unique_ptr<kxBase64> object = std::make_unique<Derived>(gone);
+    object.reset();
+    EXPECT_TRUE(gone);
 }

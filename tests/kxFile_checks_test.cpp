@@ -254,3 +254,14 @@ TEST(CheckWrite, LeavesTheTargetOfALinkThatLedNowhere) {
     EXPECT_TRUE(kxFile::checkWrite(dir.file("link"), /*ask=*/true, /*log=*/true));
     EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>{"target"});
 }
+
+// What no right of a user changes, seen without a process of its own.
+TEST(Checks, OfPathsThatAreEmptyOrWritable) {
+    const kxtest::TempDir dir;
+    const std::string file = dir.write("plain", "old");
+    for (const Check check : {kxFile::checkRead, kxFile::checkWrite}) {
+        EXPECT_FALSE(check("", /*ask=*/true, /*log=*/true));
+        EXPECT_TRUE(check(file, /*ask=*/false, /*log=*/false));
+    }
+    EXPECT_EQ(kxtest::slurp(file), "old");
+}

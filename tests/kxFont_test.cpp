@@ -5,6 +5,7 @@
 
 #include <climits>
 #include <cstddef>
+#include <memory>
 #include <string>
 #include <type_traits>
 #include <vector>
@@ -170,4 +171,16 @@ TEST(DrawText, WidestImage) {
         EXPECT_EQ(Bytes(pixel, pixel + 3), y == 0 ? Bytes(3, 0) : (Bytes{1, 2, 3})) << y;
     }
     munmap(memory, size);
+}
+
+TEST(FontObject, IsDestroyedThroughItsBase) {
+    struct Derived : kxFont {
+        explicit Derived(bool& flag) : gone(flag) {}
+        ~Derived() override { gone = true; }
+        bool& gone;
+    };
+    bool gone = false;
+    std::unique_ptr<kxFont> object = std::make_unique<Derived>(gone);
+    object.reset();
+    EXPECT_TRUE(gone);
 }

@@ -103,8 +103,9 @@ unsigned long inPieces(const char* in, unsigned long n, unsigned long piece, std
                        unsigned long size, Convert convert) {
     const std::less<const char*> before;
     const bool isInside = !before(in, out.data()) && before(in, out.data() + out.size());
+    const bool fits = !isInside && out.capacity() >= size;
     std::string other;
-    std::string& to = isInside || out.capacity() < size ? other : out;
+    std::string& to = fits ? out : other;
     to.reserve(size);
     to.clear();
     Buffer buffer;
@@ -112,7 +113,7 @@ unsigned long inPieces(const char* in, unsigned long n, unsigned long piece, std
         count = std::min(n, piece);
         to.append(buffer.at, convert(in, count, buffer.at));
     }
-    if (&to == &other) out.swap(other);
+    if (!fits) out.swap(other);
     return out.size();
 }
 

@@ -17,11 +17,10 @@ struct KernelTable {
     const Kernel* const* end() const { return behindLast; }
 
     /// Makes the first usable one the fastest, which before is the portable one.
-    bool choose() {
+    void choose() {
         const Kernel* const* row = first;
         while (!(*row)->usable()) ++row;
         fastest = *row;
-        return true;
     }
 
     const Kernel* const* first;

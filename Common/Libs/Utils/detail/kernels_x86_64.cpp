@@ -15,7 +15,9 @@ KernelTable<Crc32Kernel> crc32Kernels{crc32Rows};
 // When the library is loaded, so that no call has to ask.
 static const bool chosen = [] {
     __builtin_cpu_init();
-    return base64Kernels.choose() && crc32Kernels.choose();
+    base64Kernels.choose();
+    crc32Kernels.choose();
+    return true;
 }();
 
 }  // namespace kx::detail

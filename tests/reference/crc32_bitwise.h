@@ -7,9 +7,10 @@
 
 namespace reference {
 
-inline std::uint32_t crc32Bitwise(const std::string& bytes) {
+/// `previous` is the CRC-32 of what stands before `bytes`.
+inline std::uint32_t crc32Bitwise(const std::string& bytes, std::uint32_t previous = 0) {
     constexpr std::uint32_t reversedPolynomial = 0xEDB88320;  // 0x04C11DB7 with its bits reversed
-    std::uint32_t remainder = 0xFFFFFFFF;
+    std::uint32_t remainder = previous ^ 0xFFFFFFFF;
     for (const char c : bytes)
         for (unsigned bit = 0; bit < 8; ++bit) {
             const bool next = (static_cast<unsigned char>(c) >> bit & 1) != 0;

@@ -17,6 +17,15 @@ public:
         emptyGetArea();
     }
 
+    /// Buffered bytes stay.
+    void close() { _isOpen = false; }
+    /// As above, and the file is read from its start.
+    void open() {
+        _isOpen = true;
+        _position = 0;
+    }
+    bool isOpen() const { return _isOpen; }
+
     /// Where the file behind the buffer stands.
     long filePosition() const { return _position; }
     long available() const { return static_cast<long>(_end - _current); }
@@ -38,7 +47,14 @@ public:
         return static_cast<unsigned char>(_buffer[_current]);
     }
 
+    /// Puts back that very character, or nothing.
+    int putBack(char c) {
+        if (_current == _start || _buffer[_current - 1] != c) return endOfFile;
+        return putBack();
+    }
+
     long seekOffset(long offset, std::ios_base::seekdir direction, std::ios_base::openmode which) {
+        if (!_isOpen) return -1;
         const long current = _position;
         long result = -1;
         bool moved = false;
@@ -57,6 +73,7 @@ public:
     }
 
     long seekPosition(long position, std::ios_base::openmode which) {
+        if (!_isOpen) return -1;
         const long current = _position;
         if (current == position) return position;
         const bool moved = moveFile(position);
@@ -66,6 +83,7 @@ public:
 
 private:
     int refill() {
+        if (!_isOpen) return endOfFile;
         std::size_t n = 0;
         while (n < _buffer.size() && _position < static_cast<long>(_file.size()))
             _buffer[n++] = _file[static_cast<std::size_t>(_position++)];
@@ -88,6 +106,7 @@ private:
     }
 
     const std::string& _file;
+    bool _isOpen = true;
     long _position = 0;
     std::string _buffer;
     std::size_t _start = 0, _current = 0, _end = 0;

@@ -1,0 +1,57 @@
+// kxFile's functions on path names agree with models that follow the rules character by character.
+#include "input.h"
+#include "kxFile.h"
+#include "kxFileExtension.h"
+#include "reference/paths.h"
+#include "support.h"
+
+using kxfuzz::requireEqual;
+
+namespace {
+
+void checkPath(const std::string& path) {
+    requireEqual("getFileName", kxFile::getFileName(path), reference::getFileName(path));
+    requireEqual("getFilePath", kxFile::getFilePath(path), reference::getFilePath(path));
+    requireEqual("getExtension", kxFile::getExtension(path), reference::getExtension(path));
+    requireEqual("getBaseName", kxFile::getBaseName(path), reference::getBaseName(path));
+    requireEqual("getExtensionFromFilter", kxFile::getExtensionFromFilter(path),
+                 reference::getExtensionFromFilter(path));
+    requireEqual("convertSeparators", kxFile::convertSeparators(path), path);
+    requireEqual("convertToUnixSeparators", kxFile::convertToUnixSeparators(path),
+                 reference::slashed(path));
+    requireEqual("isRelative", kxFile::isRelative(path), reference::isRelative(path));
+    requireEqual("isumlaut", kxFile::isumlaut(path), reference::isumlaut(path));
+    std::string name = path;
+    kxFile::makeValidFileName(name);
+    requireEqual("makeValidFileName", name, reference::validFileName(path));
+}
+
+void checkPair(const std::string& first, const std::string& second) {
+    requireEqual("setExtension", kxFile::setExtension(first, second),
+                 reference::setExtension(first, second));
+    const bool matches = reference::hasExtension(first, second);
+    requireEqual("hasExtension", kxFile::hasExtension(first, second), matches);
+    kxFileExtension formats;
+    formats.addFormat("format", {second});
+    requireEqual("checkFilename", formats.checkFilename(first), matches);
+    requireEqual("abs2Rel", kxFile::abs2Rel(first, second), reference::abs2Rel(first, second));
+    requireEqual("rel2Abs", kxFile::rel2Abs(first, second), reference::rel2Abs(first, second));
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+    kxfuzz::Input input(data, size);
+    const std::string common = input.longText(), first = input.text(), second = input.longText();
+
+    checkPath(first);
+    checkPath(common + first);
+    for (const std::string& start : {std::string(), common, '/' + common}) {
+        checkPair(start + first, second);
+        checkPair(start + first, start + second);
+        checkPair(start + second, start + first);
+        checkPair(start, start + second);
+        checkPair(start + second, start);
+    }
+    return 0;
+}

@@ -26,6 +26,14 @@ std::string hex(std::size_t number) {
     return digits;
 }
 
+// Other ones at every place.
+std::string mixedBytes(std::size_t count) {
+    std::string bytes;
+    for (std::uint32_t state = 1; bytes.size() < count; state = state * 1664525U + 1013904223U)
+        bytes += static_cast<char>(state >> 24);
+    return bytes;
+}
+
 // A file made of bytes, footers and meta footers, some of them right.
 std::string randomFile(kxfuzz::Input& input, std::size_t offset) {
     std::string file;
@@ -39,7 +47,9 @@ std::string randomFile(kxfuzz::Input& input, std::size_t offset) {
                 file += std::string(input.byte(), static_cast<char>(input.byte()));
                 break;
             case 2:  // once in a while more than the 81920 bytes that are read at a time
-                if (input.byte() > 0xF8 && file.size() < 1000) file += std::string(82000, 'x');
+                if (file.size() < 1000)
+                    file += mixedBytes(input.byte() > 0xF0 ? 0xFFFF + input.upTo(0xFFFF)
+                                                           : input.upTo(2000));
                 break;
             case 3:
                 lastFooter = file.size();

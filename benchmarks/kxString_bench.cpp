@@ -80,11 +80,11 @@ std::string joined(const Strings& texts, const char* separator) {
     return all;
 }
 
-/// Fields of 1 to 12 characters.
-Strings fields(std::size_t count) {
+/// Fields of 1 to `longest` characters.
+Strings fields(std::size_t count, std::size_t longest) {
     std::mt19937 random(7);
     Strings all;
-    while (all.size() < count) all.emplace_back(1 + random() % 12, 'f');
+    while (all.size() < count) all.emplace_back(1 + random() % longest, 'f');
     return all;
 }
 
@@ -346,13 +346,20 @@ void addLists() {
 }
 
 void addSplit() {
-    for (const std::size_t count : {std::size_t{8}, std::size_t{10000}}) {
-        const Strings expected = fields(count);
+    struct Case {
+        const char* operation;
+        std::size_t count, longest;
+    };
+    static const Case cases[] = {{"split into 8 fields", 8, 12},
+                                 {"split into 10000 fields", 10000, 12},
+                                 {"split into 1000 lines", 1000, 400}};
+    for (const Case& c : cases) {
+        const Strings expected = fields(c.count, c.longest);
         std::string text = joined(expected, ",");
         text.pop_back();
         const auto add = [&](const char* name, Strings (*function)(const std::string&)) {
-            addWhole<Strings>("split into " + std::to_string(count) + " fields", name, text.size(),
-                              expected, [text, function] { return function(text); });
+            addWhole<Strings>(c.operation, name, text.size(), expected,
+                              [text, function] { return function(text); });
         };
         add("kxUtils", [](const std::string& all) { return kxString::split(all, ','); });
         add("std::getline", [](const std::string& all) {
@@ -378,10 +385,11 @@ void addReplace() {
     struct Case {
         const char *name, *search, *replacement;
     };
-    static const Case cases[] = {{"longer", "needle", "replacement"},
-                                 {"equal", "needle", "thread"},
-                                 {"shorter", "needle", "pin"},
-                                 {"absent", "nettle", "thread"}};
+    static const Case cases[] = {{"by longer", "needle", "replacement"},
+                                 {"by equal", "needle", "thread"},
+                                 {"by shorter", "needle", "pin"},
+                                 {"absent", "nettle", "thread"},
+                                 {"each blank", " ", "&nbsp;"}};
     for (const Case& c : cases)
         for (const std::size_t size : {std::size_t{1024}, std::size_t{65536}}) {
             const std::string text = words(size);
@@ -394,7 +402,7 @@ void addReplace() {
             const auto add = [&](const char* name, const Replace& replace) {
                 const auto work = std::make_shared<std::string>(text);
                 kxbench::contender(
-                    std::string("replace by ") + c.name, name, size,
+                    std::string("replace ") + c.name, name, size,
                     [=] {
                         if (isFound) *work = text;
                         replace(*work, search, replacement);

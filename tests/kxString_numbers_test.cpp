@@ -230,7 +230,8 @@ TEST(NumberLists, ReadAsPieces) {
                 printed(static_cast<int>(isOther ? random() % 12 : decimals) + 1, double{value});
             text += ' ';
         }
-        text.resize(text.size() - random() % 5);  // may end anywhere in the last exponent
+        // May end anywhere in the last exponent.
+        text.resize(std::max<std::size_t>(text.size() - random() % 5, 1));
         for (auto damages = random() % 4; damages > 0; --damages) {
             const char any = random() % 2 == 0 ? static_cast<char>(random() % 256)
                                                : "0123456789.+-eE \t"[random() % 17];

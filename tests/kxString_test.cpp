@@ -111,6 +111,23 @@ TEST(BeautifyDigits, NumberForm) {
     EXPECT_EQ(kxString::beautifyDigits(12345U, ",", 0), "12345");
 }
 
+TEST(BeautifyDigits, NumberFormGroupsLikeTheTextForm) {
+    std::vector<std::uint32_t> values = {4294967295U};
+    for (std::uint64_t power = 1; power < 10000000000; power *= 10)
+        for (const std::uint64_t value : {power - 1, power, power + 1, 2 * power - 1})
+            values.push_back(static_cast<std::uint32_t>(value));
+    std::mt19937 random(7);
+    for (int i = 0; i < 20000; ++i)
+        values.push_back(static_cast<std::uint32_t>(random()) >> random() % 32);
+    for (const char* separator : {",", "\xff", "0", "--", ""})
+        for (std::uint32_t group = 1; group <= 4; ++group)
+            for (const std::uint32_t value : values) {
+                const std::string digits = std::to_string(value);
+                ASSERT_EQ(kxString::beautifyDigits(value, separator, group),
+                          reference::groupDigits(digits, separator, group).value_or(""));
+            }
+}
+
 // Every separator of up to five characters that are digits or not, among them many for which the
 // rule has no end.
 TEST(BeautifyDigits, FollowsTheRuleWhereItEndsAndGroupsOnceWhereNot) {
@@ -438,6 +455,29 @@ TEST(Replace, ReplacesFromLeftToRightAndNeverTwice) {
     EXPECT_EQ(replaced("a\0b\0"s, "\0"s, "-"), "a-b-");
 }
 
+// Few different characters, so that much is found and more begins to look like it.
+TEST(Replace, EqualsOneByOneInRandomTexts) {
+    std::mt19937 random(7);
+    const auto randomText = [&random](std::size_t longest) {
+        std::string text(random() % (longest + 1), 'a');
+        for (char& c : text)
+            if (random() % 4 == 0) c = "b\xff\0 "[random() % 4];
+        return text;
+    };
+    for (int i = 0; i < 50000; ++i) {
+        const std::string search = "a" + randomText(i % 8 == 0 ? 30 : 3);
+        const std::string replacement = randomText(4), old = randomText(i % 8 == 0 ? 200 : 40);
+        std::string text = old, expected = old;
+        for (std::size_t at = 0; at + search.size() <= expected.size();) {
+            const bool isFound = expected.compare(at, search.size(), search) == 0;
+            if (isFound) expected.replace(at, search.size(), replacement);
+            at += isFound ? replacement.size() : 1;
+        }
+        kxString::replace(text, search, replacement);
+        ASSERT_EQ(text, expected) << old << '|' << search << '|' << replacement;
+    }
+}
+
 TEST(Replace, ArgumentsMayBeTheTextItself) {
     std::string text = "a text too long for the string's own buffer";
     const std::string old = text;
@@ -524,13 +564,26 @@ TEST(Split, FollowsGetline) {
     EXPECT_EQ(kxString::split(",,", ','), (Fields{"", ""}));
     EXPECT_EQ(kxString::split("a\nb,c", ','), (Fields{"a\nb", "c"}));
     EXPECT_EQ(kxString::split("a\0b"s, '\0'), (Fields{"a", "b"}));
+    const auto fromGetline = [](const std::string& text) {
+        std::istringstream in(text);
+        Fields fields;
+        for (std::string field; std::getline(in, field, ',');) fields.push_back(field);
+        return fields;
+    };
     // All texts of up to six characters that are delimiters or not.
     for (unsigned kinds = 1; kinds < 128; ++kinds) {
         std::string text;
         for (unsigned bits = kinds; bits > 1; bits >>= 1U) text += (bits & 1U) != 0 ? ',' : 'a';
-        std::istringstream in(text);
-        Fields expected;
-        for (std::string field; std::getline(in, field, ',');) expected.push_back(field);
-        EXPECT_EQ(kxString::split(text, ','), expected) << text;
+        EXPECT_EQ(kxString::split(text, ','), fromGetline(text)) << text;
     }
+    // Long and short fields, and the characters next to the delimiter, also in the high bytes.
+    std::mt19937 random(7);
+    for (unsigned i = 0; i < 20000; ++i) {
+        std::string text(random() % 150, 'a');
+        for (char& c : text)
+            if (random() % (1 + i % 100) == 0) c = ",,,-+\xac\xad\0"[random() % 8];
+        ASSERT_EQ(kxString::split(text, ','), fromGetline(text)) << text;
+    }
+    for (const std::size_t count : {2031U, 2032U, 2033U, 4096U, 100000U})
+        EXPECT_EQ(kxString::split(std::string(count, ','), ','), Fields(count));
 }

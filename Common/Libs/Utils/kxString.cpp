@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstddef>
+#include <cstring>
 #include <functional>
 #include <limits>
 #include <string_view>
@@ -15,6 +16,13 @@
 using kx::detail::isDigit;
 
 namespace {
+
+constexpr std::size_t shortStringSize = 15;
+
+// A string to write a number into: made without a call, which would take as long as the number.
+[[gnu::flatten]] std::string shortString() {
+    return std::string("000000000000000", shortStringSize);
+}
 
 // --- Grouping of digits --------------------------------------------------------------------------
 
@@ -31,22 +39,65 @@ std::size_t skip(std::string_view text, std::size_t at, bool digits) {
     return at;
 }
 
+// Appends the digits of one run with the separators between them.
+void appendGrouped(std::string& text, std::string_view run, const Grouping& by) {
+    const std::size_t count = by.separatorsIn(run.size()), old = text.size();
+    text.resize(old + run.size() + count * by.separator.size());
+    char* to = text.data() + old;
+    std::size_t left = run.size() - count * by.group;  // until the next separator
+    for (const char digit : run) {
+        if (left == 0) {
+            for (const char c : by.separator) *to++ = c;
+            left = by.group;
+        }
+        --left;
+        *to++ = digit;
+    }
+}
+
 // Groups the first run of digits from `at` on and returns where scanning resumes.
 std::size_t groupNextRun(std::string& text, std::size_t at, const Grouping& by) {
     const std::size_t first = skip(text, at, /*digits=*/false);
     const std::size_t last = skip(text, first, /*digits=*/true);
     if (first == last) return last;
-    const std::size_t count = by.separatorsIn(last - first);
-    const std::size_t added = count * by.separator.size();
-    text.insert(last, added, '\0');
-    char* from = text.data() + last;
-    char* to = from + added;
-    for (std::size_t i = 0; i < count; ++i) {
-        from -= by.group;
-        std::copy_backward(from, from + by.group, to);
-        to = std::copy_backward(by.separator.begin(), by.separator.end(), to - by.group);
-    }
-    return last + count;
+    std::string grouped;
+    appendGrouped(grouped, std::string_view(text).substr(first, last - first), by);
+    text.replace(first, last - first, grouped);
+    return last + by.separatorsIn(last - first);
+}
+
+// The smallest number of one, two and more digits.
+constexpr std::uint32_t smallestOf[] = {0,      10,      100,      1000,      10000,
+                                        100000, 1000000, 10000000, 100000000, 1000000000};
+
+// The usual grouping of a number, "4,294,967,295" at most: without a loop or a branch, for the
+// length of numbers is hard to predict.
+std::string groupByThree(std::uint32_t value, char separator) {
+    // The characters of two groups: separator, hundreds, tens, ones in each half of the word.
+    const auto written = [separator](std::uint64_t first, std::uint64_t second) {
+        constexpr std::uint64_t halves = 0x1'00000001;
+        const std::uint64_t groups = first | second << 32;
+        const std::uint64_t hundreds = groups * 41 >> 12 & 15 * halves;
+        const std::uint64_t rest = groups - 100 * hundreds;
+        const std::uint64_t tens = rest * 103 >> 10 & 15 * halves, ones = rest - 10 * tens;
+        return (static_cast<unsigned char>(separator) + 0x30303000) * halves + (hundreds << 8) +
+               (tens << 16) + (ones << 24);
+    };
+    const std::uint64_t low = written(value / 1000000000, value / 1000000 % 1000);
+    const std::uint64_t high = written(value / 1000 % 1000, value % 1000);
+    // 1233 / 4096 is log10(2): the digits as the bits tell them, or one less.
+    const int estimate = (32 - __builtin_clz(value | 1)) * 1233 >> 12;
+    const std::size_t digits =
+        static_cast<std::size_t>(estimate) + (value >= smallestOf[estimate] ? 1 : 0);
+    const std::size_t size = digits + (digits - 1) / 3;
+    const kx::detail::Uint128 text = (kx::detail::Uint128{high} << 64 | low) >> (8 * (16 - size));
+
+    std::string grouped = shortString();
+    kx::detail::storeLittleEndian64(grouped.data(), static_cast<std::uint64_t>(text));
+    kx::detail::storeLittleEndian32(grouped.data() + 8, static_cast<std::uint32_t>(text >> 64));
+    grouped[12] = static_cast<char>(text >> 96);
+    grouped.erase(size);
+    return grouped;
 }
 
 // Behind the place where scanning resumes lies the end of the grouped run: the last
@@ -112,16 +163,17 @@ Float readNumber(std::string_view text) {
     return isNegative ? -value : value;
 }
 
-// The same for a float, most of them without from_chars: half as fast again.
-float readFloat(std::string_view text) {
+// The same, for most numbers without from_chars and in less time.
+template <typename Float>
+Float readFast(std::string_view text) {
     const char* const end = text.data() + text.size();
     kx::detail::Decimal decimal;
-    float value = 0;
+    Float value = 0;
     const char* at = kx::detail::readMantissa(text.data(), end, decimal);
     if (at != nullptr && at != end && (*at == 'e' || *at == 'E'))
         at = kx::detail::readExponent(at + 1, end, decimal);
-    if (at != nullptr && kx::detail::nearestFloat(decimal, value)) return value;
-    return readNumber<float>(text);
+    if (at != nullptr && kx::detail::toNearest(decimal, value)) return value;
+    return readNumber<Float>(text);
 }
 
 // --- Writing of numbers --------------------------------------------------------------------------
@@ -147,32 +199,32 @@ std::string kxString::beautifyDigits(const std::string& text, const std::string&
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t first = skip(text, at, /*digits=*/false);
         const std::size_t last = skip(text, first, /*digits=*/true);
-        result.append(text, at, last - at);
-        at = last;
+        result.append(text, at, first - at);
         if (first == last) break;
+        const std::size_t run = last - first;
+        std::size_t next = result.size() + run + by.separatorsIn(run);  // where scanning resumes
+        appendGrouped(result, std::string_view(text).substr(first, run), by);
+        at = last;
 
         // No run reaches beyond its own grouped form, so each is finished before the next is added.
-        std::size_t next = result.size() - (last - first);
-        const bool repeats = isRescanned && rescanEnds(last - first, by);
-        do {
-            next = groupNextRun(result, next, by);
-        } while (repeats && next < result.size());
+        if (!isRescanned || !rescanEnds(run, by)) continue;
+        while (next < result.size()) next = groupNextRun(result, next, by);
     }
     return result;
 }
 
 std::string kxString::beautifyDigits(std::uint32_t value, const std::string& separator,
                                      std::uint32_t group) {
+    if (group == 3 && separator.size() == 1) return groupByThree(value, separator.front());
     return beautifyDigits(std::to_string(value), separator, group);
 }
 
-float kxString::toFloat(const std::string& text) { return readFloat(text); }
+float kxString::toFloat(const std::string& text) { return readFast<float>(text); }
 
 std::string kxString::setNum(float value) {
-    char written[longestFloat] = {};
-    const char* const end = writeFloat(value, written);
-    std::string text(written, longestFloat);  // a fixed size: copied without a call
-    text.resize(static_cast<std::size_t>(end - written));
+    static_assert(longestFloat <= shortStringSize);
+    std::string text = shortString();
+    text.erase(static_cast<std::size_t>(writeFloat(value, text.data()) - text.data()));
     return text;
 }
 
@@ -199,7 +251,7 @@ std::vector<float> kxString::getValuesFromString(const std::string& text) {
         float value = 0;
         kx::detail::Decimal expected;
         const char* e = kx::detail::readScientific(at, end, decimals, expected);
-        if (e != nullptr && kx::detail::nearestFloat(expected, value)) {
+        if (e != nullptr && kx::detail::toNearest(expected, value)) {
             at = e + behindE;
         } else {
             e = std::find(at, end, 'e');
@@ -207,7 +259,7 @@ std::vector<float> kxString::getValuesFromString(const std::string& text) {
             const auto point = std::find(at, e, '.');
             if (e - point >= 2 && e - point <= 9) decimals = static_cast<int>(e - point) - 1;
             const char* const next = e + std::min(behindE, end - e);
-            value = readFloat({at, static_cast<std::size_t>(next - at)});
+            value = readFast<float>({at, static_cast<std::size_t>(next - at)});
             at = next;
         }
         values.push_back(value);
@@ -217,7 +269,7 @@ std::vector<float> kxString::getValuesFromString(const std::string& text) {
 }
 
 double kxString::getDoubleOption(const std::string& option) {
-    return readNumber<double>(std::string_view(option).substr(0, option.find(',')));
+    return readFast<double>(option);  // a comma ends a number
 }
 
 std::string kxString::getStringOption(const std::string& option) {
@@ -231,12 +283,13 @@ bool kxString::getBoolOption(const std::string& option, const std::string& name)
 void kxString::replace(std::string& text, const std::string& search,
                        const std::string& replacement) {
     if (search.empty()) return;
-    std::size_t found = text.find(search);
+    std::size_t found = kx::detail::findText(text, search, 0);
     if (found == std::string::npos) return;
     // Not in place: the arguments may be one and the same string, and each cut would move the rest.
     std::string result;
+    result.reserve(text.size());
     std::size_t at = 0;
-    for (; found != std::string::npos; found = text.find(search, at)) {
+    for (; found != std::string::npos; found = kx::detail::findText(text, search, at)) {
         result.append(text, at, found - at).append(replacement);
         at = found + search.size();
     }
@@ -259,12 +312,13 @@ std::string kxString::hash(const std::string& text) {
 }
 
 bool kxString::startsWith(const std::string& text, const std::string& prefix) {
-    return text.compare(0, prefix.size(), prefix) == 0;
+    return text.size() >= prefix.size() &&
+           std::memcmp(text.data(), prefix.data(), prefix.size()) == 0;
 }
 
 bool kxString::endsWith(const std::string& text, const std::string& suffix) {
-    return text.size() >= suffix.size() &&
-           text.compare(text.size() - suffix.size(), suffix.size(), suffix) == 0;
+    return text.size() >= suffix.size() && std::memcmp(text.data() + text.size() - suffix.size(),
+                                                       suffix.data(), suffix.size()) == 0;
 }
 
 std::string kxString::getCommonLeadingString(std::string first, std::string second) {
@@ -276,10 +330,12 @@ std::string kxString::getCommonLeadingString(std::string first, std::string seco
 
 std::vector<std::string> kxString::split(const std::string& text, char delimiter) {
     std::vector<std::string> fields;
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t end = std::min(text.find(delimiter, at), text.size());
-        fields.push_back(text.substr(at, end - at));
-        at = end + 1;
+    fields.reserve(kx::detail::countByte(text, delimiter) + 1);
+    const char* const end = text.data() + text.size();
+    for (const char* at = text.data(); at < end;) {
+        const char* const fieldEnd = kx::detail::findByte(at, end, delimiter);
+        fields.emplace_back(at, fieldEnd);
+        at = fieldEnd + 1;
     }
     return fields;
 }

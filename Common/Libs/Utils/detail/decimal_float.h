@@ -197,7 +197,7 @@ inline const char* readExponent(const char* at, const char* end, Decimal& decima
 }
 
 /// Sets `value` to the float nearest to `decimal`; false if it would take more to find it.
-inline bool nearestFloat(const Decimal& decimal, float& value) {
+inline bool toNearest(const Decimal& decimal, float& value) {
     if (decimal.exponent < smallestPowerOfTen || decimal.exponent > largestFloatPowerOfTen)
         return false;
     double product =
@@ -214,6 +214,20 @@ inline bool nearestFloat(const Decimal& decimal, float& value) {
     bits |= std::uint64_t{decimal.isNegative} << 63;
     std::memcpy(&product, &bits, sizeof product);
     value = static_cast<float>(product);
+    return true;
+}
+
+/// \copydoc toNearest(const Decimal&, float&)
+/// Digits and powers of ten that are exact as doubles, so that only the result is rounded (William
+/// D. Clinger, "How to Read Floating Point Numbers Accurately", PLDI 1990).
+inline bool toNearest(const Decimal& decimal, double& value) {
+    constexpr int largestExact = 22;
+    const int size = decimal.exponent < 0 ? -decimal.exponent : decimal.exponent;
+    if (decimal.digits >> 53 != 0 || size > largestExact) return false;
+    const double power = doublePowersOfTen[static_cast<std::size_t>(size - smallestPowerOfTen)];
+    const auto digits = static_cast<double>(static_cast<std::int64_t>(decimal.digits));
+    value = decimal.exponent < 0 ? digits / power : digits * power;
+    if (decimal.isNegative) value = -value;
     return true;
 }
 

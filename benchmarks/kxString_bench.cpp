@@ -118,7 +118,7 @@ template <class Input, class Function, class Right>
 void addCalls(const std::string& operation, const char* name, std::size_t size,
               const std::vector<Input>& inputs, Function function, Right right) {
     kxbench::contender(
-        operation, name, size,
+        "kxString::" + operation, name, size,
         [&inputs, function, at = std::size_t{0}]() mutable {
             benchmark::DoNotOptimize(function(inputs[at]));
             if (++at == inputs.size()) at = 0;
@@ -254,7 +254,7 @@ template <class Result>
 void addWhole(const std::string& operation, const char* name, std::size_t size, Result expected,
               std::function<Result()> function) {
     kxbench::contender(
-        operation, name, size, [=] { benchmark::DoNotOptimize(function()); },
+        "kxString::" + operation, name, size, [=] { benchmark::DoNotOptimize(function()); },
         [=] { return function() == expected; });
 }
 
@@ -402,7 +402,7 @@ void addReplace() {
             const auto add = [&](const char* name, const Replace& replace) {
                 const auto work = std::make_shared<std::string>(text);
                 kxbench::contender(
-                    std::string("replace ") + c.name, name, size,
+                    std::string("kxString::replace ") + c.name, name, size,
                     [=] {
                         if (isFound) *work = text;
                         replace(*work, search, replacement);

@@ -370,7 +370,7 @@ void addSplit() {
         });
         add("boost::split", [](const std::string& all) {
             Strings out;
-            boost::split(out, all, [](char c) { return c == ','; });
+            boost::split(out, all, [](char each) { return each == ','; });
             return out;
         });
 #if KXBENCH_ABSEIL

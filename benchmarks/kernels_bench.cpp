@@ -11,7 +11,7 @@ namespace {
 template <class Kernel, class Add>
 void compare(const kx::detail::KernelTable<Kernel>& table, Add add) {
     for (auto kernel = table.begin(); kernel + 1 != table.end(); ++kernel) {
-        const Kernel &ours = *kernel[0], &next = *kernel[1];
+        const Kernel &ours = kernel[0], &next = kernel[1];
         if (!ours.usable() || !next.usable()) continue;
         add(ours.name, std::string("kxUtils ") + ours.name, ours);
         add(ours.name, next.name, next);
@@ -20,16 +20,17 @@ void compare(const kx::detail::KernelTable<Kernel>& table, Add add) {
 
 void addCrc32(const std::string& bytes) {
     using kx::detail::Crc32Kernel;
-    compare(kx::detail::crc32Kernels, [&bytes](const std::string& operation,
-                                               const std::string& name, const Crc32Kernel& kernel) {
-        const auto calc = [&bytes](const Crc32Kernel& k) {
-            return k.calc(bytes.data(), bytes.size(), 0);
-        };
-        kxbench::contender(
-            "CRC-32, " + operation, name, bytes.size(),
-            [=, &kernel] { benchmark::DoNotOptimize(calc(kernel)); },
-            [=, &kernel] { return calc(kernel) == calc(kx::detail::crc32Portable); });
-    });
+    compare(
+        kx::detail::crc32Kernels(),
+        [&bytes](const std::string& operation, const std::string& name, const Crc32Kernel& kernel) {
+            const auto calc = [&bytes](const Crc32Kernel& k) {
+                return k.calc(bytes.data(), bytes.size(), 0);
+            };
+            kxbench::contender(
+                "CRC-32, " + operation, name, bytes.size(),
+                [=] { benchmark::DoNotOptimize(calc(kernel)); },
+                [=] { return calc(kernel) == calc(kx::detail::crc32Portable()); });
+        });
 }
 
 using Convert = unsigned long (*)(const char* in, unsigned long n, char* out);
@@ -48,10 +49,10 @@ void addBase64(const std::string& operation, const std::string& name, const std:
 }
 
 void addBase64(const std::string& bytes, const std::string& text) {
-    const auto& portable = kx::detail::base64Portable;
+    const auto portable = kx::detail::base64Portable();
     using Name = const std::string&;
     using Kernel = const kx::detail::Base64Kernel&;
-    compare(kx::detail::base64Kernels, [&](Name operation, Name name, Kernel kernel) {
+    compare(kx::detail::base64Kernels(), [&](Name operation, Name name, Kernel kernel) {
         addBase64("Base64 encode, " + operation, name, bytes, kernel.encode, portable.encode);
         addBase64("Base64 decode, " + operation, name, text, kernel.decode, portable.decode);
     });

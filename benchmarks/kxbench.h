@@ -63,4 +63,18 @@ void contender(const std::string& operation, const std::string& name, std::size_
     benchmark::RegisterBenchmark(title.c_str(), measure);
 }
 
+/// Registers "OPERATION/NAME/0/manual_time" for what measures itself: `seconds` does the operation
+/// once and returns the time it took, a negative one if it failed.
+template <class Seconds>
+void timed(const std::string& operation, const std::string& name, Seconds seconds) {
+    const auto measure = [=](benchmark::State& state) {
+        for ([[maybe_unused]] auto _ : state) {
+            const double time = seconds();
+            if (time < 0) state.SkipWithError("failed");
+            state.SetIterationTime(time);
+        }
+    };
+    benchmark::RegisterBenchmark((operation + "/" + name + "/0").c_str(), measure)->UseManualTime();
+}
+
 }  // namespace kxbench

@@ -26,12 +26,17 @@ public:
     }
 
     Fields read() {
-        return kx::detail::readCpu([this](std::uint32_t leaf, std::uint32_t subLeaf) {
-            queries.emplace_back(leaf, subLeaf);
-            if (leaf == 4 && endlessCaches) return CpuidRegisters{0x143, subLeaf, 0, 0};
-            const auto answer = answers.find({leaf, subLeaf});
-            return answer == answers.end() ? CpuidRegisters{0, 0, 0, 0} : answer->second;
-        });
+        static FakeCpu* asked;
+        asked = this;
+        return kx::detail::readCpu(
+            [](std::uint32_t leaf, std::uint32_t subLeaf) { return asked->answer(leaf, subLeaf); });
+    }
+
+    CpuidRegisters answer(std::uint32_t leaf, std::uint32_t subLeaf) {
+        queries.emplace_back(leaf, subLeaf);
+        if (leaf == 4 && endlessCaches) return {0x143, subLeaf, 0, 0};
+        const auto answer = answers.find({leaf, subLeaf});
+        return answer == answers.end() ? CpuidRegisters{0, 0, 0, 0} : answer->second;
     }
 
     std::map<Query, CpuidRegisters> answers;

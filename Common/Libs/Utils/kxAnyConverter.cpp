@@ -19,8 +19,8 @@ bool kxAnyConverter::toString(const boost::any& value, std::string& text, std::s
     typeName = "unknown";
     const char* const rule = "!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!!";
     std::puts(rule);
-    std::printf("Tried to serialize unknown type ( %s ), please register !!!\n",
-                value.type().name());
+    std::fprintf(stdout, "Tried to serialize unknown type ( %s ), please register !!!\n",
+                 value.type().name());
     std::puts(rule);
     return false;
 }

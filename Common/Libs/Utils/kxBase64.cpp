@@ -7,7 +7,6 @@
 
 using kx::detail::Base64Decoder;
 using kx::detail::Base64Kernel;
-using kx::detail::base64Kernels;
 using kx::detail::Base64Progress;
 
 namespace {
@@ -37,49 +36,6 @@ static_assert(ruled['='] == padding && ruled['\0'] == foreign && ruled['-'] == f
               ruled[0xFF] == foreign);
 
 constexpr char character(unsigned int sixBits) { return alphabet[sixBits & 63]; }
-
-// --- The portable kernel ------------------------------------------------------------------------
-
-unsigned long encodePortable(const char* data, unsigned long n, char* out) {
-    const auto* bytes = reinterpret_cast<const unsigned char*>(data);
-    char* const begin = out;
-    for (; n >= 3; n -= 3, bytes += 3, out += 4) {
-        const unsigned int bits =
-            static_cast<unsigned int>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]);
-        out[0] = character(bits >> 18);
-        out[1] = character(bits >> 12);
-        out[2] = character(bits >> 6);
-        out[3] = character(bits);
-    }
-    if (n != 0) {
-        const unsigned int first = bytes[0], second = n == 2 ? bytes[1] : 0U;
-        *out++ = character(first >> 2);
-        *out++ = character(first << 4 | second >> 4);
-        *out++ = n == 2 ? character(second << 2) : '=';
-        *out++ = '=';
-    }
-    *out = '\0';
-    return static_cast<unsigned long>(out - begin);
-}
-
-// Up to the first group that holds anything but characters of the alphabet.
-Base64Progress decodeGroupsPortable(const char* text, unsigned long n, char* out) {
-    const auto& map = kxBase64::_map;
-    unsigned long read = 0, written = 0;
-    for (; n - read >= 4; read += 4, written += 3) {
-        const unsigned int a = map[byteOf(text[read])], b = map[byteOf(text[read + 1])],
-                           c = map[byteOf(text[read + 2])], d = map[byteOf(text[read + 3])];
-        if (((a | b | c | d) & noValue) != 0) break;
-        out[written] = static_cast<char>(a << 2 | b >> 4);
-        out[written + 1] = static_cast<char>(b << 4 | c >> 2);
-        out[written + 2] = static_cast<char>(c << 6 | d);
-    }
-    return {read, written};
-}
-
-unsigned long decodePortable(const char* text, unsigned long n, char* out) {
-    return kx::detail::base64DecodeRest(decodeGroupsPortable, text, n, out, {0, 0});
-}
 
 // --- Strings -------------------------------------------------------------------------------------
 
@@ -117,12 +73,55 @@ unsigned long inPieces(const char* in, unsigned long n, unsigned long piece, std
     return out.size();
 }
 
+using Fastest = kx::detail::FastestKernel<Base64Kernel, kx::detail::base64Kernels>;
+
 }  // namespace
 
 namespace kx::detail {
 
-const Base64Kernel base64Portable = {"portable", [] { return true; }, encodePortable,
-                                     decodePortable, decodeGroupsPortable};
+unsigned long base64EncodePortable(const char* data, unsigned long n, char* out) {
+    const auto* bytes = reinterpret_cast<const unsigned char*>(data);
+    char* const begin = out;
+    for (; n >= 3; n -= 3, bytes += 3, out += 4) {
+        const unsigned int bits =
+            static_cast<unsigned int>(bytes[0] << 16 | bytes[1] << 8 | bytes[2]);
+        out[0] = character(bits >> 18);
+        out[1] = character(bits >> 12);
+        out[2] = character(bits >> 6);
+        out[3] = character(bits);
+    }
+    if (n != 0) {
+        const unsigned int first = bytes[0], second = n == 2 ? bytes[1] : 0U;
+        *out++ = character(first >> 2);
+        *out++ = character(first << 4 | second >> 4);
+        *out++ = n == 2 ? character(second << 2) : '=';
+        *out++ = '=';
+    }
+    *out = '\0';
+    return static_cast<unsigned long>(out - begin);
+}
+
+// Up to the first group that holds anything but characters of the alphabet.
+Base64Progress base64DecodeGroupsPortable(const char* text, unsigned long n, char* out) {
+    unsigned long read = 0, written = 0;
+    for (; n - read >= 4; read += 4, written += 3) {
+        const unsigned int a = ruled[byteOf(text[read])], b = ruled[byteOf(text[read + 1])],
+                           c = ruled[byteOf(text[read + 2])], d = ruled[byteOf(text[read + 3])];
+        if (((a | b | c | d) & noValue) != 0) break;
+        out[written] = static_cast<char>(a << 2 | b >> 4);
+        out[written + 1] = static_cast<char>(b << 4 | c >> 2);
+        out[written + 2] = static_cast<char>(c << 6 | d);
+    }
+    return {read, written};
+}
+
+Base64Kernel base64Portable() {
+    const auto decode = [](const char* text, unsigned long n, char* out) {
+        return base64DecodeRest(base64DecodeGroupsPortable, text, n, out, {0, 0});
+    };
+    return {"portable", [] { return true; }, base64EncodePortable, decode,
+            base64DecodeGroupsPortable};
+}
 
 unsigned long Base64Decoder::decode(const char* text, unsigned long n, char* out) {
     unsigned long written = 0;
@@ -164,12 +163,12 @@ kxBase64::~kxBase64() = default;
 
 unsigned long kxBase64::encode(const char* data, unsigned long n, char* out) {
     if (!data || n == 0 || !out) return 0;
-    return base64Kernels.fastest->encode(data, n, out);
+    return Fastest::call(&Base64Kernel::encode, data, n, out);
 }
 
 unsigned long kxBase64::encode(const char* data, unsigned long n, std::string& out) {
     if (!data || n == 0) return 0;
-    const auto convert = base64Kernels.fastest->encode;
+    const auto convert = Fastest::get().encode;
     if (n <= Buffer::bytes) return atOnce(data, n, out, convert);
     return inPieces(data, n, Buffer::bytes, out, getEncodeSize(n), convert);
 }
@@ -182,12 +181,12 @@ unsigned long kxBase64::getEncodeSize(unsigned long n) { return 4 * (n / 3) + 4;
 
 unsigned long kxBase64::decode(const char* text, unsigned long n, char* out) {
     if (!text || n == 0 || !out) return 0;
-    return base64Kernels.fastest->decode(text, n, out);
+    return Fastest::call(&Base64Kernel::decode, text, n, out);
 }
 
 unsigned long kxBase64::decode(const char* text, unsigned long n, std::string& out) {
     if (!text || n == 0) return 0;
-    const Base64Kernel& kernel = *base64Kernels.fastest;
+    const Base64Kernel& kernel = Fastest::get();
     if (n <= Buffer::characters) return atOnce(text, n, out, kernel.decode);
     Base64Decoder decoder(kernel.decodeGroups);
     inPieces(text, n, Buffer::characters, out, getDecodeSize(n),
@@ -204,7 +203,7 @@ unsigned long kxBase64::decode(const std::string& in, std::string& out) {
 
 unsigned long kxBase64::getDecodeSize(unsigned long n) { return 3 * (n / 4) + 3; }
 
-bool kxBase64::isBase64Char(char c) { return _map[byteOf(c)] != foreign; }
+bool kxBase64::isBase64Char(char c) { return ruled[byteOf(c)] != foreign; }
 
 bool kxBase64::isBase64String(const std::string& s) {
     if (s.size() < 4 || s.size() % 4 != 0) return false;

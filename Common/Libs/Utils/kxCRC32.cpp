@@ -6,7 +6,9 @@
 #include "detail/little_endian.h"
 
 using kx::detail::crc32BitSteps;
+using kx::detail::Crc32Kernel;
 using kx::detail::crc32Polynomial;
+using kx::detail::FastestKernel;
 using kx::detail::loadLittleEndian16;
 using kx::detail::loadLittleEndian32;
 
@@ -80,7 +82,8 @@ std::uint32_t lookUpWord(std::uint32_t word) {
 }  // namespace
 
 std::uint32_t kxCRC32::calc(const void* data, unsigned long length, std::uint32_t previous) {
-    return kx::detail::crc32Kernels.fastest->calc(data, length, previous);
+    using Fastest = FastestKernel<Crc32Kernel, kx::detail::crc32Kernels>;
+    return Fastest::call(&Crc32Kernel::calc, data, length, previous);
 }
 
 std::uint32_t kxCRC32::calc_bitwise(const void* data, unsigned long length,
@@ -139,6 +142,8 @@ std::uint32_t kxCRC32::calc_FNV1A_Jesteress(const void* data, unsigned long leng
 
 namespace kx::detail {
 
-const Crc32Kernel crc32Portable = {"portable", [] { return true; }, kxCRC32::calc_8bytes};
+Crc32Kernel crc32Portable() {
+    return {"portable", [] { return true; }, kxCRC32::calc_8bytes};
+}
 
 }  // namespace kx::detail

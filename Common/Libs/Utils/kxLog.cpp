@@ -34,10 +34,10 @@ enum Flags { callCallback = 2, writeLines = 4 };
 
 struct Level {
     int baseNumber;
-    const char* typeWord;
+    char typeWord[6];  // arrays, not pointers: nothing for the loader to relocate
     int consoleType, alternateConsoleType;
-    const char *colour, *alternateColour;  // of HTML lines
-    const char *before, *after;            // around lines to the stream
+    char colour[7], alternateColour[7];  // of HTML lines
+    char before[6], after[5];            // around lines to the stream
 };
 
 constexpr Level infoLevel = {100, "INFO", 0, 4, "008c00", "008c8c", "", ""};
@@ -195,7 +195,7 @@ bool openLogFile(const std::string& name, Moment& now, std::string& path) {
         std::fputs("kxLog::setLogFile: couldn't rename old log file!\n", stderr);
     if (isCsv) kxLog::writeCSVHeader(path.c_str());
 
-    std::printf("Setting log file to '%s'.\n", path.c_str());
+    std::fprintf(stdout, "Setting log file to '%s'.\n", path.c_str());
     const bool isHtml = kxLog::_log_format == htmlFormat;
     const bool isOpen = kx::detail::appendToFile(path, isHtml ? kx::detail::htmlHead() : "");
     kxLog::_log_file = isOpen ? path : "";

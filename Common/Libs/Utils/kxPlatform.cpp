@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <iostream>
+#include <string_view>
 #include <utility>
 
 #include "detail/executable_path.h"
@@ -36,6 +37,7 @@ std::uint64_t kxPlatform::_large_icon_sizeX = 28, kxPlatform::_large_icon_sizeY 
 namespace {
 
 constexpr const char* platformWord = "MAC";
+constexpr std::string_view hesper = "hesper", analysisName = "TALOAnalysis";
 constexpr const char* twoLevelsUp = "/../..";
 constexpr std::size_t maxPath = 2047;  // of a working directory that is read back
 
@@ -99,7 +101,7 @@ void kxPlatform::init(const char* root, const char* appName) {
     const std::string name = appName;  // as above
     _base_dir = root;
     _app_name = name;
-    if (_app_name == "hesper") return;
+    if (_app_name == hesper) return;
     if (kxFile::exists(_base_dir + "/bin/" + platformWord)) return;
     _app_name = "talo";
     _base_dir = kxFile::getCurrentDir() + twoLevelsUp;
@@ -140,7 +142,7 @@ const char* kxPlatform::getExamplesDir() {
 const char* kxPlatform::getBinDir() {
     static std::string bin_dir;
     bin_dir = std::string(getBaseDir()) + "/bin/" + platformWord;
-    if (_app_name == "hesper" && !kxFile::exists(bin_dir))
+    if (_app_name == hesper && !kxFile::exists(bin_dir))
         bin_dir = std::string(getBaseDir()) + "/bin";
     return bin_dir.c_str();
 }
@@ -193,13 +195,13 @@ void kxPlatform::setDisplayVersionYearString(const char* year) {
 void kxPlatform::updateAppVersionName() {
     // Stored once it is whole: memory may run out on the way.
     std::string name = _full_app_name.empty() ? _app_name : _full_app_name;
-    if (_analysis_mode) name = "TALOAnalysis";
+    if (_analysis_mode) name = analysisName;
     if (!_version_year.empty()) name += ' ' + _version_year + ' ';
     _app_version_name = std::move(name);
 }
 
 const char* kxPlatform::getAppVersionName() {
-    if (_app_name == "TALOAnalysis") return "TALO NURBS Analysis";
+    if (_app_name == analysisName) return "TALO NURBS Analysis";
     return (_app_version_name.empty() ? _app_name : _app_version_name).c_str();
 }
 

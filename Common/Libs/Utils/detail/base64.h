@@ -31,9 +31,13 @@ struct Base64Kernel {
     Base64DecodeGroups decodeGroups;
 };
 
-extern const Base64Kernel base64Avx512, base64Avx2;  // x86-64 only
-extern const Base64Kernel base64Portable;
-extern KernelTable<Base64Kernel> base64Kernels;
+Base64Kernel base64Avx512(), base64Avx2();  // x86-64 only
+Base64Kernel base64Portable();
+KernelTable<Base64Kernel> base64Kernels();
+
+/// Those of base64Portable().
+unsigned long base64EncodePortable(const char* data, unsigned long n, char* out);
+Base64Progress base64DecodeGroupsPortable(const char* text, unsigned long n, char* out);
 
 /// Decodes a text that comes in pieces, whatever is in it.
 class Base64Decoder {

@@ -61,7 +61,7 @@ KXUTILS_TARGET unsigned long encode(const char* data, unsigned long n, char* out
         const __m256i text = _mm256_add_epi8(values, _mm256_shuffle_epi8(both(offsets), index));
         _mm256_storeu_si256(reinterpret_cast<__m256i*>(out), text);
     }
-    return static_cast<unsigned long>(out - begin) + base64Portable.encode(data, n, out);
+    return static_cast<unsigned long>(out - begin) + base64EncodePortable(data, n, out);
 }
 
 // --- Decoding ------------------------------------------------------------------------------------
@@ -133,7 +133,7 @@ KXUTILS_TARGET Base64Progress decodeGroups(const char* text, unsigned long n, ch
         _mm_storel_epi64(reinterpret_cast<__m128i*>(out + written + 16),
                          _mm256_extracti128_si256(bytes, 1));
     }
-    const Base64Progress rest = base64Portable.decodeGroups(text + read, n - read, out + written);
+    const Base64Progress rest = base64DecodeGroupsPortable(text + read, n - read, out + written);
     return {read + rest.read, written + rest.written};
 }
 
@@ -144,6 +144,6 @@ unsigned long decode(const char* text, unsigned long n, char* out) {
 
 }  // namespace
 
-const Base64Kernel base64Avx2 = {"avx2", usable, encode, decode, decodeGroups};
+Base64Kernel base64Avx2() { return {"avx2", usable, encode, decode, decodeGroups}; }
 
 }  // namespace kx::detail

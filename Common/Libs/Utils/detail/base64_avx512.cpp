@@ -207,7 +207,7 @@ KXUTILS_TARGET inline void storeDecoded(char* out, __m512i a, __m512i b, __m512i
     }
     // Back to where the group began that is not complete.
     while (held != 0)
-        if (kxBase64::_map[static_cast<unsigned char>(*--at)] < 64) --held;
+        if (kxBase64::isBase64Char(*--at) && *at != '=') --held;
     return {static_cast<unsigned long>(at - text), static_cast<unsigned long>(to - out)};
 }
 
@@ -266,6 +266,6 @@ KXUTILS_TARGET unsigned long decode(const char* text, unsigned long n, char* out
 
 }  // namespace
 
-const Base64Kernel base64Avx512 = {"avx512", usable, encode, decode, decodeGroups};
+Base64Kernel base64Avx512() { return {"avx512", usable, encode, decode, decodeGroups}; }
 
 }  // namespace kx::detail

@@ -128,7 +128,7 @@ void readCache(Fields& fields, const CpuidRegisters& r) {
 
 }  // namespace
 
-Fields readCpu(const CpuidQuery& query) {
+Fields readCpu(CpuidQuery query) {
     Fields fields;
     const auto ask = [&](std::uint32_t leaf, std::uint32_t subLeaf) {
         const CpuidRegisters r = query(leaf, subLeaf);

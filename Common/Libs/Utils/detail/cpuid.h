@@ -2,7 +2,6 @@
 #pragma once
 
 #include <cstdint>
-#include <functional>
 
 #include "kxCPUInfo.h"
 
@@ -13,7 +12,7 @@ struct CpuidRegisters {
 };
 
 /// Answers one query; a made-up processor in tests.
-using CpuidQuery = std::function<CpuidRegisters(std::uint32_t leaf, std::uint32_t subLeaf)>;
+using CpuidQuery = CpuidRegisters (*)(std::uint32_t leaf, std::uint32_t subLeaf);
 
 /// Executes CPUID. All zero on a processor without it.
 CpuidRegisters cpuid(std::uint32_t leaf, std::uint32_t subLeaf);
@@ -21,6 +20,6 @@ CpuidRegisters cpuid(std::uint32_t leaf, std::uint32_t subLeaf);
 /// Queries, in this order: leaf 0; leaves 0 to the highest standard one; the highest extended leaf;
 /// the extended leaves, if there are any; leaf 4 up to the first sub-leaf without a cache. The
 /// number of queries is bounded whatever the processor answers.
-kxCPUInfo::Fields readCpu(const CpuidQuery& query);
+kxCPUInfo::Fields readCpu(CpuidQuery query);
 
 }  // namespace kx::detail

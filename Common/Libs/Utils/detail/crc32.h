@@ -25,8 +25,8 @@ struct Crc32Kernel {
     std::uint32_t (*calc)(const void* data, unsigned long length, std::uint32_t previous);
 };
 
-extern const Crc32Kernel crc32Vpclmulqdq, crc32Pclmulqdq;  // x86-64 only
-extern const Crc32Kernel crc32Portable;
-extern KernelTable<Crc32Kernel> crc32Kernels;
+Crc32Kernel crc32Vpclmulqdq(), crc32Pclmulqdq();  // x86-64 only
+Crc32Kernel crc32Portable();
+KernelTable<Crc32Kernel> crc32Kernels();
 
 }  // namespace kx::detail

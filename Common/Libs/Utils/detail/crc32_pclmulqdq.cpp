@@ -1,6 +1,7 @@
 // CRC-32 by carry-less multiplication of 16 bytes at a time.
 #include "detail/crc32.h"
 #include "detail/crc32_fold.h"
+#include "kxCRC32.h"
 
 #define KXUTILS_TARGET __attribute__((target("pclmul,sse4.1,ssse3")))
 
@@ -31,7 +32,7 @@ KXUTILS_TARGET inline __m128i fold(__m128i block, const FoldFactors& factors, __
 }
 
 KXUTILS_TARGET std::uint32_t calc(const void* data, unsigned long length, std::uint32_t previous) {
-    if (length < 16) return crc32Portable.calc(data, length, previous);
+    if (length < 16) return kxCRC32::calc_8bytes(data, length, previous);
     const auto* p = static_cast<const char*>(data);
     const std::uint32_t crc = ~previous;
 
@@ -65,6 +66,6 @@ KXUTILS_TARGET std::uint32_t calc(const void* data, unsigned long length, std::u
 
 }  // namespace
 
-const Crc32Kernel crc32Pclmulqdq = {"pclmulqdq", usable, calc};
+Crc32Kernel crc32Pclmulqdq() { return {"pclmulqdq", usable, calc}; }
 
 }  // namespace kx::detail

@@ -92,6 +92,6 @@ KXUTILS_TARGET std::uint32_t calc(const void* data, unsigned long length, std::u
 
 }  // namespace
 
-const Crc32Kernel crc32Vpclmulqdq = {"vpclmulqdq", usable, calc};
+Crc32Kernel crc32Vpclmulqdq() { return {"vpclmulqdq", usable, calc}; }
 
 }  // namespace kx::detail

@@ -35,6 +35,25 @@ std::string readFooter(std::FILE* file, std::uint64_t position, kxFile::Checksum
     return std::fread(footer.data(), 1, footerSize, file) == footerSize ? footer : std::string();
 }
 
+// crc32Of() of a file; `done` gets the size of each block.
+template <class Done>
+std::uint32_t crc32OfBlocks(std::FILE* file, std::uint64_t length, std::size_t maxBlock,
+                            Done done) {
+    BoostCrc32 crc;
+    const auto capacity = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
+    const std::unique_ptr<char[]> block(new char[capacity]);  // not cleared: it is read into
+    while (length > 0) {
+        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, capacity));
+        const std::size_t size = std::fread(block.get(), 1, wanted, file);
+        processBytesInLanes(crc, block.get(), size);
+        const ErrnoKeeper keeper;
+        done(size);
+        if (size < wanted) break;
+        length -= size;
+    }
+    return crc.checksum();
+}
+
 // Fills what follows from the file's content; errno is that of the last call that failed.
 void inspect(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
              kxFile::ChecksumInfo& info) {
@@ -65,7 +84,7 @@ void inspect(std::FILE* file, std::uint32_t offset, const kxFile::Progress& prog
     info.footerAt = position;
     info.stored = footer.substr(markSize);
     if (!goTo(file, offset, info)) return;
-    info.computed = crc32Of(file, position - offset, blockSize, [&](std::size_t bytes) {
+    info.computed = crc32OfBlocks(file, position - offset, blockSize, [&](std::size_t bytes) {
         info.covered += bytes;
         if (progress) progress(bytes);
     });
@@ -80,21 +99,8 @@ std::uint32_t crc32Of(const void* data, std::size_t size) {
     return crc.checksum();
 }
 
-std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock,
-                      const kxFile::Progress& progress) {
-    BoostCrc32 crc;
-    const auto capacity = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
-    const std::unique_ptr<char[]> block(new char[capacity]);  // not cleared: it is read into
-    while (length > 0) {
-        const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, capacity));
-        const std::size_t size = std::fread(block.get(), 1, wanted, file);
-        processBytesInLanes(crc, block.get(), size);
-        const ErrnoKeeper keeper;
-        if (progress) progress(size);
-        if (size < wanted) break;
-        length -= size;
-    }
-    return crc.checksum();
+std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock) {
+    return crc32OfBlocks(file, length, maxBlock, [](std::size_t) {});
 }
 
 std::string checksumDigits(std::uint32_t checksum) {

@@ -22,10 +22,8 @@ namespace kx::detail {
 std::uint32_t crc32Of(const void* data, std::size_t size);
 
 /// The CRC-32 of at most `length` bytes from the file's position on, read in blocks of `maxBlock`
-/// bytes. A block that comes back short, also by a read error, ends the data. `progress`, if set,
-/// gets the size of each block.
-std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock,
-                      const kxFile::Progress& progress = {});
+/// bytes. A block that comes back short, also by a read error, ends the data.
+std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock);
 
 /// A checksum as a footer shows it: "0000ABCD".
 std::string checksumDigits(std::uint32_t checksum);

@@ -2,14 +2,9 @@
 #include "detail/crc32.h"
 
 namespace kx::detail {
-namespace {
 
-const Base64Kernel* const base64Rows[] = {&base64Portable};
-const Crc32Kernel* const crc32Rows[] = {&crc32Portable};
+KernelTable<Base64Kernel> base64Kernels() { return {{{base64Portable()}}, 1}; }
 
-}  // namespace
-
-KernelTable<Base64Kernel> base64Kernels{base64Rows};
-KernelTable<Crc32Kernel> crc32Kernels{crc32Rows};
+KernelTable<Crc32Kernel> crc32Kernels() { return {{{crc32Portable()}}, 1}; }
 
 }  // namespace kx::detail

@@ -1,0 +1,54 @@
+// What loading the library costs whoever starts with it. Time is for the benchmark; here stands
+// what does not depend on the machine.
+#include <dlfcn.h>
+#include <gtest/gtest.h>
+#include <link.h>
+
+#include <cstddef>
+#include <map>
+#include <string>
+
+#include "kxtest.h"
+
+namespace {
+
+// The library's dynamic section, as it was linked. Tags that are missing count as 0.
+std::map<long long, std::size_t> dynamicSection() {
+    std::map<long long, std::size_t> values;
+    void* const library = dlopen(KX_LIBRARY, RTLD_NOW);
+    link_map* map = nullptr;
+    if (!library || dlinfo(library, RTLD_DI_LINKMAP, &map) != 0) return values;
+    for (const ElfW(Dyn)* d = map->l_ld; d->d_tag != DT_NULL; ++d) values[d->d_tag] = d->d_un.d_val;
+    return values;
+}
+
+}  // namespace
+
+TEST(LibraryLoad, RelocatesLittle) {
+#ifndef __OPTIMIZE__
+    GTEST_SKIP() << "without optimisation, what should be inlined is looked up";
+#endif
+    if (kxtest::underSanitizer()) GTEST_SKIP() << "the sanitizer has relocations of its own";
+    auto section = dynamicSection();
+    ASSERT_EQ(section.count(36 /* DT_RELR */), 0U) << "packed relocations are not counted here";
+    const std::size_t bytes = section[DT_RELASZ] + section[DT_PLTRELSZ];
+    EXPECT_GT(bytes, 0U);
+    EXPECT_LE(bytes / sizeof(ElfW(Rela)), 304U);
+}
+
+// One constructor is the C run-time library's, one the compiler's for __builtin_cpu_supports; the
+// others belong to the sources with strings or
+// containers among their static members (kxAnyConverter, kxFile, kxLog, kxPlatform) and to the one
+// that uses std::cout (kxUtils).
+TEST(LibraryLoad, RunsFewConstructors) {
+    if (kxtest::underSanitizer()) GTEST_SKIP() << "the sanitizer has constructors of its own";
+    auto section = dynamicSection();
+    EXPECT_GT(section[DT_INIT_ARRAYSZ], 0U);
+    EXPECT_LE(section[DT_INIT_ARRAYSZ] / sizeof(void*), 7U);
+}
+
+TEST(LibraryLoad, AllocatesNothing) {
+    const kxtest::Outcome outcome = kxtest::run({KX_LOAD_PROBE, KX_LIBRARY});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(outcome.out, "0\n");
+}

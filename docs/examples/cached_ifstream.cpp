@@ -1,0 +1,29 @@
+// Reads a file, and shows whose position tellg answers.
+#include <iostream>
+
+#include <cached_ifstream.h>
+#include <kxFile.h>
+
+int main() {
+    kxFile::write("mesh.txt", "vertices 1200 faces 400");
+    cached_ifstream in("mesh.txt", 65536);
+    if (!in) return 1;
+
+    std::string word;
+    int count = 0;
+    in >> word >> count;
+    std::cout << word << ' ' << count << '\n';
+    std::cout << in.tellg() << '\n';  // the file's: all of it is in the buffer
+
+    in.seekg(14);  // to another offset: the buffered bytes are discarded
+    in >> word >> count;
+    std::cout << word << ' ' << count << '\n';
+
+    const cached_ifstream missing("missing.txt");
+    std::cout << missing.bad() << '\n';
+}
+// Prints:
+// vertices 1200
+// 23
+// faces 400
+// 1

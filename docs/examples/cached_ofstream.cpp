@@ -1,0 +1,27 @@
+// Counts what would be written, then writes it.
+#include <iostream>
+
+#include <cached_ofstream.h>
+#include <kxFile.h>
+
+static void save(std::ostream& out) { out << "vertices " << 1200 << '\n'; }
+
+int main() {
+    cached_ofstream counter;  // stores nothing
+    save(counter);
+    std::cout << counter.size() << " bytes\n";
+
+    cached_ofstream out("mesh.txt", 65536);
+    save(out);
+    out.flush();  // before close(), which looks before its own last flush
+    out.close();
+    std::cout << (out.bad() ? "not written" : "written") << '\n';
+
+    std::string text;
+    kxFile::read("mesh.txt", text);
+    std::cout << text;
+}
+// Prints:
+// 14 bytes
+// written
+// vertices 1200

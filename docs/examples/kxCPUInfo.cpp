@@ -1,0 +1,25 @@
+// Chooses code by processor, and tests the choice on another one.
+#include <iostream>
+
+#include <kxCPUInfo.h>
+
+static const char* choose(const kxCPUInfo& cpu) {
+    if (cpu.hasAVX512Support()) return "64 bytes a step";
+    if (cpu.hasAVX2Support()) return "32 bytes a step";
+    return "8 bytes a step";
+}
+
+int main() {
+    // Here it runs for this machine; the answer is the machine's.
+    const char* const here = choose(kxCPUInfo::getCPUInfo());
+
+    kxCPUInfo::Fields fields;  // a processor that has nothing ...
+    std::cout << choose(kxCPUInfo(fields)) << '\n';
+    fields.avx2 = true;  // ... and one that has AVX2
+    std::cout << choose(kxCPUInfo(fields)) << '\n';
+    std::cout << (here != nullptr) << ' ' << kxCPUInfo::_szFeatures[26] << '\n';
+}
+// Prints:
+// 8 bytes a step
+// 32 bytes a step
+// 1 SSE2 Extensions

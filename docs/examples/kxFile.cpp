@@ -1,0 +1,26 @@
+// Paths, a file, and a checksum that protects it.
+#include <iostream>
+#include <string>
+
+#include <kxFile.h>
+
+int main() {
+    std::cout << kxFile::getBaseName("/data/engine.v2.osb") << '\n'
+              << kxFile::abs2Rel("/usr/local/lib", "/usr/src/sys") << '\n'
+              << kxFile::setExtension("engine.osb", "png") << '\n';
+
+    if (!kxFile::write("engine.osb", "123456789")) {
+        kxFile::perror("engine.osb");  // errno is still that of the failure
+        return 1;
+    }
+    kxFile::appendChecksum("engine.osb", kxFile::getChecksum("engine.osb"));
+    std::uint32_t checksum = 0;
+    const bool intact = kxFile::checkChecksum("engine.osb", checksum);  // prints what it finds
+    std::cout << intact << ' ' << kxFile::getFileSize("engine.osb") << " bytes\n";
+}
+// Prints:
+// engine.v2
+// ../../src/sys
+// engine.png
+// Found correct file checksum CBF43926.
+// 1 25 bytes

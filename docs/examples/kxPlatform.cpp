@@ -1,0 +1,24 @@
+// Who the application is, where it is installed, how large its icons are.
+#include <iostream>
+
+#include <kxFile.h>
+#include <kxPlatform.h>
+
+int main() {
+    kxFile::createPath("app/bin/MAC");  // an installation, for this example
+    kxPlatform::init("app", "viewer");
+    kxPlatform::setFullAppName("The Viewer");
+    kxPlatform::setDisplayVersionYearString("2017");
+    std::cout << '"' << kxPlatform::getAppVersionName() << "\"\n"  // the blank is meant
+              << kxPlatform::getBinDir() << '\n'
+              << kxPlatform::getPluginsDir() << '\n';
+
+    kxPlatform::setDpi(150);  // prints the step that it takes
+    std::cout << kxPlatform::getDpiScaleX() << ' ' << kxPlatform::getSmallIconSizeX() << '\n';
+}
+// Prints:
+// "The Viewer 2017 "
+// app/bin/MAC
+// app/lib/plugins/MAC
+// Best Matching DPI: 144
+// 1.5 24

@@ -1,0 +1,68 @@
+// The examples of the API documentation, each run in a directory of its own: a program must print
+// exactly what its last lines say.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "kxtest.h"
+
+namespace {
+
+// The files in `directory` that end in `ending`, without it, sorted.
+std::vector<std::string> namesOf(const std::string& directory, const std::string& ending) {
+    std::vector<std::string> names;
+    for (const std::string& file : kxtest::list(directory))
+        if (file.size() > ending.size() &&
+            file.compare(file.size() - ending.size(), ending.size(), ending) == 0)
+            names.push_back(file.substr(0, file.size() - ending.size()));
+    return names;
+}
+
+std::vector<std::string> examples() { return namesOf(DOCUMENTATION_EXAMPLES, ".cpp"); }
+
+// What stands behind "// Prints:", without the comment signs; "" without such a line.
+std::string promisedOutput(const std::string& source) {
+    std::istringstream lines(source);
+    std::string line, output;
+    while (std::getline(lines, line) && line != "// Prints:") {
+    }
+    while (std::getline(lines, line)) {
+        EXPECT_EQ(line.rfind("//", 0), 0U) << "the output comes last: " << line;
+        output += line.substr(std::min<std::size_t>(3, line.size())) + '\n';
+    }
+    return output;
+}
+
+class DocumentationExample : public testing::TestWithParam<std::string> {};
+
+}  // namespace
+
+TEST_P(DocumentationExample, PrintsWhatItSays) {
+    const kxtest::TempDir dir;
+    const std::string promised =
+        promisedOutput(kxtest::slurp(DOCUMENTATION_EXAMPLES "/" + GetParam() + ".cpp"));
+    ASSERT_NE(promised, "");
+    const kxtest::Outcome outcome = kxtest::run({DOCUMENTATION_PROGRAMS "/" + GetParam()},
+                                                {{"HOME", dir.path()}}, {"", dir.path()});
+    EXPECT_EQ(outcome.out, promised) << outcome.err;
+    EXPECT_EQ(outcome.exitCode, 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Classes, DocumentationExample, testing::ValuesIn(examples()),
+                         [](const auto& test) {
+                             std::string name = test.param;
+                             name.erase(std::remove(name.begin(), name.end(), '_'), name.end());
+                             return name;
+                         });
+
+TEST(Documentation, HasAnExampleForEachHeader) {
+    std::vector<std::string> headers = namesOf(PUBLIC_HEADERS, ".h");
+    headers.erase(std::find(headers.begin(), headers.end(), "kxExport"));
+    for (const std::string& shader : namesOf(PUBLIC_HEADERS "/shader", ".h"))
+        headers.push_back(shader);
+    std::sort(headers.begin(), headers.end());
+    EXPECT_EQ(headers, examples());
+}

@@ -2,7 +2,7 @@
 # that leave the page's folder, but for those to Markdown files, count from the project's root. A
 # name alone (LICENSE) is no link to Doxygen.
 s,\]\((\.\./)+([^)]*[^)d])\),](\2),g
-s,\]\(Common/Libs/Utils/(kxAlignedMemory\.h)\),](@ref \1),g
-s,\]\(Common/Libs/Utils/shader/(defaultMaterial\.h)\),](@ref \1),g
-s,\]\(Common/Libs/Utils/([A-Za-z0-9_]+)\.h\),](@ref \1),g
+s,\[`?([^]`]+)`?\]\(Common/Libs/Utils/(kxAlignedMemory\.h)\),[\1](@ref \2),g
+s,\[`?([^]`]+)`?\]\(Common/Libs/Utils/shader/(defaultMaterial\.h)\),[\1](@ref \2),g
+s,\[`?([^]`]+)`?\]\(Common/Libs/Utils/([A-Za-z0-9_]+)\.h\),[\1](@ref \2),g
 s,\]\(([A-Z]+)\),](./\1),g

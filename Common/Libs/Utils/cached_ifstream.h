@@ -38,8 +38,8 @@ public:
     cached_istreambuf(int size, const char* name);
     /// Closes the file.
     ~cached_istreambuf() override;
-    cached_istreambuf(const cached_istreambuf&) = delete;
-    cached_istreambuf& operator=(const cached_istreambuf&) = delete;
+    cached_istreambuf(const cached_istreambuf&) = delete;             ///< it owns its file
+    cached_istreambuf& operator=(const cached_istreambuf&) = delete;  ///< the same
 
     /// Opens `name` for reading; a null name is ignored. Deliberately neither closes a file already
     /// open, whose handle is then lost for the life of the process, nor discards the buffered
@@ -53,10 +53,13 @@ public:
     bool is_valid();
 
 protected:
+    /// The operations of std::streambuf, by the rules of the class; they answer -1 without a file.
+    /// @{
     pos_type seekoff(off_type off, std::ios_base::seekdir dir,
                      std::ios_base::openmode which) override;
     pos_type seekpos(pos_type pos, std::ios_base::openmode which) override;
     int_type underflow() override;
+    /// @}
 
 private:
     void discard();

@@ -30,8 +30,8 @@ public:
     /// Writes what is buffered if a file is open, and closes it. An exception out of sync()
     /// terminates the program.
     ~cached_streambuf() override;
-    cached_streambuf(const cached_streambuf&) = delete;
-    cached_streambuf& operator=(const cached_streambuf&) = delete;
+    cached_streambuf(const cached_streambuf&) = delete;             ///< it owns its file
+    cached_streambuf& operator=(const cached_streambuf&) = delete;  ///< the same
 
     /// Creates or truncates the file `name`; a null name is ignored. Deliberately neither closes a
     /// file already open, whose handle is then lost for the life of the process, nor discards the
@@ -53,8 +53,11 @@ public:
     void write_buffer(const char* data, unsigned long n);
 
 protected:
+    /// Write or count what is buffered, overflow() `c` as well unless it is eof; always 0.
+    /// @{
     int sync() override;
     int_type overflow(int_type c) override;
+    /// @}
 
 private:
     // The put area's start owns the buffer.

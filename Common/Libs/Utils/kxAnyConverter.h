@@ -33,8 +33,8 @@ public:
     /// Removes the converter from the registry.
     virtual ~kxAnyConverter();
 
-    kxAnyConverter(const kxAnyConverter&) = delete;
-    kxAnyConverter& operator=(const kxAnyConverter&) = delete;
+    kxAnyConverter(const kxAnyConverter&) = delete;             ///< registered by its address
+    kxAnyConverter& operator=(const kxAnyConverter&) = delete;  ///< the same
 
     /// Returns true if this converter handles the type of `value`, having written its text and the
     /// name of its type; otherwise returns false and leaves both alone.

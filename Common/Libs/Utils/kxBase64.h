@@ -22,8 +22,11 @@
 /// then stays as it was.
 class KXUTILS_API kxBase64 {
 public:
+    /// An object holds nothing; all functions are static.
+    /// @{
     kxBase64() = default;
     virtual ~kxBase64();
+    /// @}
 
     // --- Encoding --------------------------------------------------------------------------------
 

@@ -28,37 +28,46 @@ public:
         /// EAX, EBX, ECX and EDX of the most recent query; all ones before the first one.
         std::uint32_t lastRegisters[4] = {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF};
 
-        // Leaf 1 EAX, each field as encoded: the extended ones are not added to the others.
+        /// Leaf 1 EAX, each field as encoded: the extended ones are not added to the others.
+        /// @{
         std::int32_t stepping = 0;
         std::int32_t model = 0;
         std::int32_t family = 0;
         std::int32_t processorType = 0;
         std::int32_t extendedModel = 0;
         std::int32_t extendedFamily = 0;
+        /// @}
 
-        // Leaf 1 EBX.
+        /// Leaf 1 EBX.
+        /// @{
         std::int32_t brandIndex = 0;
         std::int32_t flushLineSize = 0;  ///< bytes that CLFLUSH writes back
         std::int32_t logicalProcessors = 0;
         std::int32_t initialApicId = 0;
+        /// @}
 
         /// Leaf 1 EDX; bit k is named by _szFeatures[k].
         std::uint32_t featureWord = 0;
 
-        // Leaf 0x80000006 ECX.
+        /// Leaf 0x80000006 ECX.
+        /// @{
         std::int32_t extendedCacheLineSize = 0;  ///< bytes
         std::int32_t l2Associativity = 0;        ///< as encoded (6 means 8 ways, for instance)
         std::int32_t l2SizeKiB = 0;
+        /// @}
 
-        // Leaf 0x80000008 EAX.
+        /// Leaf 0x80000008 EAX.
+        /// @{
         std::int32_t physicalAddressBits = 0;
         std::int32_t virtualAddressBits = 0;
+        /// @}
 
         /// Leaf 4: cores per package minus one; 0 if the leaf describes no cache.
         std::int32_t cores = 0;
 
-        // Leaf 4, the last cache described, usually that of the highest level. These count as the
-        // processor encodes them: from `maxThreadsSharing` to `sets`, 0 stands for one.
+        /// Leaf 4, the last cache described, usually that of the highest level. These count as the
+        /// processor encodes them: from `maxThreadsSharing` to `sets`, 0 stands for one.
+        /// @{
         std::int32_t cacheType = 0;  ///< 1 data, 2 instruction, 3 unified
         std::int32_t cacheLevel = 0;
         std::int32_t maxThreadsSharing = 0;
@@ -66,8 +75,10 @@ public:
         std::int32_t partitions = 0;
         std::int32_t ways = 0;
         std::int32_t sets = 0;
+        /// @}
 
-        // Leaf 1 ECX, bits 0 to 28 in order.
+        /// Leaf 1 ECX, bits 0 to 28 in order.
+        /// @{
         bool sse3 = false;
         bool pclmulqdq = false;
         bool dtes64 = false;
@@ -97,6 +108,7 @@ public:
         bool xsave = false;
         bool osxsave = false;
         bool avx = false;
+        /// @}
 
         /// AVX, MOVBE, FMA and OSXSAVE all set in leaf 1. Deliberately without leaf 7, whose EBX
         /// bit 5 is the processor's own AVX2 bit.
@@ -106,7 +118,8 @@ public:
         /// Leaf 1 EDX bit 28.
         bool multithreading = false;
 
-        // Leaf 0x80000001 ECX, bits 0 to 8 and 12.
+        /// Leaf 0x80000001 ECX, bits 0 to 8 and 12.
+        /// @{
         bool lahfSahf = false;
         bool cmpLegacy = false;
         bool svm = false;
@@ -117,8 +130,10 @@ public:
         bool misalignedSse = false;
         bool prefetch3DNow = false;
         bool skinit = false;
+        /// @}
 
-        // Leaf 0x80000001 EDX, bits 11, 16, 18, 21, 22, 27, 29, 30 and 31.
+        /// Leaf 0x80000001 EDX, bits 11, 16, 18, 21, 22, 27, 29, 30 and 31.
+        /// @{
         bool syscallSysret = false;
         bool pageAttributeTable = false;
         bool extendedEdxBit18 = false;  ///< reserved
@@ -128,18 +143,25 @@ public:
         bool longMode = false;
         bool extended3DNow = false;
         bool amd3DNow = false;
+        /// @}
 
-        // Leaf 0x8000000A EDX, bits 0 and 1.
+        /// Leaf 0x8000000A EDX, bits 0 and 1.
+        /// @{
         bool nestedPaging = false;
         bool lbrVirtualization = false;
+        /// @}
 
-        // Leaf 0x8000001A EAX, bits 0 and 1.
+        /// Leaf 0x8000001A EAX, bits 0 and 1.
+        /// @{
         bool fp128 = false;
         bool movu = false;
+        /// @}
 
-        // Leaf 4, the last cache described.
+        /// Leaf 4, the last cache described.
+        /// @{
         bool selfInitialising = false;
         bool fullyAssociative = false;
+        /// @}
     };
 
     /// Queries the processor that the calling thread runs on.
@@ -149,14 +171,14 @@ public:
     /// processor.
     explicit kxCPUInfo(const Fields& fields);
 
-    virtual ~kxCPUInfo();
+    virtual ~kxCPUInfo();  ///< releases nothing
 
     /// The shared object, made by the first call (callers on other threads wait for it) and valid
     /// until the library is unloaded. Read-only: do not assign to it.
     static kxCPUInfo& getCPUInfo();
 
-    bool hasSSE2Support() const;
-    bool hasSSE42Support() const;
+    bool hasSSE2Support() const;   ///< bit 26 of Fields::featureWord
+    bool hasSSE42Support() const;  ///< Fields::sse42
     /// The processor's bit alone; deliberately without a test of the operating system.
     bool hasAVXSupport() const;
     /// AVX, MOVBE, FMA and OSXSAVE; deliberately not the processor's own AVX2 bit.

@@ -24,9 +24,12 @@ public:
     /// Keeps a copy of `key` (for reset()). Bytes beyond the 256th have no effect. An empty key is
     /// the caller's mistake; it codes as a key of one zero byte does.
     explicit kxCrypt(const std::vector<unsigned char>& key);
+    /// The copy goes on from where the original stands.
+    /// @{
     kxCrypt(const kxCrypt&) = default;
     kxCrypt& operator=(const kxCrypt&) = default;
-    virtual ~kxCrypt();
+    /// @}
+    virtual ~kxCrypt();  ///< the key is not wiped from memory
 
     /// Returns to the start of the key stream.
     void reset();

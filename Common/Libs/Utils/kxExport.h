@@ -5,6 +5,7 @@
 // shared object is recognised in another.
 #pragma once
 
+/// Makes a name visible outside the library.
 #define KXUTILS_API __attribute__((visibility("default")))
 
 /// Lets the compiler check a printf-style call: `text` and `first` are the positions (from 1) of

@@ -195,8 +195,10 @@ public:
     /// Replaces `content` by the file's bytes. True if at least one byte was read; otherwise
     /// `content` is empty. False, not an exception, if the file does not fit into memory. A file
     /// that shrinks while it is read, or cannot be read on, leaves zero bytes at the end.
+    /// @{
     static bool read(const std::string& path, std::string& content);
     static bool read(const std::string& path, std::vector<char>& content);
+    /// @}
 
     /// Creates or truncates the file and writes `content`. True only if the system has taken every
     /// byte: a full disk gives false whatever the size.
@@ -287,6 +289,7 @@ public:
 
     /// What findChecksum() has found in a file. Positions and sizes are in bytes.
     struct ChecksumInfo {
+        /// What the search has come to.
         enum class State {
             notOpened,        ///< the path is empty or the file cannot be opened for reading
             noFooter,         ///< no checksum footer, nor a meta footer that leads to one
@@ -294,9 +297,9 @@ public:
             correct,          ///< a footer that matches the data
             incorrect         ///< a footer that does not
         };
-        State state = State::notOpened;
-        int error =
-            0;  ///< errno of what went wrong while opening or reading the file; 0 if nothing
+        State state = State::notOpened;  ///< what `checkChecksum` would have said
+        /// errno of what went wrong while opening or reading the file; 0 if nothing.
+        int error = 0;
         bool hasMetaFooter = false;      ///< whatever `state` says
         std::uint64_t metaFooterAt = 0;  ///< position; set if hasMetaFooter
         std::uint64_t footerAt = 0;      ///< position; set, as what follows, for correct, incorrect

@@ -11,8 +11,11 @@
 /// Threads: no state; drawing into different images may run at the same time. Throws nothing.
 class KXUTILS_API kxFont {
 public:
+    /// An object holds nothing; all functions are static.
+    /// @{
     kxFont() = default;
     virtual ~kxFont();
+    /// @}
 
     /// Draws `text` into the lower left corner of `image`: character k takes the pixels from 6 * k
     /// on in the 7 bottom rows. Only ink is written, the picture shows through elsewhere.

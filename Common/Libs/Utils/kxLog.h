@@ -38,37 +38,43 @@
 class KXUTILS_API kxLog {
 public:
     // --- Messages --------------------------------------------------------------------------------
-    // A null format is ignored. A text is cut at 2047 characters. No newline is needed at its end.
 
+    /// Logs a text. A null format is ignored. A text is cut at 2047 characters. No newline is
+    /// needed at its end.
     static void info(const char* format, ...) KXUTILS_PRINTF(1, 2);
-    static void warning(const char* format, ...) KXUTILS_PRINTF(1, 2);
-    static void error(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    static void warning(const char* format, ...) KXUTILS_PRINTF(1, 2);  ///< the same, in yellow
+    static void error(const char* format, ...) KXUTILS_PRINTF(1, 2);    ///< the same, in red
 
     /// With a number, which text and CSV lines show added to the level's base number (100, 200,
     /// 300). It stays in force for all later messages of every level until the next numbered one.
     static void info(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
-    static void warning(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
-    static void error(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
+    static void warning(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);  ///< the same
+    static void error(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);    ///< the same
 
     /// The switched-off variants: they take the same arguments and, deliberately, do nothing.
     static void infoNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
-    static void warningNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
-    static void errorNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    static void warningNR(const char* format, ...) KXUTILS_PRINTF(1, 2);  ///< the same
+    static void errorNR(const char* format, ...) KXUTILS_PRINTF(1, 2);    ///< the same
 
-    /// For script bindings: the text as it is ("%" stays "%"), of any length; not null.
+    /// For script bindings: the text as it is ("%" stays "%"), of any length; not null. With a
+    /// number as above.
+    /// @{
     static void infoIPython(const char* text);
     static void warningIPython(const char* text);
     static void errorIPython(const char* text);
     static void infoIPython(int nr, const char* text);
     static void warningIPython(int nr, const char* text);
     static void errorIPython(int nr, const char* text);
+    /// @}
 
     /// The output itself, for a text of any length; not null. `flags` is a sum of 2 (call the
     /// level's callback) and 4 (write buffer, stream and file); the console is written in any case.
     /// `alternate` chooses the level's second colour.
+    /// @{
     static void infoI(const char* text, int flags, bool alternate);
     static void warningI(const char* text, int flags, bool alternate);
     static void errorI(const char* text, int flags, bool alternate);
+    /// @}
 
     /// Writes `text` (not null) and a newline to the console, without flushing. `type` is 0
     /// (plain), 1 (yellow), 4 (blue), 5 (cyan) on standard output, 2 (red), 6 (magenta) on standard
@@ -81,7 +87,7 @@ public:
     /// The text of the last error message, "" if there was none; valid until the next error
     /// message or clearLastError().
     static const char* getLastError();
-    static void clearLastError();
+    static void clearLastError();  ///< makes it ""
 
     // --- Callbacks, buffer and stream ------------------------------------------------------------
 
@@ -89,19 +95,19 @@ public:
     /// the call only, on the thread that logs and with the log's mutex held: it must not log. Null
     /// removes the callback.
     static void setInfoCB(void (*callback)(const char*));
-    static void setWarningCB(void (*callback)(const char*));
-    static void setErrorCB(void (*callback)(const char*));
+    static void setWarningCB(void (*callback)(const char*));  ///< the same
+    static void setErrorCB(void (*callback)(const char*));    ///< the same
 
     /// Appends every line to `buffer`, which stays the caller's and must outlive its use here.
     static void enableOutputBuffer(std::string& buffer);
-    static void disableOutputBuffer();
+    static void disableOutputBuffer();  ///< lines no longer go to the buffer
 
     /// Writes every line to a stream buffer, which stays the caller's and must outlive its use
     /// here; warnings in yellow, errors in red. Pass a `std::streambuf*`: a pointer to a class
     /// derived from it must be converted to `std::streambuf*` first, since it loses its type on the
     /// way.
     static void enableOutputStream(void* streambuf);
-    static void disableOutputStream();
+    static void disableOutputStream();  ///< lines no longer go to the stream
 
     // --- Lines and log file ----------------------------------------------------------------------
     // Formats of buffer, stream and file lines:
@@ -171,11 +177,11 @@ public:
     static int _log_format;       ///< 1 text, 2 HTML (the start value), 3 CSV
     static bool _add_time_stamp;  ///< whether text and CSV lines start with stamp, type and number
     static int _nr;               ///< added to the level's base number; threads write it atomically
-    static std::string _last_error;
-    static void (*_info_fp)(const char*);
-    static void (*_warning_fp)(const char*);
-    static void (*_error_fp)(const char*);
-    static std::string* _output_buffer;
-    static std::streambuf* _output_streambuf;
-    static std::string _log_file;  ///< path; empty: no file
+    static std::string _last_error;            ///< "" if there was none
+    static void (*_info_fp)(const char*);      ///< null: no callback
+    static void (*_warning_fp)(const char*);   ///< null: no callback
+    static void (*_error_fp)(const char*);     ///< null: no callback
+    static std::string* _output_buffer;        ///< null: no buffer
+    static std::streambuf* _output_streambuf;  ///< null: no stream
+    static std::string _log_file;              ///< path; empty: no file
 };

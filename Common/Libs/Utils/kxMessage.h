@@ -31,12 +31,14 @@ public:
     /// No attributes.
     explicit kxMessage(unsigned int id);
     /// Attributes set in the order of the arguments, each replacing an earlier one of its name.
+    /// @{
     kxMessage(unsigned int id, const std::string& name0, const boost::any& value0);
     kxMessage(unsigned int id, const std::string& name0, const boost::any& value0,
               const std::string& name1, const boost::any& value1);
     kxMessage(unsigned int id, const std::string& name0, const boost::any& value0,
               const std::string& name1, const boost::any& value1, const std::string& name2,
               const boost::any& value2);
+    /// @}
 
     /// Copies the attributes and, deliberately, NOT the id: the copy's id is 0.
     kxMessage(const kxMessage& other);
@@ -45,7 +47,7 @@ public:
     /// here are added; attributes that exist here keep their values; the id stays as it is.
     kxMessage& operator=(const kxMessage& other);
 
-    ~kxMessage() = default;
+    ~kxMessage() = default;  ///< destroys the stored values
 
     /// Stores a copy of `value` under `name`. An attribute that exists already is replaced if
     /// `overwrite` is true and otherwise kept.
@@ -65,8 +67,11 @@ public:
     /// True if an attribute of that name is stored, also when its value is empty.
     bool exists(const std::string& name) const;
 
+    /// The record's identifier, 0 unless set.
+    /// @{
     void setId(unsigned int id) { _id = id; }
     unsigned int id() const { return _id; }
+    /// @}
 
     /// All attributes in ascending byte order of their names; valid as long as the record.
     const std::map<std::string, boost::any>& getMap() const { return _attributes; }
@@ -108,4 +113,5 @@ bool getFromMessage(const kxMessage& message, const std::string& name, T& result
     return true;
 }
 
+/// The one instance that the library holds: for the index of the button that a user has chosen.
 extern template KXUTILS_API bool getFromMessage<int>(const kxMessage&, const std::string&, int&);

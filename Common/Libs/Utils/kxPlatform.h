@@ -31,19 +31,19 @@ public:
     ///
     /// Sets all locale categories to "C". The application's name is the file name up to its first
     /// dot; the executable's directory is the canonical directory part; the base directory is two
-    /// levels above. If <base>/bin/MAC/<name> does not exist, the base directory is taken from the
-    /// executable that the system says is running, silently. Directories that cannot be entered
+    /// levels above. If `<base>/bin/MAC/<name>` does not exist, the base directory is taken from
+    /// the executable that the system says is running, silently. Directories that cannot be entered
     /// leave the working directory in the answers. The working directory itself stays as it is.
     ///
     /// The preferences directory is below the home directory as "$HOME" names it, and is created if
     /// it is missing; a failure to create it is not reported. Where HOME is *empty*, it is
-    /// <base>/preferences, with a message on standard error. Where HOME is *not set*, "$HOME" stays
-    /// unexpanded (the log says so) and the preferences path starts with that literal text, below
-    /// the working directory: make sure that HOME is set.
+    /// `<base>/preferences`, with a message on standard error. Where HOME is *not set*, "$HOME"
+    /// stays unexpanded (the log says so) and the preferences path starts with that literal text,
+    /// below the working directory: make sure that HOME is set.
     static void init(const char* path);
 
     /// Initialises name and base directory only, as passed, for hosts that know their root. Sets
-    /// all locale categories to "C". Where <root>/bin/MAC does not exist, the name becomes "talo"
+    /// all locale categories to "C". Where `<root>/bin/MAC` does not exist, the name becomes "talo"
     /// and the base directory the working directory + "/../..", with a message on standard error;
     /// an application named "hesper" is let pass.
     static void init(const char* root, const char* appName);
@@ -56,8 +56,10 @@ public:
 
     /// The executable's directory and the base directory; empty before init, which is then logged
     /// as an error.
+    /// @{
     static const char* getExeDir();
     static const char* getBaseDir();
+    /// @}
 
     /// The directory `name` among the data that all users share, if that exists, otherwise in the
     /// base directory. "" for null.
@@ -65,23 +67,29 @@ public:
 
     /// getCommonDir("data") and getCommonDir("examples"), computed ONCE in the life of the process:
     /// asked before init, they keep the answer for an empty base directory.
+    /// @{
     static const char* getDataDir();
     static const char* getExamplesDir();
+    /// @}
 
-    /// See the layout above. getBinDir of an application named "hesper" is <base>/bin where the
+    /// See the layout above. getBinDir of an application named "hesper" is `<base>/bin` where the
     /// directory above it is missing.
+    /// @{
     static const char* getBinDir();
     static const char* getLibDir();
     static const char* getPluginsDir();
     static const char* getQtPluginsDir();
+    /// @}
 
     /// The user's directory for this application; ends with a slash unless HOME was empty. ""
     /// before init(path).
     static const char* getPreferencesDir();
 
     /// Start and end of a shared library's file name: "lib" and ".dylib".
+    /// @{
     static const char* getSOPrefix();
     static const char* getSOSuffix();
+    /// @}
 
     static bool isX64();  ///< always true
 
@@ -92,9 +100,9 @@ public:
     // Set in this order: init, edition flags and analysis mode, full name and year. A null pointer
     // is ignored.
 
-    static void setAppName(const char* name);  ///< does not rebuild the version name
-    static const char* getAppName();
-    static void setFullAppName(const char* name);               ///< rebuilds the version name
+    static void setAppName(const char* name);      ///< does not rebuild the version name
+    static const char* getAppName();               ///< as set or found by init
+    static void setFullAppName(const char* name);  ///< rebuilds the version name
     static void setDisplayVersionYearString(const char* year);  ///< rebuilds the version name
 
     /// Rebuilds the version name: the full name (or else the application's name; in analysis mode
@@ -108,16 +116,18 @@ public:
 
     static const char* getCompName();  ///< the maker's name: "Pelloran"
 
-    // Edition flags, independent of each other; the library does not read them.
+    /// Edition flags, independent of each other; the library does not read them.
+    /// @{
     static void setTaloCompact(bool on);
     static bool isTaloCompact();
     static void setTaloStudio(bool on);
     static bool isTaloStudio();
     static void setTaloPlayer(bool on);
     static bool isTaloPlayer();
+    /// @}
 
     static void setAnalysisMode(bool on);  ///< does not rebuild the version name
-    static bool getAnalysisMode();
+    static bool getAnalysisMode();         ///< false unless set
 
     // --- Display metrics -------------------------------------------------------------------------
 
@@ -125,12 +135,19 @@ public:
     /// below 96, and, deliberately, from 10240 on) for both axes, scales the icon sizes to it and
     /// prints the step on standard output. `dpiY` is ignored, deliberately.
     static void setDpi(std::uint64_t dpiX, std::uint64_t dpiY = 0);
+    /// The step that setDpi has chosen, 96 before.
+    /// @{
     static std::uint64_t getDpiX();
     static std::uint64_t getDpiY();
-    static double getDpiScaleX();  ///< dpi / 96
+    /// @}
+    /// That step / 96.
+    /// @{
+    static double getDpiScaleX();
     static double getDpiScaleY();
+    /// @}
 
     /// Icon sizes in pixels, stored as passed until the next setDpi.
+    /// @{
     static void setSmallIconSize(std::uint64_t x, std::uint64_t y);
     static void setMediumIconSize(std::uint64_t x, std::uint64_t y);
     static void setLargeIconSize(std::uint64_t x, std::uint64_t y);
@@ -140,8 +157,12 @@ public:
     static std::uint64_t getMediumIconSizeY();
     static std::uint64_t getLargeIconSizeX();
     static std::uint64_t getLargeIconSizeY();
-    static std::uint64_t getTreeViewIconSizeX();  ///< small icon size + 4
+    /// @}
+    /// Small icon size + 4.
+    /// @{
+    static std::uint64_t getTreeViewIconSizeX();
     static std::uint64_t getTreeViewIconSizeY();
+    /// @}
 
 private:
     static std::string _exe_dir;

@@ -18,6 +18,8 @@ public:
 
     /// 2^-32 each: takes a 32-bit random word into [0, 1]. The upper end is reached: the 128
     /// largest words round to 2^32 as a float.
+    /// @{
     static const float s_rcpFloatMax1;
     static const float s_rcpFloatMax2;
+    /// @}
 };

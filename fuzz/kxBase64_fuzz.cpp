@@ -77,8 +77,8 @@ std::string checkEncode(const std::string& bytes, std::size_t capacity) {
     const unsigned long length = text.size();
     require(length <= kxBase64::getEncodeSize(bytes.size()), "the encode size is too small");
     checkRaw("encoding", encodeRaw, bytes, length, bytes.empty() ? "" : text + '\0');
-    for (const kx::detail::Base64Kernel* kernel : kx::detail::base64Kernels)
-        if (kernel->usable()) checkRaw(kernel->name, kernel->encode, bytes, length, text + '\0');
+    for (const kx::detail::Base64Kernel& kernel : kx::detail::base64Kernels())
+        if (kernel.usable()) checkRaw(kernel.name, kernel.encode, bytes, length, text + '\0');
     checkStrings(encodeToString, encodeString, bytes, text, capacity);
     return text;
 }
@@ -89,8 +89,8 @@ void checkDecode(const std::string& text, std::size_t capacity) {
     require(decoded.written.size() <= kxBase64::getDecodeSize(text.size()),
             "the decode size is too small");
     checkRaw("decoding", decodeRaw, text, length, decoded.written);
-    for (const kx::detail::Base64Kernel* kernel : kx::detail::base64Kernels)
-        if (kernel->usable()) checkRaw(kernel->name, kernel->decode, text, length, decoded.written);
+    for (const kx::detail::Base64Kernel& kernel : kx::detail::base64Kernels())
+        if (kernel.usable()) checkRaw(kernel.name, kernel.decode, text, length, decoded.written);
     checkStrings(decodeToString, decodeString, text, decoded.complete ? decoded.written : "",
                  capacity);
 

@@ -28,8 +28,8 @@ std::vector<Function> functions() {
                                  {"calc_1byte", kxCRC32::calc_1byte},
                                  {"calc_4bytes", kxCRC32::calc_4bytes},
                                  {"calc_8bytes", kxCRC32::calc_8bytes}};
-    for (const kx::detail::Crc32Kernel* kernel : kx::detail::crc32Kernels)
-        if (kernel->usable()) all.push_back({kernel->name, kernel->calc});
+    for (const kx::detail::Crc32Kernel& kernel : kx::detail::crc32Kernels())
+        if (kernel.usable()) all.push_back({kernel.name, kernel.calc});
     return all;
 }
 

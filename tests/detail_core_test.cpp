@@ -68,18 +68,17 @@ INSTANTIATE_TEST_SUITE_P(Table, TruncateToInt32, testing::ValuesIn(truncateCases
 
 static_assert(truncateToInt32(-1.5) == -1 && truncateToInt32(1e10) == smallest, "constant too");
 
-TEST(KernelTable, StartsWithThePortableOneAndChoosesTheFirstUsable) {
+TEST(KernelTable, FastestIsTheFirstUsable) {
     struct Kernel {
         bool (*usable)();
+        int number;
     };
     const auto yes = [] { return true; };
     const auto no = [] { return false; };
-    const Kernel newest{no}, newer{no}, older{yes}, portable{yes};
-    const Kernel* const rows[] = {&newest, &newer, &older, &portable};
-    kx::detail::KernelTable<Kernel> table(rows);
-    EXPECT_EQ(table.fastest, &portable);
-    table.choose();
-    EXPECT_EQ(table.fastest, &older);
+    using Table = kx::detail::KernelTable<Kernel>;
+    EXPECT_EQ((Table{{{{no, 1}, {yes, 2}, {yes, 3}}}, 3}.fastest().number), 2);
+    EXPECT_EQ((Table{{{{no, 1}, {no, 2}, {yes, 3}}}, 3}.fastest().number), 3);
+    EXPECT_EQ((Table{{{{yes, 1}, {}, {}}}, 1}.fastest().number), 1);
 }
 
 TEST(ExecutablePath, IsThatOfTheRunningProgram) {

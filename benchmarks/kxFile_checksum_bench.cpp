@@ -92,7 +92,7 @@ const bool registered = [] {
     // The lines printed for correct files are not for the results' reader. These go to the standard
     // output of before: std::cout keeps it.
     stdout = std::fopen("/dev/null", "w");
-    for (const std::size_t size : {1024, 4096, 65536, 16 << 20}) {
+    for (const std::size_t size : {1024UL, 4096UL, 65536UL, 16UL << 20}) {
         const std::string path = kxbench::scratch("stamped" + std::to_string(size));
         const std::string data = kxbench::randomBytes(size).substr(footerSize);
         std::ofstream(path, std::ios::binary) << data;

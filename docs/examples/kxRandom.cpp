@@ -11,7 +11,8 @@ static std::uint32_t drawWord() {
         for (std::uint32_t& word : kxRandom::s_randomTable)
             word = static_cast<std::uint32_t>(words());
     const std::uint32_t word = kxRandom::s_randomTable[kxRandom::s_index];
-    kxRandom::s_index = (kxRandom::s_index + 1) % kxRandom::s_randomTable.size();
+    ++kxRandom::s_index;
+    if (kxRandom::s_index == kxRandom::s_randomTable.size()) kxRandom::s_index = 0;
     return word;
 }
 

@@ -25,6 +25,9 @@ std::map<long long, std::size_t> dynamicSection() {
 }  // namespace
 
 TEST(LibraryLoad, RelocatesLittle) {
+#ifdef __clang__
+    GTEST_SKIP() << "the count is that of GCC, which packages are built with";
+#endif
 #ifndef __OPTIMIZE__
     GTEST_SKIP() << "without optimisation, what should be inlined is looked up";
 #endif

@@ -6,15 +6,14 @@
 #include <kxFont.h>
 
 int main() {
-    const int width = 19,
-              height = 7;  // three cells, and one pixel: a cell must end before the edge
+    // Three cells, and one pixel: a cell must end before the edge.
+    const std::size_t width = 19, height = 7;
     std::vector<unsigned char> image(width * height * 3);
     kxFont::drawText(image.data(), "204", width, 0x0000FF);  // red, in an RGB picture
 
-    for (int y = height - 1; y >= 0; --y) {  // the bottom row comes first in memory
+    for (std::size_t y = height; y-- != 0;) {  // the bottom row comes first in memory
         std::string row;
-        for (int x = 0; x < width; ++x)
-            row += image[static_cast<std::size_t>(3 * (y * width + x))] != 0 ? '#' : '.';
+        for (std::size_t x = 0; x < width; ++x) row += image[3 * (y * width + x)] != 0 ? '#' : '.';
         std::cout << row << '\n';
     }
 }

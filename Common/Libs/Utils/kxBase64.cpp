@@ -7,7 +7,6 @@
 
 using kx::detail::Base64Decoder;
 using kx::detail::Base64Kernel;
-using kx::detail::Base64Progress;
 
 namespace {
 

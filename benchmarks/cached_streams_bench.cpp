@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Whole files through streams, opened and closed each time, and reads at random offsets.
 #include <fcntl.h>
 #include <unistd.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Each kernel against the next one of its table, which it has to beat clearly to be there.
 #include <memory>
 

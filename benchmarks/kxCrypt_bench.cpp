@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A text coded byte by byte, in place, as the callers of kxCrypt do it.
 #include "kxCrypt.h"
 

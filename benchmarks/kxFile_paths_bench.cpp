@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Path names and their expansion beside std::filesystem, Abseil, GLib and wordexp.
 #include <pwd.h>
 #include <unistd.h>

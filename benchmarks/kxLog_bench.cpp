@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // One message through the log, its console being the null device: the standard streams are
 // redirected for the life of the program, and its report goes where standard output went before.
 #include "kxLog.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Numbers and texts, beside the standard library, Abseil, {fmt} and Boost.
 #include "kxString.h"
 

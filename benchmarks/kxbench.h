@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The frame of all benchmarks: contenders for one operation, timed in the same run.
 #pragma once
 

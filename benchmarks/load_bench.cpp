@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What it costs to load a library, each time by a fresh process.
 #include <dlfcn.h>
 #include <link.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // load_helper LIBRARY [DEPENDENCY...]
 // Loads the dependencies, then the library, and prints how many nanoseconds the latter took. Links
 // nothing but the C library, so that all else is loaded here.

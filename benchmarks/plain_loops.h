@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What the library does, as one would write it down, compiled with -O3.
 #pragma once
 

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kxUtils authors
+# SPDX-License-Identifier: MIT
+
 # kx_compile_options(TARGET): what every target of this project is compiled with.
 # Warnings become errors with CMake's own switch: -DCMAKE_COMPILE_WARNING_AS_ERROR=ON.
 function(kx_compile_options TARGET)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kxUtils authors
+# SPDX-License-Identifier: MIT
+
 # Finds what the build needs; a missing package is named together with the command that installs it.
 function(kx_require PACKAGE DEBIAN_PACKAGE)
   find_package(${PACKAGE} QUIET ${ARGN} GLOBAL)

@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kxUtils authors
+# SPDX-License-Identifier: MIT
+
 # CPack: three Debian packages (runtime, dev, tools) or one archive; scripts/package makes them all.
 set(CPACK_PACKAGE_VENDOR "kxUtils")
 set(CPACK_PACKAGE_CONTACT "kxUtils maintainers <maintainers@kxutils.example>")

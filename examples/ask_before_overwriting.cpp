@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Asks the user before a file is overwritten: the library puts the question, the application shows
 // it. A window would do that in a real one; here the answer is the second argument.
 //

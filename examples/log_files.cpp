@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Logs into a text file and, at the same time, into a callback that an application would use to
 // show warnings in its status line.
 //

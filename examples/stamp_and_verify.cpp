@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Protects a file against damage: appends a checksum, verifies it, changes one byte and verifies
 // again.
 //

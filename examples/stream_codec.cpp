@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Reads a file of any size through one buffer and makes its Base64 text and its CRC-32 on the way.
 //
 //     stream_codec FILE

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The cached streams: any sequence of operations on an input or output stream does what the models,
 // which work on strings in place of files, say.
 #include <unistd.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Reads the bytes that a fuzzer makes up as numbers and texts.
 #pragma once
 

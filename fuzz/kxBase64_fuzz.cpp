@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxBase64: every kernel and form agrees with the slow model and touches nothing beyond its
 // buffers; what was encoded decodes to itself, whatever foreign bytes come in between.
 #include "kxBase64.h"

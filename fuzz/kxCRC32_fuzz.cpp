@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxCRC32: every implementation agrees with a division bit by bit, whole and in pieces; the hash
 // agrees with its model.
 #include "kxCRC32.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // File checksums: whatever stands at the end of a file, the answers and messages follow the rules,
 // written out here over the file's bytes; and what has been stamped is found correct.
 #include <optional>

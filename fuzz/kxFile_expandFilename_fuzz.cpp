@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxFile::expandFilename: paths and environments of all kinds give what the model says, with the
 // same errors in the log. The process's own environment is put aside meanwhile.
 #include <pwd.h>

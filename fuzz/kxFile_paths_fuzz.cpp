@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxFile's functions on path names agree with models that follow the rules character by character.
 #include "input.h"
 #include "kxFile.h"

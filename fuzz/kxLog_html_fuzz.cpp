@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // HTML lines of the log: whatever a message holds, no element but the log's own comes out, and the
 // text can be read back.
 #include "input.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Log files: whatever an existing file of the name holds, opening the log and writing messages in
 // each format moves, creates and appends as the model says, which works on strings in place of
 // files; no byte of an old log is lost, but that of an earlier file moved aside under the same

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxMessage: records that are changed, copied, merged and read in any order behave like a plain map
 // and a number beside it.
 #include "kxMessage.h"

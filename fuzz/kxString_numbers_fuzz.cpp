@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxString's numbers: reading agrees with a standard stream in the classic locale, lists are cut
 // and digits grouped as the models do it, always within bounded time and space.
 #include <cmath>

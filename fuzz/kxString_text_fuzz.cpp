@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxString's option texts, replacement, splitting and comparisons agree with models that follow the
 // rules character by character.
 #include "kxString.h"

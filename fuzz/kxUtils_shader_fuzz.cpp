@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Shader decryption and its cipher: well-formed blocks decode to what was encoded, by one key
 // stream from their first byte on, and nothing behind their end is read.
 #include <cstring>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Feeds a fuzz target with files, for builds without libFuzzer.
 //
 //     NAME_corpus FOLDER

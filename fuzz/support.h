@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What the fuzz targets share: checks, a folder of their own, and a console that stays empty.
 #pragma once
 

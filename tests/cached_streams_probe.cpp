@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Uses one stream on one file, so that a test can count its system calls.
 //   cached_streams_probe read|seek NAME BUFFER
 //   cached_streams_probe write NAME BUFFER BYTES

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Both stream pairs together: what one writes the other reads, and what either costs the system.
 #include <gtest/gtest.h>
 

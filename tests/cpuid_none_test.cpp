@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The unit for processors without CPUID, compiled and run on every machine.
 #include <gtest/gtest.h>
 

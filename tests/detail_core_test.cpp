@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The pieces below the host bridge and the platform that no public function shows directly.
 #include <gtest/gtest.h>
 

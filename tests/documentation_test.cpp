@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The examples of the API documentation, each run in a directory of its own: a program must print
 // exactly what its last lines say.
 #include <gtest/gtest.h>

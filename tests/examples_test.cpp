@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The programs of examples/, run as their first lines say.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Files: a failure is the result that stands for it, with the error number of the call that failed;
 // success is only reported for what is really there.
 #include <vector>

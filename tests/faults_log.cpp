@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The log: a message never fails. A destination for which memory runs out, or which the system
 // refuses, misses it as a whole; the others get it. What was logged before is never lost.
 #include <cstdlib>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The platform's static values: each is the old or the new one, never a part of it, and a later
 // call sets what an earlier one could not.
 #include <vector>

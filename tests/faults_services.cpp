@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Temporary files, expansion, commands, streams, memory and libraries: as for files, a failure is
 // the result that stands for it.
 #include <pwd.h>

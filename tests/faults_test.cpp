@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Every step of every operation fails once: each allocation (alone, and with all that follow), and
 // each call of the operating system in the ways in which it can fail. What the operation promises
 // for that case holds then, nothing leaks, and the log can still be used.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Functions and values without files: an allocation that fails leaves by std::bad_alloc, and every
 // object as it was.
 #include <map>

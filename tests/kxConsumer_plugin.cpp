@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A library with a function that only another library defines: it loads lazily in any case, and at
 // once only where that definition is visible.
 extern "C" {

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The functions on path names ask for no more memory than their result takes. This program replaces
 // operator new, which the library then calls as well.
 #include <gtest/gtest.h>

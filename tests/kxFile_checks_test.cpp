@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // checkRead and checkWrite, observed in a child process that is not the super-user: what the host
 // is asked, what is logged, in which order, and what is answered.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Calls one function on one file, so that a test can count what it asks of the system.
 #include <cstdint>
 #include <string>

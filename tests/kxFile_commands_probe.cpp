@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxFile_commands_probe FIFO COMMAND: runs COMMAND with kxFile::execute_no_output, the standard
 // output of this process being FIFO and unbuffered.
 #include <fcntl.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Expansion of environment variables and home directories.
 #include <gtest/gtest.h>
 #include <pwd.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The functions on path names agree with their models on texts of every short length, whose memory
 // ends where they end.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Path names: every function on the text of a path, and the working directory.
 #include <gtest/gtest.h>
 #include <sys/stat.h>

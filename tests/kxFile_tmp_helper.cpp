@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Does what its arguments say, in their order, and prints what is answered: the temporary directory
 // is chosen once per process.
 //

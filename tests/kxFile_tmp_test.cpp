@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The temporary directory is chosen once per process: every case runs a process of its own.
 #include <gtest/gtest.h>
 #include <sys/stat.h>

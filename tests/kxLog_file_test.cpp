@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The log file: choosing it, its head, its lines, and what goes wrong with it.
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What the tests of the log share: the table of levels, a fixture that starts and ends with the
 // log's initial state, captured console output, and a time zone in which it is noon.
 #pragma once

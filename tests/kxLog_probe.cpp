@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What the tests of the log run as a process of its own.
 //
 //   kxLog_probe initial-state              prints the log's public state

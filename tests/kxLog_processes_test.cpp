@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Several processes that log to one file, processes that are killed while they do, and a disk that
 // is full for a while.
 #include <fcntl.h>

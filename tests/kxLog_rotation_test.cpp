@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Old log files: how they are recognised and moved aside, when the file is chosen and, in CSV
 // format, with every message.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Texts that several threads and processes log: whoever reads them back can tell which are whole.
 #pragma once
 

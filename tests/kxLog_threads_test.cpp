@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The log under several threads: no text mixed, torn or lost.
 #include <gtest/gtest.h>
 

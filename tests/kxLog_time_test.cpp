@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The log while the clock moves: over midnight, the year's end and 29 February, through both clock
 // changes of several zones, and backwards. The clock is libfaketime's, in a process of its own.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxPlatform_probe ACTION...: calls kxPlatform in a fresh process and prints "action=result" for
 // every getter. Other actions, with their arguments in the words that follow them:
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Start-up and installation layout. What happens once in the life of a process, or depends on how
 // it was started, is tried in the processes of kxPlatform_probe.
 #include "kxPlatform.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The tool that enciphers shader texts, and what it has made for the library.
 #include <gtest/gtest.h>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Many numbers, written and read beside the streams. With KX_NUMBERS_FULL=1 in the environment each
 // test takes about a hundred million of them, which takes minutes.
 #include <gtest/gtest.h>

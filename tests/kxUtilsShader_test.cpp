@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Shader decryption and the built-in default material.
 #include <dlfcn.h>
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Expands its argument in a process with a user database of its own: the effective user's home
 // directory is the variable PROBE_HOME (no entry if it is not set), and "ann" lives in "/ann".
 // A symbol of the executable precedes the C library's.

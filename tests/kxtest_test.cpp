@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The test support's own tests: a helper that hides a failure would hide it in every test.
 #include "kxtest.h"
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Checksum footers on the command line: verify, stamp, inspect; and selftest.
 #include <sys/stat.h>
 #include <unistd.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Base64, CRC-32 and shader blocks on the command line.
 #include <cstdio>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Preloaded into the command-line program: makes what cannot be arranged from outside happen at a
 // known moment. KXTEST_FAULT chooses.
 //

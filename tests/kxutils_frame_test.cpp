@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What all sub-commands share: help, arguments, streams, documents, exit codes.
 #include <unistd.h>
 

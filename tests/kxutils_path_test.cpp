@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Paths, directories, the processor and numbers on the command line.
 #include <filesystem>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What shows on a terminal only, and faults that have to be made.
 #include <fcntl.h>
 #include <pty.h>

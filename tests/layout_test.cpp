@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Layouts and virtual operations that plug-ins are compiled against: none may ever move.
 #include <dlfcn.h>
 #include <elf.h>

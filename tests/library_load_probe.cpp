@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // library_load_probe LIBRARY: loads the library and prints how often its constructors have
 // allocated memory with the operator new.
 #include <dlfcn.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What loading the library costs whoever starts with it. Time is for the benchmark; here stands
 // what does not depend on the machine.
 #include <dlfcn.h>

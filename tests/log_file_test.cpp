@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What the log does with its file that is unsafe to try through the log itself: run by the
 // super-user, a mistake would move the system's devices.
 #include "detail/log_file.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The tour in the README: its commands are run as they stand there, and must print what stands
 // there.
 #include <gtest/gtest.h>

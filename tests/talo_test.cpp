@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The host application, run as a process from the installation layout that the build has staged.
 #include <gtest/gtest.h>
 #include <pty.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // What the headers allow any thread to call, called by eight threads at the same time, the first
 // call included: results are right, and ThreadSanitizer, where the tests are built with it, stays
 // silent. (The log has tests of its own.)

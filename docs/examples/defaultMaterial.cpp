@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The texts of the two built-in shader programs, ready for the graphics driver.
 #include <iostream>
 #include <sstream>

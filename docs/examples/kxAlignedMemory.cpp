@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A block for vector instructions, grown without losing its content.
 #include <cstdint>
 #include <cstring>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Into a string, and into a buffer of one's own.
 #include <iostream>
 #include <string>

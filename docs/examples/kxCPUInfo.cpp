@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Chooses code by processor, and tests the choice on another one.
 #include <iostream>
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The check value of CRC-32, at once and in pieces, and a hash.
 #include <iostream>
 

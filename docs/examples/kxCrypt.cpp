@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The same object, started again, turns coded bytes back. The key and the bytes are published ones.
 #include <iomanip>
 #include <iostream>

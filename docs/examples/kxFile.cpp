@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Paths, a file, and a checksum that protects it.
 #include <iostream>
 #include <string>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A label in the lower left corner of a picture, shown here as text.
 #include <iostream>
 #include <string>

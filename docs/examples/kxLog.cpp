@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // One message, several destinations. Errors go to standard error, in red.
 #include <iostream>
 #include <string>

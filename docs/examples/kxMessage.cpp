@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A request, the reply in the same record, and what copying does.
 #include <iostream>
 #include <string>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Who the application is, where it is installed, how large its icons are.
 #include <iostream>
 

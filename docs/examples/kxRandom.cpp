@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The application's generator keeps its words in the library, so that all plug-ins draw from it.
 #include <iostream>
 #include <random>

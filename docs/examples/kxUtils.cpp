@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A host's callback, and a plug-in's request to it.
 #include <cstring>
 #include <iostream>

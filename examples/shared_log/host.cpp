@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A host that loads a plug-in. Both link the same libkxUtils, so there is one log: what the plug-in
 // says arrives at the host's callback.
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // talo: a host application without a window, to read when you write one of your own.
 //
 // It starts from an installation layout, tells the library who it is, answers the library's

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Answers the library's requests on the terminal, where a host with windows would open a dialog.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Every public header, and something of the library behind most of them.
 #include <cached_ifstream.h>
 #include <cached_ofstream.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A slow, literal model of kxFile::abs2Rel: one statement per rule, no cleverness.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The rules of cached_istreambuf, written out over a string in place of a file: slow, with indices
 // instead of pointers, one step per rule.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The rules of cached_streambuf, written out over a string in place of a file, one character after
 // the other.
 #pragma once

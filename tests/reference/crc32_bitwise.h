@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // CRC-32 of IEEE 802.3 one bit at a time: the remainder of a polynomial division, bits of a byte
 // lowest first.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // A slow, literal model of kxFile::expandFilename: character by character, with the environment and
 // the user database as values.
 #pragma once

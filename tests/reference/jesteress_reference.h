@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // FNV-1a "Jesteress" by positional arithmetic on 64-bit integers.
 #pragma once
 

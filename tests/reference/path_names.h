@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Slow, literal models of kxFile's functions on path names: one statement per rule, no cleverness.
 // abs2Rel has a file of its own.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Makes one step of an operation fail: an allocation, or a call of the operating system.
 #pragma once
 

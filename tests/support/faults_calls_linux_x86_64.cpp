@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Every system call of a thread passes here while it is watched, whoever makes it: those that the C
 // library makes inside fclose or popen too, which no replaced function would see. Linux 5.11 and
 // later hand them back to the program as a signal ("syscall user dispatch", prctl(2)).

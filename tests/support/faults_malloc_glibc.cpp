@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The program's malloc family, which the C and C++ libraries call as well: the GNU library's own
 // behind a gate.
 #include <cerrno>

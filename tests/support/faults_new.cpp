@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The program's operator new, which the library calls as well: for programs whose malloc belongs to
 // somebody else (a sanitizer), and other systems.
 #include <algorithm>

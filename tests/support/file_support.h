@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Helpers for tests of file functions: sparse files, and work done as an ordinary user.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Memory for tests of functions that must not read or write outside what they were given.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Helpers shared by all tests. Everything a test changes in the process (environment, working
 // directory, redirected streams, files) is put back by the destructor of the object that changed
 // it.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Runs the command-line program as a process, in a directory and with a home of its own.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Entry point of every test program: the home directory is a temporary one, and no variable of the
 // caller's steers the library.
 #include <gtest/gtest.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // RFC 6229, "Test Vectors for the Stream Cipher RC4": all keys, lengths and offsets.
 #pragma once
 

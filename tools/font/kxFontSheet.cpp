@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Writes a picture of the built-in font to standard output: binary PPM, eight times enlarged.
 //
 //     kxFontSheet                       every character of the font

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils base64: encodes, decodes and checks inputs of any size.
 #include <CLI/CLI.hpp>
 #include <algorithm>

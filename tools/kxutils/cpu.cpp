@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils cpu: what the processor says about itself.
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils crc: CRC-32 of files, as lines that can be checked later.
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils dirs: the installation layout as the library sees it.
 #include <CLI/CLI.hpp>
 #include <cstdlib>

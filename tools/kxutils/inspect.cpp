@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils inspect: where the footers of a file stand and what they hold.
 #include <CLI/CLI.hpp>
 #include <filesystem>

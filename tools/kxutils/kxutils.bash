@@ -1,3 +1,6 @@
+# SPDX-FileCopyrightText: 2026 The kxUtils authors
+# SPDX-License-Identifier: MIT
+
 # bash completion of kxutils; installed as share/bash-completion/completions/kxutils
 _kxutils() {
     local word=${COMP_WORDS[COMP_CWORD]} previous=${COMP_WORDS[COMP_CWORD - 1]} command=${COMP_WORDS[1]}

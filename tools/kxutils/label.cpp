@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils label: a line of text in a picture's lower left corner.
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils log: lines of standard input, written through the library's log.
 #include <sys/stat.h>
 #include <CLI/CLI.hpp>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils: the library's work on the command line. What all sub-commands share is decided here:
 // standard streams, arguments, exit codes.
 #include <CLI/CLI.hpp>

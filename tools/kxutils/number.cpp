@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils number: digits in groups, lists of values.
 #include <CLI/CLI.hpp>
 #include <algorithm>

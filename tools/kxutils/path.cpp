@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils path: one result a line, for shell use.
 #include <CLI/CLI.hpp>
 #include <map>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // How far the work is, shown to those who wait in front of a terminal.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The results of a sub-command, item by item, as text or as one JSON document.
 #pragma once
 

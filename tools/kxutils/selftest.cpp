@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils selftest: published vectors through the codecs, checksums and ciphers of the library.
 #include <CLI/CLI.hpp>
 #include <array>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils shader: makes and reads enciphered shader blocks.
 #include <CLI/CLI.hpp>
 #include <array>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils stamp: appends checksum footers.
 #include <CLI/CLI.hpp>
 #include <filesystem>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Files and standard streams, read and written in blocks, with every failure heard.
 #pragma once
 

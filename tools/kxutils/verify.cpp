@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // kxutils verify: checks the checksum footers of files, on several threads.
 #include <CLI/CLI.hpp>
 #include <algorithm>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Enciphers a shader's text and prints the C++ source unit that embeds it in the library:
 //
 //     cd Common/Libs/Utils/shader

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // File input through a read buffer of chosen size.
 #pragma once
 

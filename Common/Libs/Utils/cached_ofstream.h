@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // File output through a write buffer of chosen size, and a stream that only counts bytes.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // CRC-32 checksums and a fast 32-bit hash.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Export marker of libkxUtils.
 //
 // The library is built with hidden symbols; what applications and plug-ins use carries KXUTILS_API.

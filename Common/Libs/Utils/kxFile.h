@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Path names, file operations, temporary files, file checksums and external commands.
 #pragma once
 

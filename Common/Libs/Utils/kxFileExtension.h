@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Registry of file formats and of the file-name extensions that belong to each.
 #pragma once
 

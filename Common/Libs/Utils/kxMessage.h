@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The record of named, dynamically typed values that the library and its host exchange.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Where the application is installed, who it is, and how its screen is measured.
 #pragma once
 

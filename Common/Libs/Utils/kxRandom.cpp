@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 #include "kxRandom.h"
 
 std::array<std::uint32_t, 624> kxRandom::s_randomTable{};

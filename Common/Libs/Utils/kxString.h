@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Text helpers: numbers and lists of numbers, option texts, replacement, splitting.
 #pragma once
 

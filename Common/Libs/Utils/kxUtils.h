@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The bridge to the host application, small operating-system services, and shader decryption.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Character rules of the "C" locale, which no locale of the process changes and no byte above 127
 // confuses.
 #pragma once

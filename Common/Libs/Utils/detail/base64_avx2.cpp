@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Base64 with AVX2 (Mula and Lemire: Faster Base64 Encoding and Decoding Using AVX2 Instructions,
 // ACM Transactions on the Web 12, 2018).
 #include <immintrin.h>

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Base64 with AVX-512 VBMI (Mula and Lemire: Base64 encoding and decoding at almost the speed of a
 // memory copy, Software: Practice and Experience 50, 2020), and VBMI2 for texts with other bytes in
 // between.

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The arithmetic of CRC-32, and the kernels of kxCRC32::calc.
 #pragma once
 

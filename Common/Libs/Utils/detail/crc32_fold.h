@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Constants and last steps of CRC-32 by carry-less multiplication (Gopal, Ozturk, Guilford and
 // others: Fast CRC Computation for Generic Polynomials Using PCLMULQDQ Instruction, Intel, 2009).
 //

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // CRC-32 by carry-less multiplication of 16 bytes at a time.
 #include "detail/crc32.h"
 #include "detail/crc32_fold.h"

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Floats as decimal text and back where one multiplication of 64-bit words tells the answer, which
 // it does but for a few numbers in a billion. The others are left to the caller.
 //

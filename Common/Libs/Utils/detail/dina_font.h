@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The built-in bitmap font.
 //
 // Design: a character cell is 6 pixels wide and 7 high. Capitals, digits and ascenders take rows 0

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // CRC-32 of files and memory, and the checksum footer of a stamped file. Nothing here prints or
 // logs.
 //

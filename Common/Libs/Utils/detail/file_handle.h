@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // An open file that closes itself and leaves the error number of the call that failed.
 #pragma once
 

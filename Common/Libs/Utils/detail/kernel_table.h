@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Versions of one operation for different processors.
 //
 // Tables are made by functions when they are asked for. As constant data they would be pointers,

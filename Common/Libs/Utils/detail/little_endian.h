@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Words of a byte sequence, independent of alignment and of the processor's byte order.
 #pragma once
 

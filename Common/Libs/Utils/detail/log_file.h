@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Files that the log writes to: stamps, heads, lines, and the age of an existing file.
 #pragma once
 

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Conversion of a double to a 32-bit integer that is defined for every value.
 #pragma once
 

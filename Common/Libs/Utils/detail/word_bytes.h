@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // Searches in a text, eight or sixteen bytes at a time and without a call, which would take longer
 // than finding what is near.
 #pragma once

@@ -1,3 +1,6 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
 // The default material's two shader programs, built into the library in enciphered form.
 //
 //     const std::string fragmentText = kxUtils::decryptShader(__defaultMaterial_fp);

@@ -1,6 +1,3 @@
-// SPDX-FileCopyrightText: 2026 The kxUtils authors
-// SPDX-License-Identifier: MIT
-
 // Made by kxShaderPack of tools/shaders/defaultMaterial.fp; do not edit.
 #include "defaultMaterial.h"
 

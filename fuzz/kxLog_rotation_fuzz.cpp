@@ -333,6 +333,11 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             "after setLogFile", state, folder, [&] { kxLog::setLogFile(path.c_str()); },
             [&](State& expected, std::time_t now) { openLog(expected, settings, path, now); });
         for (int messages = 0; messages < 4 && !input.empty(); ++messages) {
+            const auto log = state.files.find(state.logFile);
+            // A header without an end makes the first message the stamp that the next one reads.
+            if (settings.format == 3 && log != state.files.end() &&
+                !firstStamp(log->second, true).isRepresentable)
+                break;
             const Level& level = levels[input.upTo(2)];
             const std::string packed = input.text(), text = unpacked(packed).c_str();
             compare(

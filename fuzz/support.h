@@ -27,11 +27,15 @@ inline void require(bool holds, const char* what) {
     if (!holds) fail(what);
 }
 
+template <class Value>
+[[noreturn]] void failDifferent(const char* what, const Value& got, const Value& expected) {
+    fail(std::string(what) + " is " + shown(got) + " and should be " + shown(expected));
+}
+
 /// `what` is as it must be.
 template <class Value>
 void requireEqual(const char* what, const Value& got, const Value& expected) {
-    if (!(got == expected))
-        fail(std::string(what) + " is " + shown(got) + " and should be " + shown(expected));
+    if (!(got == expected)) failDifferent(what, got, expected);
 }
 
 /// A new folder of this process below the system's temporary one; removed when the process ends.

@@ -6,7 +6,7 @@
 # name alone (LICENSE) is no link to Doxygen.
 /^<!--$/,/^-->$/d
 s,\]\((\.\./)+([^)]*[^)d])\),](\2),g
-s,\[`?([^]`]+)`?\]\(Common/Libs/Utils/(kxAlignedMemory\.h)\),[\1](@ref \2),g
+s,\[`?([^]`]+)`?\]\(Common/Libs/Utils/((kxAlignedMemory|kxExport)\.h)\),[\1](@ref \2),g
 s,\[`?([^]`]+)`?\]\(Common/Libs/Utils/shader/(defaultMaterial\.h)\),[\1](@ref \2),g
 s,\[`?([^]`]+)`?\]\(Common/Libs/Utils/([A-Za-z0-9_]+)\.h\),[\1](@ref \2),g
 s,\]\(([A-Z]+)\),](./\1),g

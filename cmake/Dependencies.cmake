@@ -8,6 +8,7 @@ function(kx_require PACKAGE DEBIAN_PACKAGE)
     message(FATAL_ERROR
       "kxUtils needs ${PACKAGE}; install it with: sudo apt-get install ${DEBIAN_PACKAGE}")
   endif()
+  set(${PACKAGE}_VERSION "${${PACKAGE}_VERSION}" PARENT_SCOPE)
 endfunction()
 
 kx_require(Boost libboost-dev)

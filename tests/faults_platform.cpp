@@ -3,6 +3,7 @@
 
 // The platform's static values: each is the old or the new one, never a part of it, and a later
 // call sets what an earlier one could not.
+#include <filesystem>
 #include <vector>
 
 #include "faults_operations.h"
@@ -46,6 +47,32 @@ void initByPath(Attempt& attempt) {
         installation.expectAll();
     kxPlatform::init(installation.executable.c_str());
     installation.expectAll();
+}
+
+// Outside any installation the base directory is found by the running executable.
+void initElsewhere(Attempt& attempt) {
+    const TempDir dir;
+    const kxtest::ScopedEnv home("HOME", dir.makeDir("home").c_str());
+    const kxtest::ScopedCwd cwd(dir.makeDir("a/b/c"));
+    const auto init = [] { kxPlatform::init("elsewhere"); };
+    attempt.run(init);
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    const std::string base = kxPlatform::getBaseDir();
+    init();
+    if (attempt.failedAt("readlink")) {
+        EXPECT_TRUE(base == kxPlatform::getBaseDir() || base == dir.file("a") ||
+                    base == dir.file("a/b/c"))
+            << base;
+    } else if (!attempt.failed()) {
+        EXPECT_EQ(base, kxPlatform::getBaseDir());
+    }
+    EXPECT_EQ(kxFile::getCurrentDir(), dir.file("a/b/c"));
+    std::error_code error;
+    const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (!error) {
+        EXPECT_EQ(kxPlatform::getBaseDir(),
+                  executable.parent_path().parent_path().parent_path().string());
+    }
 }
 
 void initByRoot(Attempt& attempt) {
@@ -144,6 +171,7 @@ void setDpi(Attempt& attempt) {
 
 const std::vector<Operation> platformOperations = {
     inOwnProcess({"InitByPath", initByPath, allSteps}),
+    inOwnProcess({"InitElsewhere", initElsewhere, allSteps}),
     inOwnProcess({"InitByRoot", initByRoot, allSteps}),
 
     inOwnProcess({"CommonDir", commonDir}),

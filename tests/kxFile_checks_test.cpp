@@ -13,6 +13,9 @@
 #include <cstring>
 #include <functional>
 #include <limits>
+#include <string>
+#include <utility>
+#include <vector>
 
 #include "descriptors.h"
 #include "file_support.h"
@@ -267,4 +270,36 @@ TEST(Checks, OfPathsThatAreEmptyOrWritable) {
         EXPECT_TRUE(check(file, /*ask=*/false, /*log=*/false));
     }
     EXPECT_EQ(kxtest::slurp(file), "old");
+}
+
+// A name that nothing can have is free, and cannot be written to.
+TEST(CheckWrite, IsFalseForWhatCannotBeThere) {
+    const kxtest::TempDir dir;
+    ASSERT_EQ(symlink("loop", dir.file("loop").c_str()), 0);
+    const std::string below = dir.write("plain", "old") + "/new";
+    for (const auto& [path, error] : {std::pair(below, ENOTDIR), std::pair(dir.file("loop"), ELOOP),
+                                      std::pair(dir.file(std::string(300, 'x')), ENAMETOOLONG)}) {
+        EXPECT_FALSE(kxFile::checkWrite(path, /*ask=*/false, /*log=*/false)) << path;
+        EXPECT_EQ(errno, error) << path;
+    }
+    EXPECT_EQ(kxtest::list(dir.path()), (std::vector<std::string>{"loop", "plain"}));
+}
+
+TEST(CheckWrite, AsksOnlyWhereItShallAndOnlyAboutWhatIsThere) {
+    const kxtest::TempDir dir;
+    const std::string there = dir.write("there", "old");
+    static int asked;
+    asked = 0;
+    kxUtils::init([](const char*, kxMessage& message, int) {
+        ++asked;
+        message.set("button", 1, true);
+        return true;
+    });
+    EXPECT_FALSE(kxFile::checkWrite(there, /*ask=*/true, /*log=*/true));
+    EXPECT_EQ(asked, 1);
+    EXPECT_TRUE(kxFile::checkWrite(there, /*ask=*/false, /*log=*/true));
+    EXPECT_TRUE(kxFile::checkWrite(dir.file("new"), /*ask=*/true, /*log=*/true));
+    EXPECT_EQ(asked, 1);
+    kxUtils::init(nullptr);
+    EXPECT_EQ(kxtest::slurp(there), "old");
 }

@@ -246,6 +246,30 @@ TEST_F(FileOperations, RemoveTakesFilesAndEmptyDirectories) {
     EXPECT_EQ(kxtest::list("."), (std::vector<std::string>{"dangling", "empty", "full"}));
 }
 
+TEST_F(FileOperations, RemoveIsDoneWithWhatCannotBeThere) {
+    ASSERT_EQ(symlink("loop", "loop"), 0);
+    for (const std::string& path :
+         {std::string("file/x"), std::string(300, 'x'), std::string("loop"), std::string("loop/x")})
+        EXPECT_TRUE(kxFile::remove(path)) << path;
+    EXPECT_EQ(kxtest::list("."),
+              (std::vector<std::string>{"dangling", "dir", "empty", "file", "full", "loop"}));
+}
+
+TEST_F(FileOperations, RemoveIsFalseWhereNobodyCanTell) {
+    chmod(dir.path().c_str(), 0755);
+    chmod("full", 0);
+    const uid_t user = geteuid();
+    if (kxtest::isRoot()) {
+        ASSERT_EQ(seteuid(65534), 0);
+    }
+    const bool removed = kxFile::remove("full/missing");
+    const int error = errno;
+    ASSERT_EQ(seteuid(user), 0);
+    chmod("full", 0755);
+    EXPECT_FALSE(removed);
+    EXPECT_EQ(error, EACCES);
+}
+
 TEST_F(FileOperations, RenameStaysInTheDirectory) {
     EXPECT_TRUE(kxFile::rename(dir.path(), "file", "new"));
     EXPECT_EQ(kxtest::slurp("new"), "123456789");

@@ -8,10 +8,12 @@
 //     init PATH        init(PATH)
 //     root ROOT NAME   init(ROOT, NAME)
 //     name NAME        setAppName(NAME)
+//     unlink PATH      deletes the file
 //
 // The path in the environment variable PROBE_EXISTS seems to exist, whatever the machine has.
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstdio>
 #include <cstdlib>
@@ -96,6 +98,8 @@ int main(int argc, char** argv) {
             kxPlatform::init(root, word());
         } else if (action == "name") {
             kxPlatform::setAppName(word());
+        } else if (action == "unlink") {
+            if (unlink(word()) != 0) return 102;
         } else {
             const auto getter = getters.find(action);
             if (getter == getters.end()) return 101;

@@ -579,6 +579,14 @@ TEST_F(PlatformStart, ByASymbolicLinkTheBaseDirectoryIsThatOfTheExecutable) {
     EXPECT_EQ(start(links + "/link.sh", dir.path()), answer("link", links, base));
 }
 
+// As an update does to a program that is running.
+TEST_F(PlatformStart, ADeletedExecutableKeepsItsBaseDirectory) {
+    const std::string links = dir.makeDir("usr/local/links");
+    fs::create_symlink(talo, links + "/talo");
+    EXPECT_EQ(start(links + "/talo", dir.path(), {"unlink", talo, "start"}),
+              answer("talo", links, base));
+}
+
 TEST_F(PlatformStart, WithANameOnPathTheBaseDirectoryIsThatOfTheExecutable) {
     // A shell leaves the bare name of a program that it found on PATH.
     const std::string elsewhere = dir.makeDir("else/where");

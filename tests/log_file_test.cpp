@@ -7,9 +7,11 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <random>
 #include <string>
@@ -169,4 +171,60 @@ TEST(AppendToFile, FailsOnlyIfTheFileCannotBeOpened) {
     EXPECT_FALSE(kx::detail::appendToFile(dir.file("missing/file"), ""));
     EXPECT_TRUE(kx::detail::appendToFile(dir.file("new"), ""));
     EXPECT_EQ(kxtest::slurp(dir.file("new")), "");
+}
+
+namespace {
+
+/// Lets no file become longer than `bytes`. At a write that finds no room at all, `atLimit` is
+/// called, or nothing.
+class SizeLimit {
+public:
+    explicit SizeLimit(rlim_t bytes, void (*atLimit)(int) = SIG_IGN)
+        : _oldHandler(std::signal(SIGXFSZ, atLimit)) {
+        getrlimit(RLIMIT_FSIZE, &_old);
+        const rlimit limit{bytes, _old.rlim_max};
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~SizeLimit() {
+        lift();
+        std::signal(SIGXFSZ, _oldHandler);
+    }
+    SizeLimit(const SizeLimit&) = delete;
+    SizeLimit& operator=(const SizeLimit&) = delete;
+
+    static void lift() { setrlimit(RLIMIT_FSIZE, &_old); }
+
+private:
+    static inline rlimit _old{};
+    void (*_oldHandler)(int);
+};
+
+std::string sharedLog;
+
+}  // namespace
+
+TEST(AppendToFile, TakesBackTheStartOfALineThatDoesNotFit) {
+    const kxtest::TempDir dir;
+    const std::string log = dir.write("log", "old\n");
+    {
+        const SizeLimit limit(6);
+        EXPECT_TRUE(kx::detail::appendToFile(log, "too long\n"));
+    }
+    EXPECT_EQ(kxtest::slurp(log), "old\n");
+}
+
+TEST(AppendToFile, TakesNothingBackOnceAnotherProcessHasAppended) {
+    const kxtest::TempDir dir;
+    sharedLog = dir.write("log", "old\n");
+    {
+        const SizeLimit limit(6, [](int) {
+            SizeLimit::lift();
+            const int other = open(sharedLog.c_str(), O_WRONLY | O_APPEND | O_CLOEXEC);
+            const ssize_t n = write(other, "other\n", 6);
+            static_cast<void>(n);
+            close(other);
+        });
+        EXPECT_TRUE(kx::detail::appendToFile(sharedLog, "too long\n"));
+    }
+    EXPECT_EQ(kxtest::slurp(sharedLog), "old\ntoother\n");
 }

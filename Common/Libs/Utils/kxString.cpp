@@ -58,11 +58,11 @@ void appendGrouped(std::string& text, std::string_view run, const Grouping& by) 
     }
 }
 
-// Groups the first run of digits from `at` on and returns where scanning resumes.
+// Groups the first run of digits from `at` on, where there is one, and returns where scanning
+// resumes.
 std::size_t groupNextRun(std::string& text, std::size_t at, const Grouping& by) {
     const std::size_t first = skip(text, at, /*digits=*/false);
     const std::size_t last = skip(text, first, /*digits=*/true);
-    if (first == last) return last;
     std::string grouped;
     appendGrouped(grouped, std::string_view(text).substr(first, last - first), by);
     text.replace(first, last - first, grouped);
@@ -211,6 +211,7 @@ std::string kxString::beautifyDigits(const std::string& text, const std::string&
 
         // No run reaches beyond its own grouped form, so each is finished before the next is added.
         if (!isRescanned || !rescanEnds(run, by)) continue;
+        // The result ends with a digit.
         while (next < result.size()) next = groupNextRun(result, next, by);
     }
     return result;

@@ -210,7 +210,7 @@ KXUTILS_TARGET inline void storeDecoded(char* out, __m512i a, __m512i b, __m512i
     }
     // Back to where the group began that is not complete.
     while (held != 0)
-        if (kxBase64::isBase64Char(*--at) && *at != '=') --held;
+        if (kxBase64::isBase64Char(*--at)) --held;  // none of them is a '='
     return {static_cast<unsigned long>(at - text), static_cast<unsigned long>(to - out)};
 }
 

@@ -65,8 +65,6 @@ constexpr std::uint64_t powerOfTen(int power) {
 static_assert(powerOfTen(0) == 0x8000000000000000 && powerOfTen(1) == 0xA000000000000000 &&
               powerOfTen(-1) == 0xCCCCCCCCCCCCCCCC && powerOfTen(19) == 10000000000000000000U);
 
-constexpr bool isExactPowerOfTen(int power) { return power >= 0 && power <= 27; }
-
 /// log2(10^n) rounded down; right for all n in the table.
 constexpr int log2OfPowerOf10(int n) { return (n * 217706) >> 16; }
 /// log10(2^n) rounded down; right for all exponents of a float.
@@ -269,11 +267,10 @@ inline char* writeSixDigits(float value, char* to) {
     // The value times 10^(5 - tens) has six digits before the point when it is rounded, or a
     // seventh if `tens`, the power of ten of the first digit, was estimated one too low.
     int tens = log10OfPowerOf2(exponent);
-    Uint128 product = 0;
     std::uint64_t one = 0, rounded = 0;
     std::uint32_t number = 0;
     for (;; ++tens) {
-        product = Uint128{mantissa} * powerOfTen(5 - tens);
+        const Uint128 product = Uint128{mantissa} * powerOfTen(5 - tens);
         const int fractionBits = 62 - exponent - log2OfPowerOf10(5 - tens);
         one = std::uint64_t{1} << fractionBits;
         rounded = static_cast<std::uint64_t>(product >> 64) + one / 2;
@@ -281,11 +278,11 @@ inline char* writeSixDigits(float value, char* to) {
         if (number < 1000000) break;
     }
     // The power of ten and the product are rounded down: less than two units are missing, which
-    // matters right at a half, and there for all but the exact powers.
+    // matters right at a half. Of all floats (each was tried) only those come as near to one whose
+    // power is negative and those that are at a half, with a power that is exact.
     if (((rounded + 1) & (one - 1)) <= 1) {
-        if (!isExactPowerOfTen(5 - tens)) return nullptr;
-        const bool isTie = (rounded & (one - 1)) == 0 && static_cast<std::uint64_t>(product) == 0;
-        if (isTie) number &= ~1U;
+        if (5 - tens < 0) return nullptr;
+        number &= ~1U;
     }
 
     std::uint64_t digits = sixDigits(number);

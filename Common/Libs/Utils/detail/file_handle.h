@@ -61,7 +61,7 @@ inline off_t sizeOf(std::FILE* file) {
     }
     if (fseeko(file, 0, SEEK_END) != 0) return -1;
     const off_t size = ftello(file);
-    return size >= 0 && fseeko(file, 0, SEEK_SET) == 0 ? size : -1;
+    return fseeko(file, 0, SEEK_SET) == 0 ? size : -1;
 }
 
 }  // namespace kx::detail

@@ -21,7 +21,8 @@ function(kx_compile_options TARGET)
     # The path is compiled in: many tests run programs with an environment of their own. %m keeps
     # one file per program, into which all its processes merge their counts.
     set(profile "-fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%m.profraw")
-    target_compile_options(${TARGET} PRIVATE "${profile}" -fcoverage-mapping -fcoverage-mcdc)
+    target_compile_options(${TARGET} PRIVATE "${profile}" -fcoverage-mapping -fcoverage-mcdc
+      "-fprofile-list=${PROJECT_SOURCE_DIR}/cmake/coverage-sources.txt")
     target_link_options(${TARGET} PRIVATE "${profile}")
   endif()
 endfunction()

@@ -48,6 +48,7 @@ TEST(LibraryLoad, RelocatesLittle) {
 // that uses std::cout (kxUtils).
 TEST(LibraryLoad, RunsFewConstructors) {
     if (kxtest::underSanitizer()) GTEST_SKIP() << "the sanitizer has constructors of its own";
+    if (kxtest::countsCoverage()) GTEST_SKIP() << "one more makes the counts be written";
     auto section = dynamicSection();
     EXPECT_GT(section[DT_INIT_ARRAYSZ], 0U);
     EXPECT_LE(section[DT_INIT_ARRAYSZ] / sizeof(void*), 7U);

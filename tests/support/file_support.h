@@ -11,6 +11,8 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <functional>
 #include <string>
@@ -43,6 +45,7 @@ inline bool writeAt(const std::string& path, off_t position, const std::string& 
 inline std::string inChild(const std::function<std::string()>& work) {
     int ends[2];
     if (pipe(ends) != 0) return "cannot make a pipe";
+    std::fflush(nullptr);  // or the child might print it as well
     const pid_t child = fork();
     if (child == 0) {
         std::string answer;
@@ -52,7 +55,9 @@ inline std::string inChild(const std::function<std::string()>& work) {
             answer = std::string("threw ") + e.what();
         }
         const ssize_t written = write(ends[1], answer.data(), answer.size());
-        _exit(written == static_cast<ssize_t>(answer.size()) ? 0 : 1);
+        const int status = written == static_cast<ssize_t>(answer.size()) ? 0 : 1;
+        if (countsCoverage()) std::exit(status);
+        _exit(status);
     }
     close(ends[1]);
     std::string answer;

@@ -24,6 +24,9 @@
 
 extern char** environ;
 
+// Clang's; not there in other builds.
+extern "C" __attribute__((weak)) int __llvm_profile_runtime;
+
 namespace kxtest {
 namespace {
 
@@ -245,5 +248,7 @@ bool underSanitizer() {
     return false;
 #endif
 }
+
+bool countsCoverage() { return &__llvm_profile_runtime != nullptr; }
 
 }  // namespace kxtest

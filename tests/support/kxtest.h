@@ -127,5 +127,7 @@ bool isRoot();
 /// True when the program is compiled with AddressSanitizer or ThreadSanitizer, which bring an
 /// allocator and interceptors of their own.
 bool underSanitizer();
+/// True when the program counts coverage, and writes the counts when it ends by exit().
+bool countsCoverage();
 
 }  // namespace kxtest

@@ -8,6 +8,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <string>
 
 #include "kxFile.h"
@@ -83,6 +84,8 @@ TEST_P(ExecuteBoth, AnswersWhetherTheCommandSucceeded) {
     EXPECT_FALSE(run("exit 3", true));
     EXPECT_FALSE(run("kill -9 $$", true));
     EXPECT_FALSE(run("kxtest-no-such-program 2>/dev/null", true));
+    EXPECT_FALSE(run("kill -KILL $$; exit 0", true));  // ended by a signal
+    EXPECT_FALSE(run("exec sh -c 'kill -TERM $$'", true));
     EXPECT_TRUE(run("A='b  c'; test \"$A\" = 'b  c' | cat && exit 0", true));
 }
 
@@ -215,6 +218,19 @@ TEST(ExecuteNoOutput, SaysThatItWaitsBeforeItWaits) {
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(kxtest::slurp(seen), closingLine);
     EXPECT_EQ(outcome.err, "");
+}
+
+// As where the program has its children buried by the system.
+TEST(ExecuteNoOutput, IsMinusOneWhereTheSystemKeepsTheStatus) {
+    auto* const old = std::signal(SIGCHLD, SIG_IGN);
+    kxtest::Captured out(stdout), err(stderr);
+    const int status = kxFile::execute_no_output("exit 3");
+    const bool done = kxFile::execute("exit 0", true);
+    std::signal(SIGCHLD, old);
+    EXPECT_EQ(status, -1);
+    EXPECT_FALSE(done);
+    EXPECT_EQ(out.text(), closingLine);
+    EXPECT_EQ(err.text(), "");
 }
 
 TEST(ExecuteNoOutput, IsZeroAndSilentWhereTheCommandCannotBeStarted) {

@@ -362,9 +362,10 @@ public:
     // The system shell parses the command: nothing is quoted or escaped. No state: any thread may
     // call these; a call that waits blocks its own thread only.
 
-    /// Runs a command. With `wait`, true if it ended with exit status 0; without, it runs in the
-    /// background and true only says that the shell started it. False for "". `progress` is never
-    /// called, and `data` never read.
+    /// Runs a command. With `wait`, true if it ended with exit status 0 (and not by a signal);
+    /// without, it runs in the background and true only says that the shell started it. False for
+    /// "", and where the system does not tell how a command has ended, as in a process that ignores
+    /// SIGCHLD. `progress` is never called, and `data` never read.
     static bool execute(const std::string& command, bool wait,
                         void (*progress)(unsigned int, void*) = nullptr, void* data = nullptr);
 
@@ -373,8 +374,9 @@ public:
                          void (*progress)(unsigned int, void*) = nullptr, void* data = nullptr);
 
     /// Runs a command, discards its standard output (its standard error is not redirected), says so
-    /// on standard output and waits for its end. The wait status as of waitpid(2); 0 if the command
-    /// could not be started.
+    /// on standard output and waits for its end. The wait status as of waitpid(2), of which
+    /// WIFSIGNALED says that a signal has ended the command; 0 if the command could not be started;
+    /// -1 where the system does not tell the status, as in execute().
     static int execute_no_output(const std::string& command);
 
     /// Not implemented: always "", with an error in the log if `a` and `b` are not empty.

@@ -3,6 +3,7 @@
 
 // Files: a failure is the result that stands for it, with the error number of the call that failed;
 // success is only reported for what is really there.
+#include <stdexcept>
 #include <vector>
 
 #include "faults_operations.h"
@@ -37,6 +38,15 @@ void currentDir(Attempt& attempt) {
     else
         EXPECT_EQ(answer, attempt.outOfMemory() ? "none" : dir.file(part));
     EXPECT_EQ(attempt.outOfMemory(), attempt.failedAt("allocation"));
+}
+
+// A directory that cannot be entered leaves the present one.
+void setCurrentDir(Attempt& attempt) {
+    const TempDir dir;
+    const kxtest::ScopedCwd cwd(dir.path());
+    const std::string directory = dir.makeDir(part);
+    attempt.run([&] { kxFile::setCurrentDir(directory); });
+    EXPECT_EQ(kxFile::getCurrentDir(), attempt.failed() ? dir.path() : directory);
 }
 
 void exists(Attempt& attempt) {
@@ -326,6 +336,39 @@ void checksumFind(Attempt& attempt) {
     }
 }
 
+// What the progress throws reaches the caller.
+void checksumFindWithProgress(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = stamped(dir);
+    std::string steps;
+    std::optional<kxFile::ChecksumInfo> found;
+    const auto progress = [&](std::uint64_t size) { steps += std::to_string(size) + part; };
+    attempt.run([&] { found = kxFile::findChecksum(file, 0, progress); });
+    EXPECT_EQ(found.has_value(), !attempt.outOfMemory());
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    found = kxFile::findChecksum(file);
+    EXPECT_TRUE(found->state == kxFile::ChecksumInfo::State::correct);
+}
+
+// The number's own exception, or that of memory.
+void checksumCheckBadMeta(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", bytes + "TALOMETAxxxxxxxx");
+    bool passes = false, isThrown = false;
+    std::uint32_t computed = 1;
+    attempt.run([&] {
+        try {
+            passes = kxFile::checkChecksum(file, computed);
+        } catch (const std::invalid_argument&) {
+            isThrown = true;
+        }
+    });
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    EXPECT_TRUE(isThrown || attempt.failed());
+    EXPECT_LE(passes + isThrown + attempt.outOfMemory(), 1);
+    EXPECT_EQ(computed, 0u);
+}
+
 void checksumCheck(Attempt& attempt) {
     const TempDir dir;
     const std::string file = stamped(dir);
@@ -359,6 +402,7 @@ void fileId(Attempt& attempt) {
 
 const std::vector<Operation> fileOperations = {
     {"CurrentDir", currentDir, allSteps},
+    {"SetCurrentDir", setCurrentDir, systemCalls},
     {"Exists", exists, systemCalls},
     {"CheckRead", checkRead, allSteps},
     {"CheckReadMissing", checkReadMissing, allSteps},
@@ -381,6 +425,8 @@ const std::vector<Operation> fileOperations = {
     {"Checksum", checksum, allSteps},
     {"ChecksumAppend", checksumAppend, allSteps},
     {"ChecksumFind", checksumFind, allSteps},
+    {"ChecksumFindWithProgress", checksumFindWithProgress, allSteps},
     {"ChecksumCheck", checksumCheck, allSteps},
+    {"ChecksumCheckBadMeta", checksumCheckBadMeta, allSteps},
     {"FileId", fileId, allSteps},
 };

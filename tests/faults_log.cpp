@@ -9,6 +9,7 @@
 #include <streambuf>
 
 #include "faults_operations.h"
+#include "kxFile.h"
 #include "kxLog.h"
 #include "kxLog_fixture.h"
 #include "kxPlatform.h"
@@ -132,6 +133,14 @@ void output(const char* text) {
 template <int level, Logger log, int format, std::size_t size = 300>
 void message(Attempt& attempt) {
     logMessage(attempt, kxtest::levels[level], log, format, size);
+}
+
+// Reports by a message only, which never fails.
+void report(Attempt& attempt, void (*function)(), const char* text) {
+    const Log state(textFormat);
+    attempt.run(function);
+    EXPECT_FALSE(attempt.outOfMemory());
+    EXPECT_TRUE(kxLog::_last_error == text || attempt.failedAt("allocation"));
 }
 
 // --- Lines ---------------------------------------------------------------------------------------
@@ -288,15 +297,39 @@ const std::vector<Operation> logOperations = {
     {"LogInfoNumbered", message<0, printNumbered<0>, htmlFormat>, allSteps},
     {"LogWarningNumbered", message<1, printNumbered<1>, textFormat>, allSteps},
     {"LogErrorNumbered", message<2, printNumbered<2>, textFormat>, allSteps},
-    {"LogInfoScript", message<0, script<0>, textFormat, 3000>},
-    {"LogWarningScript", message<1, script<1>, textFormat, 3000>},
-    {"LogErrorScript", message<2, script<2>, textFormat, 3000>},
-    {"LogInfoScriptNumbered", message<0, scriptNumbered<0>, htmlFormat, 3000>},
-    {"LogWarningScriptNumbered", message<1, scriptNumbered<1>, htmlFormat, 3000>},
-    {"LogErrorScriptNumbered", message<2, scriptNumbered<2>, htmlFormat, 3000>},
-    {"LogInfoOutput", message<0, output<0>, textFormat, 3000>},
-    {"LogWarningOutput", message<1, output<1>, textFormat, 3000>},
-    {"LogErrorOutput", message<2, output<2>, textFormat, 3000>},
+    {"LogInfoScript", message<0, script<0>, textFormat, 3000>, allSteps},
+    {"LogWarningScript", message<1, script<1>, textFormat, 3000>, allSteps},
+    {"LogErrorScript", message<2, script<2>, textFormat, 3000>, allSteps},
+    {"LogInfoScriptNumbered", message<0, scriptNumbered<0>, htmlFormat, 3000>, allSteps},
+    {"LogWarningScriptNumbered", message<1, scriptNumbered<1>, htmlFormat, 3000>, allSteps},
+    {"LogErrorScriptNumbered", message<2, scriptNumbered<2>, htmlFormat, 3000>, allSteps},
+    {"LogInfoOutput", message<0, output<0>, textFormat, 3000>, allSteps},
+    {"LogWarningOutput", message<1, output<1>, textFormat, 3000>, allSteps},
+    {"LogErrorOutput", message<2, output<2>, textFormat, 3000>, allSteps},
+
+    {"ReportPathfind",
+     [](Attempt& attempt) {
+         report(
+             attempt, [] { kxFile::pathfind(part, part, part); }, "kxFile::pathfind : NIY!\n");
+     },
+     allSteps},
+    {"ReportClearTmpDir",
+     [](Attempt& attempt) {
+         report(attempt, kxFile::clearTmpDir, "kxFile::clearTmpDir: NOT IMPLEMENTED YET!");
+     },
+     allSteps},
+    {"ReportNoExeDir",
+     [](Attempt& attempt) {
+         report(
+             attempt, [] { kxPlatform::getExeDir(); }, "kxPlatform not initialized!");
+     },
+     allSteps},
+    {"ReportNoBaseDir",
+     [](Attempt& attempt) {
+         report(
+             attempt, [] { kxPlatform::getBaseDir(); }, "kxPlatform not initialized!");
+     },
+     allSteps},
 
     answers(
         "LogHtml", [] { return kxLog::convertToHtml('<' + part); }, "&#60;" + part),

@@ -15,7 +15,7 @@
 
 #include "faults.h"
 
-enum Steps { allocations = 1, systemCalls = 2, allSteps = allocations | systemCalls };
+enum Steps { noSteps = 0, allocations = 1, systemCalls = 2, allSteps = allocations | systemCalls };
 
 struct Operation {
     const char* name;
@@ -31,7 +31,7 @@ inline void PrintTo(const Operation& operation, std::ostream* os) { *os << opera
 
 // Each list stands in the source named after it.
 extern const std::vector<Operation> valueOperations, fileOperations, serviceOperations,
-    logOperations, platformOperations;
+    logOperations, platformOperations, steplessOperations;
 
 // More than a string holds without memory of its own.
 inline const std::string part(60, 'x');

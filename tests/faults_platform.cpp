@@ -114,8 +114,8 @@ void commonDir(Attempt& attempt) {
     kxPlatform::init(root.c_str(), "hesper");
     std::string answer;
     attempt.run([&] { answer = kxPlatform::getCommonDir(part.c_str()); });
-    EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
-    EXPECT_EQ(answer, attempt.failed() ? "" : root + '/' + part);
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    EXPECT_EQ(answer, attempt.outOfMemory() ? "" : root + '/' + part);
 }
 
 // --- Identity ------------------------------------------------------------------------------------
@@ -174,13 +174,13 @@ const std::vector<Operation> platformOperations = {
     inOwnProcess({"InitElsewhere", initElsewhere, allSteps}),
     inOwnProcess({"InitByRoot", initByRoot, allSteps}),
 
-    inOwnProcess({"CommonDir", commonDir}),
-    directory<kxPlatform::getDataDir>("DataDir", root + "/data"),
-    directory<kxPlatform::getExamplesDir>("ExamplesDir", root + "/examples"),
-    directory<kxPlatform::getBinDir>("BinDir", root + "/bin"),
+    inOwnProcess({"CommonDir", commonDir, allSteps}),
+    directory<kxPlatform::getDataDir>("DataDir", root + "/data", allSteps),
+    directory<kxPlatform::getExamplesDir>("ExamplesDir", root + "/examples", allSteps),
+    directory<kxPlatform::getBinDir>("BinDir", root + "/bin", allSteps),
     directory<kxPlatform::getLibDir>("LibDir", root + "/lib/MAC"),
     directory<kxPlatform::getPluginsDir>("PluginsDir", root + "/lib/plugins/MAC"),
-    directory<kxPlatform::getQtPluginsDir>("QtPluginsDir", root + "/bin/Qt/plugins"),
+    directory<kxPlatform::getQtPluginsDir>("QtPluginsDir", root + "/bin/Qt/plugins", allSteps),
 
     inOwnProcess({"SetAppName", setAppName}),
     inOwnProcess({"SetVersionName", setVersionName}),

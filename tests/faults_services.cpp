@@ -3,13 +3,18 @@
 
 // Temporary files, expansion, commands, streams, memory and libraries: as for files, a failure is
 // the result that stands for it.
+#include <fcntl.h>
+#include <poll.h>
 #include <pwd.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
+#include <csignal>
 #include <cstdlib>
+#include <utility>
 #include <vector>
 
 #include "cached_ifstream.h"
@@ -59,6 +64,23 @@ void tmpDirInit(Attempt& attempt) {
     const kxtest::Captured out(stdout);
     dirs.init();  // after a failure of memory there is still a choice to be made
     dirs.expectChosen();
+}
+
+// The user's choice is never changed.
+void tmpDirInitChosen(Attempt& attempt) {
+    static bool isFirst = true;  // of the process
+    const TempDir dir;
+    const std::string chosen = dir.file(part);
+    const kxtest::ScopedEnv variable("TALO_TMP_DIR", chosen.c_str());
+    attempt.run([&] { kxFile::initTmpDir(part); });
+    if (!std::exchange(isFirst, false)) return;
+    EXPECT_EQ(std::getenv("TALO_TMP_DIR"), chosen);
+    if (!attempt.failed()) {
+        EXPECT_TRUE(kxtest::exists(chosen));
+    }
+    if (!attempt.outOfMemory()) {
+        EXPECT_EQ(kxFile::getTmpDir(), chosen);
+    }
 }
 
 // Which the user has chosen.
@@ -161,40 +183,124 @@ void expandHome(Attempt& attempt) {
     EXPECT_TRUE(kxString::endsWith(answer, '/' + part)) << answer;
 }
 
+void expandUser(Attempt& attempt) {
+    getpwnam("kxtest-nobody");
+    const std::string path = "~root/" + part;
+    std::string answer;
+    attempt.run([&] { answer = kxFile::expandFilename(path); });
+    EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    if (attempt.outOfMemory()) return;
+    EXPECT_TRUE(answer != path || attempt.failed() || !getpwnam("root"));
+    EXPECT_TRUE(kxString::endsWith(answer, '/' + part)) << answer;
+}
+
+void expandTooLong(Attempt& attempt) {
+    const std::string path(5000, 'x');
+    std::string answer;
+    attempt.run([&] { answer = kxFile::expandFilename(path); });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    EXPECT_TRUE(answer == (attempt.outOfMemory() ? "" : path));
+}
+
 // --- Commands ------------------------------------------------------------------------------------
 
-// True if it has run and only then; waiting goes on after a signal.
+using Execute = bool (*)(const std::string& command, bool wait,
+                         void (*progress)(unsigned int, void*), void* data);
+
+// Whether the command has ended without a word on how, or by a signal. Waiting goes on after a
+// signal to the process that waits.
+bool endedOtherwise(const Attempt& attempt) {
+    return attempt.failedAt("wait") && attempt.error() != EINTR;
+}
+
+// True if it has run to its end, and only then.
+template <Execute function>
 void execute(Attempt& attempt) {
     const TempDir dir;
     bool done = false;
-    attempt.run([&] { done = kxFile::execute("echo x > " + dir.file("a"), /*wait=*/true); });
-    EXPECT_EQ(kxtest::exists(dir.file("a")), done);
+    attempt.run([&] { done = function("echo x > " + dir.file("a"), /*wait=*/true, nullptr, {}); });
+    EXPECT_EQ(kxtest::exists(dir.file("a")), done || endedOtherwise(attempt));
+    EXPECT_FALSE(done && endedOtherwise(attempt));
     EXPECT_TRUE(done || attempt.failed());
 }
 
-void executeW(Attempt& attempt) {
+// A command that a signal ends has not succeeded, whatever it has done before.
+template <Execute function>
+void executeKilled(Attempt& attempt) {
     const TempDir dir;
+    const std::string command = "echo x > " + dir.file("a") + "; kill -KILL $$; exit 0";
+    bool done = true;
+    attempt.run([&] { done = function(command, /*wait=*/true, nullptr, {}); });
+    EXPECT_EQ(done, attempt.outOfMemory());
+    EXPECT_TRUE(kxtest::exists(dir.file("a")) || attempt.failed());
+}
+
+// True if it was started. What becomes of it afterwards is nobody's business.
+template <Execute function>
+void executeInBackground(Attempt& attempt) {
+    const TempDir dir;
+    const std::string fifo = dir.file("a");
+    ASSERT_EQ(mkfifo(fifo.c_str(), 0600), 0);
+    // Both ends are open from the start, so that neither side waits for the other.
+    pollfd answer{open(fifo.c_str(), O_RDWR | O_CLOEXEC), POLLIN, 0};
     bool done = false;
-    attempt.run([&] { done = kxFile::executeW("echo x > " + dir.file("a"), /*wait=*/true); });
-    EXPECT_EQ(kxtest::exists(dir.file("a")), done);
+    attempt.run([&] { done = function("echo x > " + fifo, /*wait=*/false, nullptr, {}); });
     EXPECT_TRUE(done || attempt.failed());
+    EXPECT_FALSE(done && endedOtherwise(attempt));
+    if (done || endedOtherwise(attempt)) {
+        EXPECT_EQ(poll(&answer, 1, /*milliseconds*/ 10000), 1);
+    }
+    close(answer.fd);
 }
 
-// The command's own status, if it could be started. A signal does not end the reading, which would
-// end a command that goes on writing, as a failure to read does.
-void executeNoOutput(Attempt& attempt) {
-    const TempDir dir;
-    const std::string file = dir.write("a", std::string(100000, 'x'));  // more than a pipe holds
-    int status = -1;
-    attempt.run([&] { status = kxFile::execute_no_output("cat " + file + "; exit 3"); });
-    if (attempt.outOfMemory()) return;
+// The wait status is the command's own, if it could be started.
+void executeNoOutput(Attempt& attempt, const std::string& command, int expected) {
+    int status = -2;
+    attempt.run([&] { status = kxFile::execute_no_output(command); });
+    if (attempt.outOfMemory()) {
+        EXPECT_EQ(status, -2);
+        return;
+    }
     const bool wasStarted = !attempt.out().empty();
     EXPECT_EQ(attempt.out(), wasStarted ? "Close and waiting for subprocess to end...\n" : "");
     EXPECT_TRUE(wasStarted || attempt.failed());
     EXPECT_EQ(attempt.err(), "");
-    if (!attempt.failedAt("close")) {  // of which pclose says -1
-        EXPECT_EQ(status, wasStarted ? 3 << 8 : 0);
+    if (attempt.failedAt("close")) {  // where pclose gives up without waiting
+        EXPECT_TRUE(status == -1 || status == 0 || status == expected) << status;
+        if (status == -1) waitpid(-1, nullptr, 0);
+    } else if (endedOtherwise(attempt)) {
+        EXPECT_EQ(status, attempt.error() == 0 ? SIGKILL : -1);
+    } else {
+        EXPECT_EQ(status, wasStarted ? expected : 0);
     }
+}
+
+// A signal does not end the reading, which would end a command that goes on writing.
+void executeNoOutputLong(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", std::string(100000, 'x'));  // more than a pipe holds
+    executeNoOutput(attempt, "cat " + file + "; exit 3", 3 << 8);
+}
+
+// A failure to read does: nobody takes what the command still writes, and the status is the signal
+// that ends it.
+void executeNoOutputUnread(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", std::string(100000, 'x'));
+    auto* const old = std::signal(SIGPIPE, SIG_DFL);
+    int status = -1;
+    attempt.run([&] { status = kxFile::execute_no_output("exec cat " + file); });
+    std::signal(SIGPIPE, old);
+    if (attempt.failedAt("read") && attempt.error() == EIO) {
+        EXPECT_TRUE(status == SIGPIPE || status == 0) << status;  // 0: all was written
+    } else if (!attempt.failed() || attempt.failedAt("read")) {
+        EXPECT_EQ(status, 0);
+    }
+    if (attempt.failedAt("close") && status == -1) waitpid(-1, nullptr, 0);
+}
+
+void executeNoOutputKilled(Attempt& attempt) {
+    executeNoOutput(attempt, "kill -KILL $$; # " + part, SIGKILL);
 }
 
 // --- Streams -------------------------------------------------------------------------------------
@@ -222,12 +328,13 @@ void streamRead(Attempt& attempt) {
 }
 
 // A seek that fails is the stream's failure, and leaves it usable.
-void streamSeek(Attempt& attempt) {
+template <typename Seek>
+void streamSeek(Attempt& attempt, const Seek& seek) {
     const TempDir dir;
     cached_ifstream stream(dir.write("a", bytes).c_str(), 4096);
     char c = '\0';
     stream.get(c);
-    attempt.run([&] { stream.seekg(100); });
+    attempt.run([&] { seek(stream); });
     EXPECT_TRUE(stream.good() || attempt.failed());
     if (stream.get(c)) {
         EXPECT_EQ(c, bytes[100]);
@@ -236,6 +343,47 @@ void streamSeek(Attempt& attempt) {
     stream.seekg(200);
     stream.get(c);
     EXPECT_EQ(c, bytes[200]);
+}
+
+// Opened again, after a failure as well.
+template <typename Buffer>
+void bufferOpen(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", "");
+    Buffer buffer(16, file.c_str());
+    buffer.close();
+    attempt.run([&] { buffer.open(file.c_str()); });
+    EXPECT_EQ(buffer.is_valid(), !attempt.failed());
+    if (!buffer.is_valid()) buffer.open(file.c_str());
+    EXPECT_TRUE(buffer.is_valid());
+    buffer.close();
+    EXPECT_FALSE(buffer.is_valid());
+}
+
+// Whatever the system answers, the file is closed.
+template <typename Stream>
+void streamClose(Attempt& attempt) {
+    const TempDir dir;
+    Stream stream(dir.write("a", "").c_str(), 16);
+    attempt.run([&] { stream.close(); });
+    EXPECT_TRUE(stream.good());
+    stream.close();
+    EXPECT_TRUE(stream.bad());
+}
+
+// Without a buffer every character is a write; after one that fails none follows.
+void streamWriteUnbuffered(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", "");
+    cached_streambuf buffer(0, file.c_str());
+    attempt.run([&] {
+        buffer.sputn("abc", 3);
+        buffer.write_buffer("def", 3);
+    });
+    const std::string content = kxtest::slurp(file);
+    EXPECT_TRUE(startsWith("abcdef", content));
+    EXPECT_EQ(buffer.is_valid(), content == "abcdef");
+    EXPECT_TRUE(buffer.is_valid() || attempt.failed());
 }
 
 // In the way that the header recommends.
@@ -269,6 +417,16 @@ void streamLeave(Attempt& attempt) {
 
 // --- Memory, libraries, browser ------------------------------------------------------------------
 
+void alignedMemoryNew(Attempt& attempt) {
+    void* block = nullptr;
+    attempt.run([&] { block = aligned_malloc(1UL << 26, 64); });
+    EXPECT_TRUE(block || attempt.failed());
+    if (!block) {
+        EXPECT_EQ(attempt.errnoAfter(), ENOMEM);
+    }
+    aligned_free(block);
+}
+
 // A block that cannot grow keeps its place and content.
 void alignedMemory(Attempt& attempt) {
     char* block = static_cast<char*>(aligned_malloc(1000, 64));
@@ -298,6 +456,17 @@ void libraryLoad(Attempt& attempt) {
     EXPECT_TRUE(kxUtils::unloadSharedLibrary(handle));
 }
 
+// Null, with a reason as far as there is memory for one.
+void libraryMissingSymbol(Attempt& attempt) {
+    void* const handle = kxUtils::loadSharedLibrary(KX_PROVIDER_PLUGIN, /*lazy=*/false);
+    void* symbol = handle;
+    attempt.run([&] { symbol = kxUtils::resolveSymbol(handle, part); });
+    EXPECT_EQ(symbol == nullptr, !attempt.outOfMemory());
+    EXPECT_TRUE(!kxUtils::getLastError().empty() || attempt.failed());
+    EXPECT_NE(kxUtils::resolveSymbol(handle, "kxProvidedValue"), nullptr);
+    EXPECT_TRUE(kxUtils::unloadSharedLibrary(handle));
+}
+
 void libraryError(Attempt& attempt) {
     EXPECT_EQ(kxUtils::loadSharedLibrary('/' + part, /*lazy=*/false), nullptr);
     std::string text;
@@ -305,6 +474,24 @@ void libraryError(Attempt& attempt) {
     // The loader has a text for the case that it cannot make one.
     EXPECT_TRUE(text.find(part) != std::string::npos || attempt.failed());
     EXPECT_EQ(text.empty(), attempt.outOfMemory());
+}
+
+// The new value or, with the error number, the old one. The C library keeps every value for ever,
+// so each has to be another one.
+void environmentSet(Attempt& attempt) {
+    static int count = 0;
+    const kxtest::ScopedEnv variable("KXTEST_SET", "old");
+    const std::string value = part + std::to_string(++count);
+    int failed = -2;
+    attempt.run([&] { failed = kxUtils::setenv("KXTEST_SET", value.c_str()); });
+    if (failed != 0) {
+        EXPECT_EQ(failed, -1);
+        EXPECT_TRUE(attempt.failed());
+        EXPECT_EQ(attempt.errnoAfter(), ENOMEM);
+        EXPECT_STREQ(std::getenv("KXTEST_SET"), "old");
+        EXPECT_EQ(kxUtils::setenv("KXTEST_SET", value.c_str()), 0);
+    }
+    EXPECT_EQ(std::getenv("KXTEST_SET"), value);
 }
 
 void browserOpen(Attempt& attempt) {
@@ -324,6 +511,7 @@ void browserOpen(Attempt& attempt) {
 
 const std::vector<Operation> serviceOperations = {
     inOwnProcess({"TmpDirInit", tmpDirInit, allSteps}),
+    inOwnProcess({"TmpDirInitChosen", tmpDirInitChosen, allSteps}),
     inOwnProcess({"TmpDirGet", tmpDirGet, allocations}),
     inOwnProcess({"TmpDirTeamcenter", tmpDirTeamcenter, allSteps}),
     {"TmpName", tmpName, allSteps},
@@ -334,18 +522,54 @@ const std::vector<Operation> serviceOperations = {
     {"ExpandVariable", expandVariable},
     {"ExpandUnknown", expandUnknown, allSteps},
     {"ExpandHome", expandHome, allSteps},
+    {"ExpandUser", expandUser, allSteps},
+    {"ExpandTooLong", expandTooLong, allSteps},
 
-    {"Execute", execute, allSteps},
-    {"ExecuteW", executeW, allSteps},
-    {"ExecuteNoOutput", executeNoOutput, allSteps},
+    {"Execute", execute<kxFile::execute>, allSteps},
+    {"ExecuteW", execute<kxFile::executeW>, allSteps},
+    {"ExecuteKilled", executeKilled<kxFile::execute>, allSteps},
+    {"ExecuteWKilled", executeKilled<kxFile::executeW>, allSteps},
+    {"ExecuteInBackground", executeInBackground<kxFile::execute>, allSteps},
+    {"ExecuteWInBackground", executeInBackground<kxFile::executeW>, allSteps},
+    {"ExecuteNoOutput", executeNoOutputLong, allSteps},
+    {"ExecuteNoOutputUnread", executeNoOutputUnread, allSteps},
+    {"ExecuteNoOutputKilled", executeNoOutputKilled, allSteps},
 
     {"StreamRead", streamRead, allSteps},
-    {"StreamSeek", streamSeek, systemCalls},
+    {"StreamSeek",
+     [](Attempt& attempt) { streamSeek(attempt, [](std::istream& s) { s.seekg(100); }); },
+     systemCalls},
+    {"StreamSeekRelative",
+     [](Attempt& attempt) {
+         streamSeek(attempt, [](std::istream& s) { s.seekg(100 - 4096, std::ios_base::cur); });
+     },
+     systemCalls},
+    {"StreamSeekFromEnd",
+     [](Attempt& attempt) {
+         streamSeek(attempt, [](std::istream& s) { s.seekg(100 - 10000, std::ios_base::end); });
+     },
+     systemCalls},
+    {"StreamInOpen", bufferOpen<cached_istreambuf>, allSteps},
+    {"StreamOutOpen", bufferOpen<cached_streambuf>, allSteps},
+    {"StreamInClose", streamClose<cached_ifstream>, systemCalls},
+    {"StreamOutClose", streamClose<cached_ofstream>, systemCalls},
+    {"StreamWriteUnbuffered", streamWriteUnbuffered, systemCalls},
+    answers(
+        "StreamCount",
+        [] {
+            cached_ofstream stream;
+            stream << bytes;
+            return stream.size();
+        },
+        std::int64_t{10000}),
     {"StreamWrite", streamWrite, allSteps},
     {"StreamLeave", streamLeave, allSteps},
 
+    inOwnProcess({"AlignedMemoryNew", alignedMemoryNew, systemCalls}),
     inOwnProcess({"AlignedMemory", alignedMemory, systemCalls}),
     inOwnProcess({"LibraryLoad", libraryLoad, allSteps}),
+    inOwnProcess({"LibraryMissingSymbol", libraryMissingSymbol}),
     {"LibraryError", libraryError},
+    inOwnProcess({"EnvironmentSet", environmentSet}),
     inOwnProcess({"BrowserOpen", browserOpen, allSteps}),
 };

@@ -67,6 +67,8 @@ void messageAdd(Attempt& attempt) {
     attempt.run([&] { message.set(b, textB, false); });
     EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
     EXPECT_EQ(textsOf(message), attempt.failed() ? (Texts{{a, a}}) : (Texts{{a, a}, {b, b}}));
+    message.set(b, textB, false);
+    EXPECT_EQ(textsOf(message), (Texts{{a, a}, {b, b}}));
 }
 
 void messageReplace(Attempt& attempt) {
@@ -74,6 +76,19 @@ void messageReplace(Attempt& attempt) {
     attempt.run([&] { message.set(a, textB, true); });
     EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
     EXPECT_EQ(textsOf(message), (Texts{{a, attempt.failed() ? a : b}}));
+    message.set(a, textB, true);
+    EXPECT_EQ(textsOf(message), (Texts{{a, b}}));
+}
+
+// Said on standard error; the result's place keeps what it holds.
+void messageReadWrongType(Attempt& attempt) {
+    const kxMessage message(7, a, textA);
+    int result = 5;
+    bool done = true;
+    attempt.run([&] { done = getFromMessage(message, a, result); });
+    EXPECT_FALSE(done);
+    EXPECT_EQ(result, 5);
+    EXPECT_TRUE(startsWith(attempt.err(), "getFromMessage : Attribute '" + a) || attempt.failed());
 }
 
 void messageRead(Attempt& attempt) {
@@ -82,6 +97,8 @@ void messageRead(Attempt& attempt) {
     attempt.run([&] { getFromMessage(message, a, result); });
     EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
     EXPECT_EQ(result, attempt.failed() ? "old" : a);
+    EXPECT_TRUE(getFromMessage(message, a, result));
+    EXPECT_EQ(result, a);
 }
 
 // --- Converters ----------------------------------------------------------------------------------
@@ -112,6 +129,8 @@ void converterRegister(Attempt& attempt) {
     EXPECT_EQ(kxAnyConverter::fromString("text", a, value), !attempt.failed());
     converter.reset();
     EXPECT_FALSE(kxAnyConverter::fromString("text", a, value));
+    const TextConverter another(part);
+    EXPECT_TRUE(kxAnyConverter::fromString("text", a, value));
 }
 
 void converterToString(Attempt& attempt) {
@@ -120,6 +139,8 @@ void converterToString(Attempt& attempt) {
     attempt.run([&] { kxAnyConverter::toString(textA, text, typeName); });
     EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
     EXPECT_EQ(text, attempt.failed() ? "" : a);
+    EXPECT_TRUE(kxAnyConverter::toString(textA, text, typeName));
+    EXPECT_EQ(text, a);
 }
 
 void converterFromString(Attempt& attempt) {
@@ -128,6 +149,8 @@ void converterFromString(Attempt& attempt) {
     attempt.run([&] { kxAnyConverter::fromString("text", a, value); });
     EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
     EXPECT_EQ(boost::any_cast<std::string>(value), attempt.failed() ? b : a);
+    EXPECT_TRUE(kxAnyConverter::fromString("text", a, value));
+    EXPECT_EQ(boost::any_cast<std::string>(value), a);
 }
 
 // --- Formats -------------------------------------------------------------------------------------
@@ -160,6 +183,15 @@ const auto replaceAByOwn = [](kxFileExtension& registry) {
 };
 const kxFileExtension registered = registryOf(twoFormats);
 
+// The old formats may be lost.
+void formatsAssign(Attempt& attempt) {
+    kxFileExtension registry = registryOf(oneFormat);
+    attempt.run([&] { registry = registered; });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
+    registry = registered;
+    EXPECT_EQ(registry.getExtensionMap(), twoFormats);
+}
+
 // Some of the formats may have been added, whole ones.
 void formatsAddAll(Attempt& attempt) {
     const Formats all{{a, {a, b}}, {b, {b, c}}, {c, {a, b}}};
@@ -183,6 +215,8 @@ void convertText(Attempt& attempt, ToText convert, const std::string& in, const 
     attempt.run([&] { convert(in, result); });
     EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
     EXPECT_EQ(result, attempt.failed() ? "old" : out);
+    convert(in, result);
+    EXPECT_EQ(result, out);
 }
 void convertInPlace(Attempt& attempt, ToText convert, const std::string& in,
                     const std::string& out) {
@@ -190,10 +224,30 @@ void convertInPlace(Attempt& attempt, ToText convert, const std::string& in,
     attempt.run([&] { convert(text, text); });
     EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
     EXPECT_EQ(text, attempt.failed() ? in : out);
+    text = in;
+    convert(text, text);
+    EXPECT_EQ(text, out);
 }
 const std::string plain = "foobarfoobarfoobarfoobar", encoded = "Zm9vYmFyZm9vYmFyZm9vYmFyZm9vYmFy";
 
+// Converted piece by piece.
+std::string repeated(const std::string& text, int times) {
+    std::string all;
+    while (times-- > 0) all += text;
+    return all;
+}
+const std::string longPlain = repeated(plain, 1000), longEncoded = repeated(encoded, 1000);
+
+unsigned long encodeBytes(const std::string& in, std::string& out) {
+    return kxBase64::encode(in.data(), in.size(), out);
+}
+unsigned long decodeCharacters(const std::string& in, std::string& out) {
+    return kxBase64::decode(in.data(), in.size(), out);
+}
+
 const std::vector<unsigned char> key{'K', 'e', 'y'}, otherKey(300, 'W');
+
+const kxCrypt cipherOfKey(key);
 
 std::string code(kxCrypt& cipher) {
     std::string text(8, '\0');
@@ -232,6 +286,8 @@ void replaceText(Attempt& attempt) {
     attempt.run([&] { kxString::replace(text, ",", part); });
     EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
     EXPECT_EQ(text, attempt.failed() ? "1,2," + part : '1' + part + '2' + part + part);
+    kxString::replace(text, ",", part);
+    EXPECT_EQ(text, '1' + part + '2' + part + part);
 }
 
 const std::string options = a + ',' + b + "=true", file = absolute + '/' + b + '.' + c;
@@ -246,11 +302,17 @@ const std::vector<Operation> valueOperations = {
     answers(
         "MessageOfThree", [] { return textsOf(kxMessage(7, a, textA, b, textB, c, textC)); },
         Texts{{a, a}, {b, b}, {c, c}}),
+    answers(
+        "MessageOfTwo", [] { return textsOf(kxMessage(7, a, textA, b, textB)); },
+        Texts{{a, a}, {b, b}}),
+    answers(
+        "MessageOfOne", [] { return textsOf(kxMessage(7, a, textA)); }, Texts{{a, a}}),
     {"MessageCopy", messageCopy},
     {"MessageAssign", messageAssign},
     {"MessageAdd", messageAdd},
     {"MessageReplace", messageReplace},
     {"MessageRead", messageRead},
+    {"MessageReadWrongType", messageReadWrongType, systemCalls},
 
     {"ConverterRegister", converterRegister},
     {"ConverterToString", converterToString},
@@ -267,6 +329,7 @@ const std::vector<Operation> valueOperations = {
     {"FormatsAddAll", formatsAddAll},
     answers(
         "FormatsCopy", [] { return kxFileExtension(registered).getExtensionMap(); }, twoFormats),
+    {"FormatsAssign", formatsAssign},
     answers(
         "FormatsName", [] { return registered.getName(c); }, b),
     answers(
@@ -285,6 +348,20 @@ const std::vector<Operation> valueOperations = {
      [](Attempt& attempt) { convertInPlace(attempt, kxBase64::encode, plain, encoded); }},
     {"Base64Decode",
      [](Attempt& attempt) { convertText(attempt, kxBase64::decode, encoded, plain); }},
+    {"Base64EncodeBytes",
+     [](Attempt& attempt) { convertText(attempt, encodeBytes, plain, encoded); }},
+    {"Base64EncodeLong",
+     [](Attempt& attempt) { convertText(attempt, kxBase64::encode, longPlain, longEncoded); }},
+    {"Base64EncodeLongInPlace",
+     [](Attempt& attempt) { convertInPlace(attempt, kxBase64::encode, longPlain, longEncoded); }},
+    {"Base64DecodeCharacters",
+     [](Attempt& attempt) { convertText(attempt, decodeCharacters, encoded, plain); }},
+    {"Base64DecodeLong",
+     [](Attempt& attempt) { convertText(attempt, kxBase64::decode, longEncoded, longPlain); }},
+    {"Base64DecodeLongInPlace",
+     [](Attempt& attempt) { convertInPlace(attempt, kxBase64::decode, longEncoded, longPlain); }},
+    answers(
+        "CipherCopy", [] { return kxCrypt(cipherOfKey).code(0); }, kxCrypt(key).code(0)),
     answers(
         "Cipher", [] { return kxCrypt(key).code(0); }, kxCrypt(key).code(0)),
     {"CipherAssign", cipherAssign},

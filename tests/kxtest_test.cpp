@@ -4,12 +4,15 @@
 // The test support's own tests: a helper that hides a failure would hide it in every test.
 #include "kxtest.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+
+#include "descriptors.h"
 
 TEST(TempDir, IsRemovedWithItsContent) {
     std::string path;
@@ -66,4 +69,29 @@ TEST(Run, ReportsStreamsExitCodeAndEnvironment) {
 TEST(Home, IsATemporaryDirectory) {
     ASSERT_NE(getenv("HOME"), nullptr);
     EXPECT_NE(std::string(getenv("HOME")).find("kxtest."), std::string::npos);
+}
+
+// The lowest free number would not tell: a file that was closed may have left it free.
+TEST(OpenDescriptors, ShowWhatIsLeftOpenBehindOneThatIsClosed) {
+    const auto before = kxtest::openDescriptors();
+    const int first = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const int second = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    close(first);
+    const auto during = kxtest::openDescriptors();
+    close(second);
+    EXPECT_EQ(during.size(), before.size() + 1);
+    EXPECT_EQ(during.count(second), 1u);
+    EXPECT_EQ(kxtest::openDescriptors(), before);
+}
+
+TEST(OpenDescriptors, ShowAnotherFileUnderTheSameNumber) {
+    const kxtest::TempDir dir;
+    const int fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
+    const auto before = kxtest::openDescriptors();
+    const int other = open(dir.write("a", "").c_str(), O_RDONLY | O_CLOEXEC);
+    dup2(other, fd);
+    close(other);
+    const auto during = kxtest::openDescriptors();
+    close(fd);
+    EXPECT_NE(during, before);
 }

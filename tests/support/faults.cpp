@@ -54,6 +54,7 @@ void Attempt::end() {
     _hasMoreVariants = faults::current.hasMoreVariants;
     _call = faults::current.call;
     _error = faults::current.error;
+    _unknownCall = faults::current.unknownCall;
 }
 
 void Attempt::run(const std::function<void()>& code) {
@@ -81,7 +82,8 @@ std::string Attempt::description() const {
     if (_fault.kind == Fault::none) return "no fault";
     std::string text = "step " + std::to_string(_fault.step) + ": " + _call;
     if (_fault.kind == Fault::allocation) return text + (_fault.onward ? " and all later" : "");
-    return text + (_error != 0 ? std::string(": ") + std::strerror(_error) : " does half");
+    text += ", variant " + std::to_string(_fault.variant);
+    return text + (_error != 0 ? std::string(": ") + std::strerror(_error) : "");
 }
 
 }  // namespace kxtest

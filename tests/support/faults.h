@@ -32,10 +32,14 @@ public:
     bool failed() const { return _failed; }
     /// Whether it happened to the system call of that name.
     bool failedAt(const std::string& call) const { return _failed && call == _call; }
-    /// The error number of the fault; 0 for a system call that was let do half of its work.
+    /// The error number of the fault; 0 for a system call that was let do half of its work, or
+    /// whose answer was that a signal has ended the process waited for.
     int error() const { return _error; }
     /// Whether the failing call can fail in more ways than this one.
     bool hasMoreVariants() const { return _hasMoreVariants; }
+
+    /// The number of a system call that cannot be made to fail, and was made; -1 if there is none.
+    long unknownCall() const { return _unknownCall; }
 
     /// Whether `code` ended with std::bad_alloc.
     bool outOfMemory() const { return _outOfMemory; }
@@ -55,6 +59,7 @@ private:
     bool _failed = false, _hasMoreVariants = false, _outOfMemory = false;
     const char* _call = "";
     int _error = 0, _errnoAfter = 0;
+    long _unknownCall = -1;
     std::string _out, _err;
 };
 
@@ -76,6 +81,8 @@ struct Plan {
     bool failed = false, hasMoreVariants = false;
     const char* call = "";
     int error = 0;
+    long fullFile = -1;     // a descriptor to which nothing can be written any more
+    long unknownCall = -1;  // that cannot be made to fail
 };
 extern thread_local Plan* plan;  // null: nothing fails
 

@@ -69,49 +69,88 @@ constexpr unsigned long dispatchOff = 0, dispatchOn = 1;
 constexpr char letPass = 0, handOver = 1;
 thread_local volatile char selector = letPass;
 
-// Where an error number is expected: half of the bytes are read or written.
-constexpr int half = -1;
+// Where an error number is expected:
+enum OtherFailure {
+    half = -1,          // half of the bytes are read or written
+    halfThenNone = -2,  // half of the bytes are written, and no more to that file: the disk is full
+    killed = -3,        // the process waited for was ended by a signal
+};
 
 struct Call {
     long number;
     const char* name;
-    std::array<int, 3> failures;  // 0: no more
+    std::array<int, 4> failures;  // 0: no more
 };
 constexpr Call calls[] = {
     {SYS_access, "access", {EIO}},
+    {SYS_chdir, "chdir", {EACCES}},
     {SYS_clone, "clone", {EAGAIN}},
     {SYS_clone3, "clone", {EAGAIN}},
     {SYS_close, "close", {EIO, EINTR}},
+    {SYS_dup, "dup", {EMFILE}},
+    {SYS_dup2, "dup", {EBUSY, EINTR}},
+    {SYS_dup3, "dup", {EBUSY, EINTR}},
     {SYS_faccessat, "access", {EIO}},
     {SYS_faccessat2, "access", {EIO}},
+    {SYS_fchdir, "chdir", {EACCES}},
     {SYS_fcntl, "fcntl", {EIO}},
+    {SYS_fork, "clone", {EAGAIN}},
     {SYS_fstat, "fstat", {EIO}},
-    {SYS_ftruncate, "ftruncate", {EIO}},
+    {SYS_fsync, "fsync", {EIO, ENOSPC}},
+    {SYS_ftruncate, "ftruncate", {EIO, EINTR}},
     {SYS_getcwd, "getcwd", {ENOENT}},
+    {SYS_getdents64, "readdir", {EIO}},
+    {SYS_ioctl, "ioctl", {EIO}},
     {SYS_lseek, "lseek", {EIO}},
+    {SYS_lstat, "stat", {EACCES}},
     {SYS_mkdir, "mkdir", {ENOSPC}},
+    {SYS_mkdirat, "mkdir", {ENOSPC}},
     {SYS_mmap, "mmap", {ENOMEM}},
+    {SYS_mprotect, "mprotect", {ENOMEM}},
     {SYS_newfstatat, "stat", {EACCES}},
     {SYS_open, "open", {EMFILE, EINTR}},
     {SYS_openat, "open", {EMFILE, EINTR}},
+    {SYS_pipe, "pipe", {EMFILE}},
     {SYS_pipe2, "pipe", {EMFILE}},
     {SYS_pread64, "read", {EIO, EINTR, half}},
+    {SYS_preadv, "read", {EIO, EINTR, half}},
+    {SYS_prlimit64, "getrlimit", {EPERM}},
+    {SYS_pwrite64, "write", {ENOSPC, EINTR, half, halfThenNone}},
+    {SYS_pwritev, "write", {ENOSPC, EINTR, half, halfThenNone}},
     {SYS_read, "read", {EIO, EINTR, half}},
     {SYS_readlink, "readlink", {EIO}},
+    {SYS_readlinkat, "readlink", {EIO}},
+    {SYS_readv, "read", {EIO, EINTR, half}},
     {SYS_rename, "rename", {EACCES}},
+    {SYS_renameat, "rename", {EACCES}},
+    {SYS_renameat2, "rename", {EACCES}},
     {SYS_rmdir, "unlink", {EBUSY}},
+    {SYS_stat, "stat", {EACCES}},
+    {SYS_statx, "stat", {EACCES}},
+    {SYS_truncate, "ftruncate", {EIO, EINTR}},
     {SYS_unlink, "unlink", {EBUSY}},
-    {SYS_wait4, "wait", {EINTR}},
-    {SYS_write, "write", {ENOSPC, EINTR, half}},
-    {SYS_writev, "write", {ENOSPC, EINTR}},
+    {SYS_unlinkat, "unlink", {EBUSY}},
+    {SYS_vfork, "clone", {EAGAIN}},
+    {SYS_wait4, "wait", {EINTR, ECHILD, killed}},
+    {SYS_write, "write", {ENOSPC, EINTR, half, halfThenNone}},
+    {SYS_writev, "write", {ENOSPC, EINTR, half, halfThenNone}},
 };
+
+// Calls that cannot fail, or (`brk`) have another one to take their place.
+constexpr long sureCalls[] = {
+    SYS_brk,         SYS_clock_gettime, SYS_futex,        SYS_getegid,
+    SYS_geteuid,     SYS_getgid,        SYS_getpid,       SYS_getrandom,
+    SYS_gettid,      SYS_gettimeofday,  SYS_getuid,       SYS_madvise,
+    SYS_munmap,      SYS_prctl,         SYS_rt_sigaction, SYS_rt_sigprocmask,
+    SYS_sched_yield, SYS_time};
 
 using Registers = std::remove_reference_t<decltype(ucontext_t{}.uc_mcontext.gregs)>;
 
 long perform(long number, const Registers& r) {
     const long call[] = {number,     r[REG_RDI], r[REG_RSI], r[REG_RDX],
                          r[REG_R10], r[REG_R8],  r[REG_R9]};
-    const bool startsProcess = number == SYS_clone || number == SYS_clone3;
+    const bool startsProcess =
+        number == SYS_clone || number == SYS_clone3 || number == SYS_fork || number == SYS_vfork;
     return kxtest_call(call, startsProcess ? r[REG_RIP] : 0);
 }
 
@@ -131,26 +170,45 @@ long changeMask(const Registers& r, sigset_t& mask) {
     return 0;
 }
 
+long failWith(int error) {
+    plan->error = error;
+    return -error;
+}
+
+// The call works, as a wait for a process that a signal has ended.
+long waitForKilled(const Registers& r) {
+    const long process = perform(SYS_wait4, r);
+    if (process > 0 && r[REG_RSI] != 0) *reinterpret_cast<int*>(r[REG_RSI]) = SIGKILL;
+    return process;
+}
+
 // What comes of the call in place of its work, if it is the one to fail.
 long perhapsFail(const Call& call, Registers& r) {
-    if (!plan || ++plan->steps != plan->fault.step) return perform(call.number, r);
+    if (!plan) return perform(call.number, r);
+    if (plan->fullFile == r[REG_RDI] && std::strcmp(call.name, "write") == 0)
+        return failWith(ENOSPC);
+    if (++plan->steps != plan->fault.step) return perform(call.number, r);
+    const bool canHalve = r[REG_RDX] > 1;  // bytes, or pieces of memory
+    const auto canFailBy = [&](unsigned variant) {
+        const int failure = variant < call.failures.size() ? call.failures[variant] : 0;
+        return failure != 0 && (canHalve || (failure != half && failure != halfThenNone));
+    };
     const unsigned variant = plan->fault.variant;
-    const int failure = call.failures[variant];
-    const bool canHalve = r[REG_RDX] > 1;
-    if (failure == half && !canHalve) return perform(call.number, r);
+    if (!canFailBy(variant)) return perform(call.number, r);
     plan->failed = true;
     plan->call = call.name;
-    if (variant + 1 < call.failures.size()) {
-        const int next = call.failures[variant + 1];
-        plan->hasMoreVariants = next != 0 && (next != half || canHalve);
-    }
-    if (failure == half) {
+    plan->hasMoreVariants = canFailBy(variant + 1);
+
+    const int failure = call.failures[variant];
+    if (failure == killed) return waitForKilled(r);
+    if (failure == half || failure == halfThenNone) {
+        if (failure == halfThenNone) plan->fullFile = r[REG_RDI];
         r[REG_RDX] /= 2;
         return perform(call.number, r);
     }
-    plan->error = failure;
-    if (call.number == SYS_close) perform(call.number, r);  // closed, whatever the answer
-    return -failure;
+    // Closed, whatever the answer; and nobody is told of a child because it is gone.
+    if (call.number == SYS_close || failure == ECHILD) perform(call.number, r);
+    return failWith(failure);
 }
 
 void handle(int /*signal*/, siginfo_t* info, void* context) {
@@ -162,10 +220,15 @@ void handle(int /*signal*/, siginfo_t* info, void* context) {
                                           [&](const Call& c) { return c.number == number; });
     if (number == SYS_rt_sigprocmask)
         r[REG_RAX] = changeMask(r, interrupted.uc_sigmask);
-    else if (call != std::end(calls) && (number != SYS_mmap || reachesMalloc()))
+    else if (call != std::end(calls) &&
+             ((number != SYS_mmap && number != SYS_mprotect) || reachesMalloc()))
         r[REG_RAX] = perhapsFail(*call, r);
     else
         r[REG_RAX] = perform(number, r);
+    const bool isKnown =
+        call != std::end(calls) ||
+        std::find(std::begin(sureCalls), std::end(sureCalls), number) != std::end(sureCalls);
+    if (plan && !isKnown) plan->unknownCall = number;
 }
 
 // Installed without the C library, whose way back from the handler would be handed over in turn.

@@ -145,12 +145,17 @@ void report(Attempt& attempt, void (*function)(), const char* text) {
 
 // --- Lines ---------------------------------------------------------------------------------------
 
-// Directly on the console.
+// Directly on the console, where a part may stand if it takes no more.
+template <int type>
 void printLong(Attempt& attempt) {
-    const std::string text(5000, 'm');
-    attempt.run([&] { kxLog::colorOutput(0, text.c_str()); });
-    EXPECT_EQ(attempt.outOfMemory(), attempt.failed());
-    EXPECT_TRUE(attempt.out() == (attempt.failed() ? "" : text + '\n'));
+    const std::string text(5000, 'm'),
+        line = type == 0 ? text + '\n' : "\033[31m" + text + "\n\033[0m";
+    attempt.run([&] { kxLog::colorOutput(type, text.c_str()); });
+    EXPECT_EQ(attempt.outOfMemory(), attempt.failedAt("allocation"));
+    const std::string printed = type == 0 ? attempt.out() : attempt.err();
+    EXPECT_TRUE(startsWith(line, printed));
+    EXPECT_TRUE(printed == line || attempt.failed());
+    EXPECT_TRUE(printed.empty() || !attempt.outOfMemory());
 }
 
 // All of it or nothing.
@@ -333,7 +338,8 @@ const std::vector<Operation> logOperations = {
 
     answers(
         "LogHtml", [] { return kxLog::convertToHtml('<' + part); }, "&#60;" + part),
-    {"LogConsole", printLong},
+    {"LogConsole", printLong<0>, allSteps},
+    {"LogConsoleError", printLong<2>, allSteps},
     {"LogExtraInfo", [](Attempt& attempt) { addExtraInfo(attempt, kxLog::addExtraInfo); }},
     {"LogExtraInfoCsv", [](Attempt& attempt) { addExtraInfo(attempt, kxLog::addExtraInfoCSV); }},
 

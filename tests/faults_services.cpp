@@ -57,13 +57,18 @@ struct TmpDirs {
 };
 
 void tmpDirInit(Attempt& attempt) {
+    static bool isFirst = true;  // of the process
     const TmpDirs dirs;
-    const bool isFirst = TmpDirs::chosen().empty();
     attempt.run([&] { dirs.init(); });
-    if (!isFirst) return;
+    if (!std::exchange(isFirst, false)) return;
     const kxtest::Captured out(stdout);
     dirs.init();  // after a failure of memory there is still a choice to be made
-    dirs.expectChosen();
+    if (attempt.failedAt("mkdir") && attempt.failsOnward()) {
+        EXPECT_EQ(TmpDirs::chosen(), "");
+        EXPECT_EQ(kxFile::getTmpDir(), "");
+    } else {
+        dirs.expectChosen();
+    }
 }
 
 // The user's choice is never changed.
@@ -149,8 +154,9 @@ void tmpFilesRemove(Attempt& attempt) {
     const TempDir dir;
     for (const char* name : {"a", "b", "c"}) kxFile::addTmpFile(dir.write(name, ""));
     attempt.run([&] { kxFile::removeTmpFiles(); });
-    EXPECT_EQ(kxtest::list(dir.path()).size(), attempt.failedAt("unlink") ? 1u : 0u);
     const std::size_t left = kxtest::list(dir.path()).size();
+    EXPECT_EQ(left != 0, attempt.failedAt("unlink"));
+    EXPECT_LE(left, attempt.failsOnward() ? 3u : 1u);
     kxFile::removeTmpFiles();  // forgotten
     EXPECT_EQ(kxtest::list(dir.path()).size(), left);
 }
@@ -403,7 +409,9 @@ void streamWrite(Attempt& attempt) {
     EXPECT_TRUE(done || attempt.failed());
     EXPECT_FALSE(done && content != bytes);
     const bool isComplaint = attempt.err() == "cached_streambuf::write_buffer: failed!\n";
-    EXPECT_EQ(isComplaint, attempt.failedAt("write") && !done);
+    const bool mustComplain = attempt.failedAt("write") && !done;
+    // A complaint that cannot be written either is none.
+    EXPECT_EQ(isComplaint, mustComplain && !attempt.failsOnward());
 }
 
 // The destructor writes and closes, whatever fails.

@@ -83,6 +83,7 @@ std::string Attempt::description() const {
     std::string text = "step " + std::to_string(_fault.step) + ": " + _call;
     if (_fault.kind == Fault::allocation) return text + (_fault.onward ? " and all later" : "");
     text += ", variant " + std::to_string(_fault.variant);
+    if (_fault.onward) text += " and all later";
     return text + (_error != 0 ? std::string(": ") + std::strerror(_error) : "");
 }
 

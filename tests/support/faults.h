@@ -14,8 +14,10 @@ namespace kxtest {
 /// Which step fails, and how.
 struct Fault {
     enum Kind { none, allocation, systemCall } kind = none;
-    unsigned step = 1;     ///< counted from 1
-    bool onward = false;   ///< allocations: all later ones fail as well
+    unsigned step = 1;  ///< counted from 1
+    /// All later allocations fail as well; or all later system calls of the same name, with the
+    /// first error number that is not EINTR.
+    bool onward = false;
     unsigned variant = 0;  ///< system calls: which of the ways in which that call can fail
 };
 
@@ -30,6 +32,8 @@ public:
 
     /// Whether the fault has happened: false if `code` takes fewer steps.
     bool failed() const { return _failed; }
+    /// Whether what follows of its kind fails as well.
+    bool failsOnward() const { return _fault.onward; }
     /// Whether it happened to the system call of that name.
     bool failedAt(const std::string& call) const { return _failed && call == _call; }
     /// The error number of the fault; 0 for a system call that was let do half of its work, or

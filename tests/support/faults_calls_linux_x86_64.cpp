@@ -87,6 +87,7 @@ constexpr Call calls[] = {
     {SYS_clone, "clone", {EAGAIN}},
     {SYS_clone3, "clone", {EAGAIN}},
     {SYS_close, "close", {EIO, EINTR}},
+    {SYS_connect, "connect", {ECONNREFUSED}},
     {SYS_dup, "dup", {EMFILE}},
     {SYS_dup2, "dup", {EBUSY, EINTR}},
     {SYS_dup3, "dup", {EBUSY, EINTR}},
@@ -114,6 +115,7 @@ constexpr Call calls[] = {
     {SYS_pipe2, "pipe", {EMFILE}},
     {SYS_pread64, "read", {EIO, EINTR, half}},
     {SYS_preadv, "read", {EIO, EINTR, half}},
+    {SYS_poll, "poll", {EIO}},
     {SYS_prlimit64, "getrlimit", {EPERM}},
     {SYS_pwrite64, "write", {ENOSPC, EINTR, half, halfThenNone}},
     {SYS_pwritev, "write", {ENOSPC, EINTR, half, halfThenNone}},
@@ -121,10 +123,13 @@ constexpr Call calls[] = {
     {SYS_readlink, "readlink", {EIO}},
     {SYS_readlinkat, "readlink", {EIO}},
     {SYS_readv, "read", {EIO, EINTR, half}},
+    {SYS_recvmsg, "receive", {EIO}},
     {SYS_rename, "rename", {EACCES}},
     {SYS_renameat, "rename", {EACCES}},
     {SYS_renameat2, "rename", {EACCES}},
     {SYS_rmdir, "unlink", {EBUSY}},
+    {SYS_sendto, "send", {EPIPE}},
+    {SYS_socket, "socket", {EMFILE}},
     {SYS_stat, "stat", {EACCES}},
     {SYS_statx, "stat", {EACCES}},
     {SYS_truncate, "ftruncate", {EIO, EINTR}},
@@ -175,6 +180,17 @@ long failWith(int error) {
     return -error;
 }
 
+long fail(const Call& call, const Registers& r, int error) {
+    // Closed, whatever the answer; and nobody is told of a child because it is gone.
+    if (call.number == SYS_close || error == ECHILD) perform(call.number, r);
+    return failWith(error);
+}
+
+// What may be the answer for good. A call that a signal interrupts is made again.
+int lastingFailure(const Call& call) {
+    return call.failures[0] == EINTR ? call.failures[1] : call.failures[0];
+}
+
 // The call works, as a wait for a process that a signal has ended.
 long waitForKilled(const Registers& r) {
     const long process = perform(SYS_wait4, r);
@@ -187,6 +203,8 @@ long perhapsFail(const Call& call, Registers& r) {
     if (!plan) return perform(call.number, r);
     if (plan->fullFile == r[REG_RDI] && std::strcmp(call.name, "write") == 0)
         return failWith(ENOSPC);
+    if (plan->fault.onward && plan->failed && std::strcmp(call.name, plan->call) == 0)
+        return fail(call, r, plan->error);
     if (++plan->steps != plan->fault.step) return perform(call.number, r);
     const bool canHalve = r[REG_RDX] > 1;  // bytes, or pieces of memory
     const auto canFailBy = [&](unsigned variant) {
@@ -197,6 +215,7 @@ long perhapsFail(const Call& call, Registers& r) {
     if (!canFailBy(variant)) return perform(call.number, r);
     plan->failed = true;
     plan->call = call.name;
+    if (plan->fault.onward) return fail(call, r, lastingFailure(call));
     plan->hasMoreVariants = canFailBy(variant + 1);
 
     const int failure = call.failures[variant];
@@ -206,9 +225,7 @@ long perhapsFail(const Call& call, Registers& r) {
         r[REG_RDX] /= 2;
         return perform(call.number, r);
     }
-    // Closed, whatever the answer; and nobody is told of a child because it is gone.
-    if (call.number == SYS_close || failure == ECHILD) perform(call.number, r);
-    return failWith(failure);
+    return fail(call, r, failure);
 }
 
 void handle(int /*signal*/, siginfo_t* info, void* context) {

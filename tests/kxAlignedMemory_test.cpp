@@ -8,6 +8,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <set>
 #include <string>
 
 namespace {
@@ -90,6 +91,18 @@ TEST(AlignedMemoryFailure, ReallocKeepsTheBlock) {
 }
 
 TEST(AlignedMemoryFree, IgnoresNull) { aligned_free(nullptr); }
+
+TEST(AlignedMemoryFree, LetsTheMemoryBeUsedAgain) {
+    constexpr std::size_t blocks = 1000;
+    std::set<void*> places;  // as many as blocks if all of them stay
+    for (std::size_t i = 0; i < blocks; ++i) {
+        void* const p = aligned_malloc(1UL << 20, 64);
+        ASSERT_NE(p, nullptr);
+        places.insert(p);
+        aligned_free(p);
+    }
+    EXPECT_LT(places.size(), blocks);
+}
 
 TEST(AlignedMemoryOrigin, IsTheScalableAllocator) {
     void* ours = aligned_malloc(1000, 64);

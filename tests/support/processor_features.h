@@ -1,0 +1,26 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
+#pragma once
+
+#include <cstdint>
+
+namespace kxtest {
+
+/// What __builtin_cpu_supports says of the first 64 features; the destructor puts the earlier
+/// answers back. x86-64 only. One at a time, and no other thread may ask meanwhile.
+class ScopedFeatures {
+public:
+    ScopedFeatures();
+    ~ScopedFeatures() { set(_old); }
+    ScopedFeatures(const ScopedFeatures&) = delete;
+    ScopedFeatures& operator=(const ScopedFeatures&) = delete;
+
+    /// One bit for each feature, by a numbering of the compiler's runtime library.
+    static void set(std::uint64_t bits);
+
+private:
+    std::uint64_t _old;
+};
+
+}  // namespace kxtest

@@ -16,6 +16,7 @@
 #include <type_traits>
 
 #include "descriptors.h"
+#include "emulator.h"
 #include "file_support.h"
 #include "kxFile.h"
 #include "kxLog.h"
@@ -332,7 +333,8 @@ TEST_F(FileOperations, ReadOfNothingIsFalseAndEmptiesTheContent) {
 
 TEST_F(FileOperations, ReadIsFalseWhereTheMemoryDoesNotSuffice) {
     constexpr rlim_t limit = rlim_t{4} << 30;
-    if (kxtest::underSanitizer()) GTEST_SKIP() << "needs a limit on memory";
+    if (kxtest::underSanitizer() || kxtest::underEmulator())
+        GTEST_SKIP() << "needs a limit on memory";
     if (!kxtest::writeAt("huge", 2 * static_cast<off_t>(limit), "x"))
         GTEST_SKIP() << "no room for sparse files";
     EXPECT_EQ(kxtest::inChild([&] {

@@ -9,6 +9,7 @@
 #include <cstdio>
 #include <future>
 
+#include "emulator.h"
 #include "kxutils_tool.h"
 #include "reference/crc32_bitwise.h"
 
@@ -132,6 +133,7 @@ protected:
     void SetUp() override {
         OnTerminal::SetUp();
         if (kxtest::underSanitizer()) GTEST_SKIP() << "sanitizers have interceptors of their own";
+        if (kxtest::underEmulator()) GTEST_SKIP() << "the library would go into the emulator too";
         environment["LD_PRELOAD"] = KXTEST_FAULTS;
     }
     kxtest::Outcome runWithFault(const std::string& fault,

@@ -1,0 +1,13 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
+// Programs that do not run by themselves.
+#pragma once
+
+namespace kxtest {
+
+/// True when an emulator, or a tool such as Valgrind, runs the programs that are built: each is
+/// then a script that starts the program beside it, whose name has ".elf" appended.
+bool underEmulator();
+
+}  // namespace kxtest

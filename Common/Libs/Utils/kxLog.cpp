@@ -67,9 +67,8 @@ public:
     KXUTILS_PRINTF(3, 0)
     void log(Output output, const char* format, std::va_list arguments) {
         const std::lock_guard<std::mutex> guard(_bufferMutex);
-        const int length = std::vsnprintf(_text, sizeof _text, format, arguments);
-        if (length < 0 || static_cast<std::size_t>(length) > maxTextLength)
-            _text[maxTextLength] = '\0';
+        // Whatever becomes of it, the last character stays a 0.
+        std::vsnprintf(_text, sizeof _text, format, arguments);
         output(_text, callCallback | writeLines, /*alternate=*/false);
     }
 

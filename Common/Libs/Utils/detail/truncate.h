@@ -16,5 +16,7 @@ constexpr std::int32_t truncateToInt32(double value) {
     return value > below && value < above ? static_cast<std::int32_t>(value)
                                           : std::numeric_limits<std::int32_t>::min();
 }
+static_assert(truncateToInt32(-2147483649.0) == std::numeric_limits<std::int32_t>::min() &&
+              truncateToInt32(2147483648.0) == std::numeric_limits<std::int32_t>::min());
 
 }  // namespace kx::detail

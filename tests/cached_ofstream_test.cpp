@@ -4,11 +4,9 @@
 #include "cached_ofstream.h"
 
 #include <gtest/gtest.h>
-#include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <csignal>
 #include <cstdint>
 #include <memory>
 #include <random>
@@ -16,6 +14,7 @@
 #include <type_traits>
 
 #include "descriptors.h"
+#include "file_limit.h"
 #include "kxtest.h"
 
 namespace {
@@ -43,27 +42,6 @@ protected:
         ++syncs;
         return cached_streambuf::sync();
     }
-};
-
-/// While it lives a write that would take a file beyond `bytes` is cut short or fails.
-class ScopedFileLimit {
-public:
-    explicit ScopedFileLimit(rlim_t bytes) : _handler(std::signal(SIGXFSZ, SIG_IGN)) {
-        getrlimit(RLIMIT_FSIZE, &_old);
-        rlimit limit = _old;
-        limit.rlim_cur = bytes;
-        setrlimit(RLIMIT_FSIZE, &limit);
-    }
-    ~ScopedFileLimit() {
-        setrlimit(RLIMIT_FSIZE, &_old);
-        std::signal(SIGXFSZ, _handler);
-    }
-    ScopedFileLimit(const ScopedFileLimit&) = delete;
-    ScopedFileLimit& operator=(const ScopedFileLimit&) = delete;
-
-private:
-    void (*_handler)(int);
-    rlimit _old{};
 };
 
 // Plug-ins are compiled against these.
@@ -385,7 +363,7 @@ TEST(CachedStreambufFull, NothingReachesTheFileAfterAFailure) {
         kxtest::Captured err(stderr);
         cached_streambuf buffer(size, file.c_str());
         {
-            const ScopedFileLimit limit(250);
+            const kxtest::ScopedFileLimit limit(250);
             buffer.sputn(std::string(300, 'x').data(), 300);
             buffer.pubsync();
         }

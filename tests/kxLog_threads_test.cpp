@@ -9,6 +9,7 @@
 #include <sstream>
 #include <thread>
 
+#include "emulator.h"
 #include "kxLog.h"
 #include "kxLog_fixture.h"
 #include "kxLog_texts.h"
@@ -205,8 +206,8 @@ TEST_P(OneEntry, KeepsTextsWhole) {
 INSTANTIATE_TEST_SUITE_P(Through, OneEntry, testing::ValuesIn(entries),
                          [](const auto& test) { return test.param.name(); });
 
-// 16 threads, 100,000 messages, all entry points, all destinations. Sanitizers, which would take
-// more than half a minute, get a fifth of them, unless the variable KX_LOG_FULL is set.
+// 16 threads, 100,000 messages, all entry points, all destinations. Sanitizers and emulators, which
+// take more than half a minute, get a fifth of them, unless the variable KX_LOG_FULL is set.
 struct Format {
     const char* name;
     int format;
@@ -215,7 +216,8 @@ void PrintTo(const Format& c, std::ostream* os) { *os << c.name; }
 
 class LogFlood : public LogThreads, public testing::WithParamInterface<Format> {};
 TEST_P(LogFlood, LosesTearsAndMixesNothing) {
-    const bool full = !kxtest::underSanitizer() || std::getenv("KX_LOG_FULL");
+    const bool full =
+        (!kxtest::underSanitizer() && !kxtest::underEmulator()) || std::getenv("KX_LOG_FULL");
     hammer(GetParam().format, 16, full ? 6250 : 1250, mixedEntry);
 }
 const Format formats[] = {{"Text", 1}, {"Html", 2}, {"Csv", 3}};

@@ -23,6 +23,13 @@ using std::string_literals::operator""s;
 
 namespace {
 
+class Model : public testing::Environment {
+    void SetUp() override {
+        if (!reference::isGnuStream) GTEST_SKIP() << "the model is the stream of the GNU library";
+    }
+};
+[[maybe_unused]] const auto* const model = testing::AddGlobalTestEnvironment(new Model);
+
 /// `count`, or with KX_NUMBERS_FULL=1 a number that takes minutes.
 std::size_t many(std::size_t count, std::size_t full = 100'000'000) {
     const char* const wanted = std::getenv("KX_NUMBERS_FULL");

@@ -182,7 +182,9 @@ class ToFloat : public testing::TestWithParam<FloatCase> {};
 TEST_P(ToFloat, MatchesTable) {
     const FloatCase& c = GetParam();
     EXPECT_PRED2(sameBits<float>, kxString::toFloat(c.text), c.value);
-    EXPECT_PRED2(sameBits<float>, fromStream<float>(c.text), c.value) << "the table is wrong";
+    if (reference::isGnuStream) {
+        EXPECT_PRED2(sameBits<float>, fromStream<float>(c.text), c.value) << "the table is wrong";
+    }
 }
 
 static const std::string zeros(1000, '0');

@@ -12,6 +12,14 @@
 
 namespace reference {
 
+/// Whether the streams are those of the GNU library, whose answers the library promises. Those of
+/// libc++ differ: overflow gives infinity, and NaNs are written otherwise.
+#ifdef __GLIBCXX__
+inline constexpr bool isGnuStream = true;
+#else
+inline constexpr bool isGnuStream = false;
+#endif
+
 template <typename Stream>
 Stream classic() {
     Stream stream;

@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstddef>
 #include <cstring>
 #include <functional>
@@ -15,6 +16,7 @@
 
 #include "detail/ascii.h"
 #include "detail/decimal_float.h"
+#include "detail/parse_float.h"
 
 using kx::detail::isDigit;
 
@@ -154,7 +156,7 @@ Float readNumber(std::string_view text) {
 
     Float value = 0;
     const char* const end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, value);
+    const auto read = kx::detail::parseFloat(text.data(), end, value);
     const std::string_view number =
         text.substr(0, static_cast<std::size_t>(read.ptr - text.data()));
     // from_chars stops before an exponent without digits; a stream takes it in and then fails.
@@ -183,9 +185,16 @@ Float readFast(std::string_view text) {
 
 constexpr std::size_t longestFloat = 15;  // the characters that writeFloat() may overwrite
 
+// Not every standard library's to_chars() writes all of them alike.
+char* writeNaN(bool isNegative, char* to) {
+    const std::string_view text = isNegative ? "-nan" : "nan";
+    return to + text.copy(to, text.size());
+}
+
 // Writes the number as setNum() does and returns its end.
 char* writeFloat(float value, char* to) {
     if (char* const end = kx::detail::writeSixDigits(value, to)) return end;
+    if (std::isnan(value)) return writeNaN(std::signbit(value), to);
     return std::to_chars(to, to + longestFloat, value, std::chars_format::general, 6).ptr;
 }
 

@@ -223,17 +223,13 @@ bool kxPlatform::getAnalysisMode() { return _analysis_mode; }
 
 namespace {
 
-// The greatest step that is not above `dpi`. Only the first step's distance is capped, which makes
-// 10240 and more fall back to it.
+// The greatest step that is not above `dpi`, nor too far below it: 10240 and more fall back to the
+// first.
 int matchingStep(std::int32_t dpi) {
     constexpr int maxDistance = 9999;
     int best = 96;
-    int distance = dpi < best ? maxDistance : std::min(dpi - best, maxDistance);
-    for (const int step : {120, 144, 192, 240}) {
-        if (dpi < step || dpi - step > distance) continue;
-        best = step;
-        distance = dpi - step;
-    }
+    for (const int step : {120, 144, 192, 240})
+        if (dpi >= step && dpi - step <= maxDistance) best = step;
     return best;
 }
 

@@ -165,8 +165,9 @@ void services() {
     kxUtils::unsetenv("KXTEST_NO_VARIABLE");
     kxUtils::setenv(nullptr, "");
     kxUtils::getLastError();
-    static void* const program = kxUtils::loadSharedLibrary(KX_PROVIDER_PLUGIN, /*lazy=*/true);
-    kxUtils::resolveSymbol(program, "kxProvidedValue");
+    // Stays loaded, so that it is not the one whose loading is tried.
+    static void* const library = kxUtils::loadSharedLibrary(KX_CONSUMER_PLUGIN, /*lazy=*/true);
+    kxUtils::resolveSymbol(library, "kxOwnValue");
     kxUtils::unloadSharedLibrary(nullptr);
     kxUtils::findProcess(longName);
     kxUtils::printBT();

@@ -3,6 +3,8 @@
 
 #include "arguments.h"
 
+#include <CLI/CLI.hpp>
+#include <algorithm>
 #include <array>
 
 #include "failure.h"
@@ -53,18 +55,63 @@ std::string guarded(const std::string& argument) {
     return isSpecial || argument == "{}" || argument == "++" ? guard + argument : argument;
 }
 
-CLI::Option* addTexts(CLI::App& app, const std::string& name, std::vector<std::string>& texts,
-                      const std::string& description) {
-    return app.add_option_function<std::vector<std::string>>(
+Argument Argument::required() { return Argument(_option->required()); }
+
+Argument Argument::typeName(const std::string& name) { return Argument(_option->type_name(name)); }
+
+Argument Argument::showDefault() { return Argument(_option->capture_default_str()); }
+
+Argument Argument::excludes(Argument other) { return Argument(_option->excludes(other._option)); }
+
+Argument Argument::oneOf(const std::vector<std::string>& values) {
+    return Argument(_option->check(CLI::IsMember(values)));
+}
+
+Argument Argument::named(const std::map<std::string, int>& names) {
+    return Argument(_option->transform(CLI::CheckedTransformer(names)));
+}
+
+Argument Argument::positive() { return Argument(_option->check(CLI::PositiveNumber)); }
+
+Argument Argument::check(const std::function<std::string(const std::string&)>& complaint) {
+    return Argument(_option->check(complaint));
+}
+
+Argument Argument::count(int least, int most) { return Argument(_option->expected(least, most)); }
+
+Argument Arguments::flag(const std::string& name, bool& isGiven, const std::string& description) {
+    return Argument(_app.add_flag(name, isGiven, description));
+}
+
+Argument Arguments::number(const std::string& name, int& number, const std::string& description) {
+    return Argument(_app.add_option(name, number, description));
+}
+
+Argument Arguments::number(const std::string& name, std::uint32_t& number,
+                           const std::string& description) {
+    return Argument(_app.add_option(name, number, description));
+}
+
+Argument Arguments::number(const std::string& name, std::uint64_t& number,
+                           const std::string& description) {
+    return Argument(_app.add_option(name, number, description));
+}
+
+Argument Arguments::text(const std::string& name, std::string& text,
+                         const std::string& description) {
+    CLI::Option* const option = _app.add_option_function<std::string>(
+        name, [&text](const std::string& result) { text = unguarded(result); }, description);
+    return Argument(option->default_function([&text] { return text; }));
+}
+
+Argument Arguments::texts(const std::string& name, std::vector<std::string>& texts,
+                          const std::string& description) {
+    return Argument(_app.add_option_function<std::vector<std::string>>(
         name,
         [&texts](const std::vector<std::string>& results) {
             for (const std::string& result : results) texts.push_back(unguarded(result));
         },
-        description);
+        description));
 }
 
-CLI::Option* addText(CLI::App& app, const std::string& name, std::string& text,
-                     const std::string& description) {
-    return app.add_option_function<std::string>(
-        name, [&text](const std::string& result) { text = unguarded(result); }, description);
-}
+void Arguments::footer(const std::string& text) { _app.footer(text); }

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils base64: encodes, decodes and checks inputs of any size.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <memory>
 
@@ -14,7 +13,7 @@ namespace {
 struct Options {
     std::string input = "-", output = "-";
     bool isDecoding = false, isChecking = false;
-    std::size_t wrap = 0;
+    std::uint64_t wrap = 0;
 };
 
 // Writes text with a newline after every `width` characters, if that is not 0, and at the end.
@@ -128,20 +127,22 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-Work addBase64(CLI::App& app, Session& session) {
+Work addBase64(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    addText(app, "file", options->input, "File to read (default: standard input)");
-    auto* const decodes = app.add_flag("-d,--decode", options->isDecoding,
-                                       "Decode; bytes outside the alphabet are skipped");
-    app.add_flag("--check", options->isChecking,
-                 "Write nothing; fail unless, line ends aside, the file is Base64 text")
-        ->excludes(decodes);
-    app.add_option("--wrap", options->wrap, "Start a new line after N characters (default: never)")
-        ->type_name("N")
-        ->excludes(decodes);
-    addText(app, "-o,--output", options->output, "File to write (default: standard output)")
-        ->type_name("FILE");
-    app.footer(
+    arguments.text("file", options->input, "File to read (default: standard input)");
+    const Argument decodes = arguments.flag("-d,--decode", options->isDecoding,
+                                            "Decode; bytes outside the alphabet are skipped");
+    arguments
+        .flag("--check", options->isChecking,
+              "Write nothing; fail unless, line ends aside, the file is Base64 text")
+        .excludes(decodes);
+    arguments
+        .number("--wrap", options->wrap, "Start a new line after N characters (default: never)")
+        .typeName("N")
+        .excludes(decodes);
+    arguments.text("-o,--output", options->output, "File to write (default: standard output)")
+        .typeName("FILE");
+    arguments.footer(
         "Example:\n  kxutils base64 --wrap 76 scene.osb | kxutils base64 -d | cmp - scene.osb");
     return [options, &session] { run(*options, session); };
 }

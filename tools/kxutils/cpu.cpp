@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils cpu: what the processor says about itself.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <memory>
@@ -164,13 +163,15 @@ void ask(const std::vector<std::string>& features, const std::vector<Entry>& ent
 
 }  // namespace
 
-Work addCpu(CLI::App& app, Session& session) {
+Work addCpu(Arguments& arguments, Session& session) {
     const auto features = std::make_shared<std::vector<std::string>>();
-    addTexts(app, "--has", *features,
-             "Answer by the exit code: 0 if the processor has the feature, 1 if not; any name that "
-             "is shown with yes or no")
-        ->type_name("FEATURE");
-    app.footer("Example:\n  kxutils cpu --has AVX2 && echo fast");
+    arguments
+        .texts(
+            "--has", *features,
+            "Answer by the exit code: 0 if the processor has the feature, 1 if not; any name that "
+            "is shown with yes or no")
+        .typeName("FEATURE");
+    arguments.footer("Example:\n  kxutils cpu --has AVX2 && echo fast");
     return [features, &session] {
         const std::vector<Entry> entries = entriesOf(kxCPUInfo::getCPUInfo());
         if (features->empty())

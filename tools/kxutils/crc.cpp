@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils crc: CRC-32 of files, as lines that can be checked later.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <memory>
@@ -112,23 +111,25 @@ void check(const Options& options, Session& session) {
 
 }  // namespace
 
-Work addCrc(CLI::App& app, Session& session) {
+Work addCrc(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    auto* const files =
-        addTexts(app, "file", options->files, "Files; - for standard input (the default)");
-    addText(app, "-c,--check", options->list,
-            "Check the files named in LIST, which holds lines as this sub-command writes them")
-        ->type_name("LIST")
-        ->excludes(files);
+    const Argument files =
+        arguments.texts("file", options->files, "Files; - for standard input (the default)");
+    arguments
+        .text("-c,--check", options->list,
+              "Check the files named in LIST, which holds lines as this sub-command writes them")
+        .typeName("LIST")
+        .excludes(files);
     std::vector<std::string> names = {"all"};
     for (const Method& method : methods) names.emplace_back(method.name);
-    app.add_option("--method", options->method,
-                   "How to compute; all: in every way, failing if the results differ")
-        ->check(CLI::IsMember(names))
-        ->capture_default_str();
-    app.add_option("--skip", options->skip, "Leave out the first N bytes")->type_name("N");
-    addZeroOption(app, session);
-    app.footer("Example:\n  kxutils crc *.osb > list && kxutils crc -c list");
+    arguments
+        .text("--method", options->method,
+              "How to compute; all: in every way, failing if the results differ")
+        .oneOf(names)
+        .showDefault();
+    arguments.number("--skip", options->skip, "Leave out the first N bytes").typeName("N");
+    addZeroOption(arguments, session);
+    arguments.footer("Example:\n  kxutils crc *.osb > list && kxutils crc -c list");
     return [options, &session] {
         if (options->files.empty()) options->files.emplace_back("-");
         if (options->list.empty())

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils dirs: the installation layout as the library sees it.
-#include <CLI/CLI.hpp>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
@@ -71,13 +70,14 @@ void addDirectory(Report& report, const std::string& name, const std::string& pa
     });
 }
 
-Work addDirs(CLI::App& app, Session& session) {
+Work addDirs(Arguments& arguments, Session& session) {
     const auto application = std::make_shared<std::string>();
-    addText(app, "--app", *application,
-            "Path by which the application is started (default: this program's)")
-        ->type_name("PATH");
-    addZeroOption(app, session);
-    app.footer(
+    arguments
+        .text("--app", *application,
+              "Path by which the application is started (default: this program's)")
+        .typeName("PATH");
+    addZeroOption(arguments, session);
+    arguments.footer(
         "No directory is created.\n\n"
         "Example:\n  kxutils dirs --app /opt/talo/bin/MAC/talo");
     return [application, &session] { run(*application, session); };

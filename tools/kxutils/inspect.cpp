@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils inspect: where the footers of a file stand and what they hold.
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
 
@@ -60,13 +59,13 @@ void inspect(const std::string& name, const Options& options, Session& session, 
 
 }  // namespace
 
-Work addInspect(CLI::App& app, Session& session) {
+Work addInspect(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    addTexts(app, "file", options->files, "Files; - for standard input")->required();
-    app.add_option("--offset", options->offset, "The first N bytes are not covered")
-        ->type_name("N");
-    addZeroOption(app, session);
-    app.footer("Example:\n  kxutils inspect scene.osb");
+    arguments.texts("file", options->files, "Files; - for standard input").required();
+    arguments.number("--offset", options->offset, "The first N bytes are not covered")
+        .typeName("N");
+    addZeroOption(arguments, session);
+    arguments.footer("Example:\n  kxutils inspect scene.osb");
     return [options, &session] {
         for (const std::string& file : options->files)
             session.report.add(file, [&](Item& item) { inspect(file, *options, session, item); });

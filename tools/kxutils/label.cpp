@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils label: a line of text in a picture's lower left corner.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cctype>
 #include <memory>
@@ -159,18 +158,20 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-Work addLabel(CLI::App& app, Session& session) {
+Work addLabel(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    addText(app, "text", options->text, "The label; the font has the characters from space to z")
-        ->required();
-    addTexts(app, "file", options->files,
-             "[IN.ppm] OUT.ppm: the picture and where to write the labelled one; without a picture "
-             "the label gets a black background of its size")
-        ->required()
-        ->expected(1, 2);
-    app.add_option("--color", options->colour, "Colour of the text (default: FFFFFF)")
-        ->type_name("RRGGBB")
-        ->check(checkColour);
-    app.footer("Example:\n  kxutils label 'Front view' render.ppm labelled.ppm");
+    arguments.text("text", options->text, "The label; the font has the characters from space to z")
+        .required();
+    arguments
+        .texts(
+            "file", options->files,
+            "[IN.ppm] OUT.ppm: the picture and where to write the labelled one; without a picture "
+            "the label gets a black background of its size")
+        .required()
+        .count(1, 2);
+    arguments.text("--color", options->colour, "Colour of the text (default: FFFFFF)")
+        .typeName("RRGGBB")
+        .check(checkColour);
+    arguments.footer("Example:\n  kxutils label 'Front view' render.ppm labelled.ppm");
     return [options, &session] { run(*options, session); };
 }

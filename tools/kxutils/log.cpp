@@ -3,7 +3,6 @@
 
 // kxutils log: lines of standard input, written through the library's log.
 #include <sys/stat.h>
-#include <CLI/CLI.hpp>
 
 #include <array>
 #include <map>
@@ -126,19 +125,20 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-Work addLog(CLI::App& app, Session& session) {
+Work addLog(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    app.add_option("--format", options->format, "Format of the lines")
-        ->transform(CLI::CheckedTransformer(
-            std::map<std::string, int>{{"text", 1}, {"html", 2}, {"csv", 3}}));
-    addText(app, "--file", options->file,
-            "Append to this log file, moving one of another day aside; otherwise the lines go to "
-            "standard output")
-        ->type_name("FILE");
-    app.add_option("--level", options->level,
-                   "Level of all lines; otherwise that of the word INFO, WARN, WARNING or ERROR at "
-                   "a line's start, which is taken away, or info")
-        ->check(CLI::IsMember({"info", "warning", "error"}));
-    app.footer("Example:\n  echo 'WARN disk nearly full' | kxutils log --file build.log");
+    arguments.number("--format", options->format, "Format of the lines")
+        .named({{"text", 1}, {"html", 2}, {"csv", 3}});
+    arguments
+        .text("--file", options->file,
+              "Append to this log file, moving one of another day aside; otherwise the lines go to "
+              "standard output")
+        .typeName("FILE");
+    arguments
+        .text("--level", options->level,
+              "Level of all lines; otherwise that of the word INFO, WARN, WARNING or ERROR at "
+              "a line's start, which is taken away, or info")
+        .oneOf({"info", "warning", "error"});
+    arguments.footer("Example:\n  echo 'WARN disk nearly full' | kxutils log --file build.log");
     return [options, &session] { run(*options, session); };
 }

@@ -15,7 +15,7 @@ namespace {
 struct SubCommand {
     const char* name;
     const char* description;
-    Work (*add)(CLI::App& app, Session& session);
+    Work (*add)(Arguments& arguments, Session& session);
 };
 
 constexpr SubCommand subCommands[] = {
@@ -58,7 +58,8 @@ void runCommandLine(Session& session, int argc, char** argv) {
     std::vector<Work> works;
     for (const SubCommand& subCommand : subCommands) {
         CLI::App& sub = *app.add_subcommand(subCommand.name, subCommand.description);
-        works.push_back(subCommand.add(sub, session));
+        Arguments declared(sub);
+        works.push_back(subCommand.add(declared, session));
         sub.add_flag("--json", "Write one JSON document");
     }
 
@@ -123,9 +124,9 @@ void Session::readBlocks(Input& input, const std::function<void(std::string_view
     }
 }
 
-void addZeroOption(CLI::App& app, Session& session) {
-    app.add_flag("-z,--zero", session.report.zeroEnds,
-                 "End lines with a zero byte and write names as they are");
+void addZeroOption(Arguments& arguments, Session& session) {
+    arguments.flag("-z,--zero", session.report.zeroEnds,
+                   "End lines with a zero byte and write names as they are");
 }
 
 int main(int argc, char** argv) {

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils number: digits in groups, lists of values.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <charconv>
 #include <memory>
@@ -81,22 +80,22 @@ void writeList(const Options& options, Report& report) {
 
 }  // namespace
 
-Work addNumber(CLI::App& app, Session& session) {
+Work addNumber(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    app.add_option("operation", options->operation, R"(What to do:
+    arguments
+        .text("operation", options->operation, R"(What to do:
 group  put separators between groups of digits in each text
 list   write the values as one text; with --read, read the values of each text, one a line)")
-        ->required()
-        ->check(CLI::IsMember({"group", "list"}));
-    addTexts(app, "text", options->arguments, "Texts or values; - for the lines of standard input")
-        ->required();
-    addText(app, "--separator", options->separator, "What group puts in (default: a comma)")
-        ->type_name("TEXT");
-    app.add_option("--size", options->size, "Digits of a group")
-        ->check(CLI::PositiveNumber)
-        ->capture_default_str();
-    app.add_flag("--read", options->isReading, "Let list read texts");
-    app.footer("Example:\n  kxutils number group 1234567");
+        .required()
+        .oneOf({"group", "list"});
+    arguments
+        .texts("text", options->arguments, "Texts or values; - for the lines of standard input")
+        .required();
+    arguments.text("--separator", options->separator, "What group puts in (default: a comma)")
+        .typeName("TEXT");
+    arguments.number("--size", options->size, "Digits of a group").positive().showDefault();
+    arguments.flag("--read", options->isReading, "Let list read texts");
+    arguments.footer("Example:\n  kxutils number group 1234567");
     return [options, &session] {
         if (options->operation == "group")
             group(*options, session.report);

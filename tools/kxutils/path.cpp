@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils path: one result a line, for shell use.
-#include <CLI/CLI.hpp>
 #include <map>
 #include <memory>
 
@@ -74,9 +73,10 @@ void run(Options& options, Session& session) {
 
 }  // namespace
 
-Work addPath(CLI::App& app, Session& session) {
+Work addPath(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    app.add_option("operation", options->operation, R"(What to show of each path:
+    arguments
+        .text("operation", options->operation, R"(What to show of each path:
 name    what follows the last slash
 dir     what stands before it
 base    the name without its extension
@@ -86,13 +86,12 @@ rel     the path as seen from the base
 abs     the path below the base
 valid   the text as a valid file name
 expand  the path with ~ and environment variables replaced)")
-        ->required()
-        ->check(CLI::IsMember(
-            {"name", "dir", "base", "ext", "setext", "rel", "abs", "valid", "expand"}));
-    addTexts(app, "path", options->arguments, "Paths; no file is touched")->required();
-    addText(app, "--base", options->base, "Directory that rel and abs start from (default: .)")
-        ->type_name("DIR");
-    addZeroOption(app, session);
-    app.footer("Example:\n  kxutils path setext png \"$scene\"");
+        .required()
+        .oneOf({"name", "dir", "base", "ext", "setext", "rel", "abs", "valid", "expand"});
+    arguments.texts("path", options->arguments, "Paths; no file is touched").required();
+    arguments.text("--base", options->base, "Directory that rel and abs start from (default: .)")
+        .typeName("DIR");
+    addZeroOption(arguments, session);
+    arguments.footer("Example:\n  kxutils path setext png \"$scene\"");
     return [options, &session] { run(*options, session); };
 }

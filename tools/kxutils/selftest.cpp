@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils selftest: published vectors through the codecs, checksums and ciphers of the library.
-#include <CLI/CLI.hpp>
 #include <array>
 #include <utility>
 
@@ -122,7 +121,7 @@ void run(Report& report) {
 
 }  // namespace
 
-Work addSelftest(CLI::App& app, Session& session) {
-    app.footer("Example:\n  kxutils selftest");
+Work addSelftest(Arguments& arguments, Session& session) {
+    arguments.footer("Example:\n  kxutils selftest");
     return [&session] { run(session.report); };
 }

@@ -4,7 +4,6 @@
 // What a sub-command works with, and the list of them all.
 #pragma once
 
-#include <CLI/App.hpp>
 #include <functional>
 #include <string_view>
 
@@ -34,20 +33,20 @@ using Work = std::function<void()>;
 
 // Each declares the options of one sub-command and returns its work. A text that contains an
 // example closes the help.
-Work addBase64(CLI::App& app, Session& session);
-Work addCpu(CLI::App& app, Session& session);
-Work addCrc(CLI::App& app, Session& session);
-Work addDirs(CLI::App& app, Session& session);
-Work addInspect(CLI::App& app, Session& session);
-Work addLabel(CLI::App& app, Session& session);
-Work addLog(CLI::App& app, Session& session);
-Work addNumber(CLI::App& app, Session& session);
-Work addPath(CLI::App& app, Session& session);
-Work addSelftest(CLI::App& app, Session& session);
-Work addShader(CLI::App& app, Session& session);
-Work addStamp(CLI::App& app, Session& session);
-Work addTmp(CLI::App& app, Session& session);
-Work addVerify(CLI::App& app, Session& session);
+Work addBase64(Arguments& arguments, Session& session);
+Work addCpu(Arguments& arguments, Session& session);
+Work addCrc(Arguments& arguments, Session& session);
+Work addDirs(Arguments& arguments, Session& session);
+Work addInspect(Arguments& arguments, Session& session);
+Work addLabel(Arguments& arguments, Session& session);
+Work addLog(Arguments& arguments, Session& session);
+Work addNumber(Arguments& arguments, Session& session);
+Work addPath(Arguments& arguments, Session& session);
+Work addSelftest(Arguments& arguments, Session& session);
+Work addShader(Arguments& arguments, Session& session);
+Work addStamp(Arguments& arguments, Session& session);
+Work addTmp(Arguments& arguments, Session& session);
+Work addVerify(Arguments& arguments, Session& session);
 
 /// Adds -z, for sub-commands whose results are lines with names.
-void addZeroOption(CLI::App& app, Session& session);
+void addZeroOption(Arguments& arguments, Session& session);

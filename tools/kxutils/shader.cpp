@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils shader: makes and reads enciphered shader blocks.
-#include <CLI/CLI.hpp>
 #include <array>
 #include <cstdio>
 #include <memory>
@@ -92,21 +91,23 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-Work addShader(CLI::App& app, Session& session) {
+Work addShader(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    app.add_option("operation", options->operation, R"(What to do:
+    arguments
+        .text("operation", options->operation, R"(What to do:
 pack    make an enciphered block of a text
 unpack  show the text of a block)")
-        ->required()
-        ->check(CLI::IsMember({"pack", "unpack"}));
-    addText(app, "file", options->input, "File to read, at most 16 MiB; - for standard input")
-        ->required();
-    app.add_option("--array", options->array,
-                   "Let pack write a C++ source unit that defines an array of this name")
-        ->type_name("NAME")
-        ->check(checkName);
-    addText(app, "-o,--output", options->output, "File to write (default: standard output)")
-        ->type_name("FILE");
-    app.footer("Example:\n  kxutils shader pack --array __glass_fp glass.fp -o glass.fp.cpp");
+        .required()
+        .oneOf({"pack", "unpack"});
+    arguments.text("file", options->input, "File to read, at most 16 MiB; - for standard input")
+        .required();
+    arguments
+        .text("--array", options->array,
+              "Let pack write a C++ source unit that defines an array of this name")
+        .typeName("NAME")
+        .check(checkName);
+    arguments.text("-o,--output", options->output, "File to write (default: standard output)")
+        .typeName("FILE");
+    arguments.footer("Example:\n  kxutils shader pack --array __glass_fp glass.fp -o glass.fp.cpp");
     return [options, &session] { run(*options, session); };
 }

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils stamp: appends checksum footers.
-#include <CLI/CLI.hpp>
 #include <filesystem>
 #include <memory>
 
@@ -72,17 +71,18 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-Work addStamp(CLI::App& app, Session& session) {
+Work addStamp(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    addTexts(app, "file", options->files,
-             "Files; with - standard input is written to standard output, stamped")
-        ->required();
-    app.add_option("--offset", options->offset, "Leave the first N bytes uncovered")
-        ->type_name("N");
-    app.add_flag("--force", options->isForced,
-                 "Append a footer, covering all there is, also to a file that has one");
-    app.add_flag("--dry-run", options->isDryRun, "Write nothing");
-    addZeroOption(app, session);
-    app.footer("Example:\n  kxutils stamp scene.osb && kxutils verify scene.osb");
+    arguments
+        .texts("file", options->files,
+               "Files; with - standard input is written to standard output, stamped")
+        .required();
+    arguments.number("--offset", options->offset, "Leave the first N bytes uncovered")
+        .typeName("N");
+    arguments.flag("--force", options->isForced,
+                   "Append a footer, covering all there is, also to a file that has one");
+    arguments.flag("--dry-run", options->isDryRun, "Write nothing");
+    addZeroOption(arguments, session);
+    arguments.footer("Example:\n  kxutils stamp scene.osb && kxutils verify scene.osb");
     return [options, &session] { run(*options, session); };
 }

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils tmp: the temporary directory as the library sees it.
-#include <CLI/CLI.hpp>
 #include <filesystem>
 
 #include "directories.h"
@@ -27,9 +26,9 @@ void run(Session& session) {
 
 }  // namespace
 
-Work addTmp(CLI::App& app, Session& session) {
-    addZeroOption(app, session);
-    app.footer(
+Work addTmp(Arguments& arguments, Session& session) {
+    addZeroOption(arguments, session);
+    arguments.footer(
         "The directory is TALO_TMP_DIR if that is set, otherwise /tmp/talo, or tmp below\n"
         "TALO_ROOT.\n\n"
         "Example:\n  TALO_TMP_DIR=/scratch/talo kxutils tmp");

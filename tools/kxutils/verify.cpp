@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils verify: checks the checksum footers of files, on several threads.
-#include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -27,7 +26,7 @@ struct Options {
     std::vector<std::string> paths;
     bool isRecursive = false, isStrict = false, isQuiet = false;
     std::string extensions;
-    unsigned threads = 1;
+    std::uint32_t threads = 1;
     std::uint32_t offset = 0;
 };
 
@@ -226,24 +225,26 @@ void run(const Options& options, Session& session) {
 
 }  // namespace
 
-Work addVerify(CLI::App& app, Session& session) {
+Work addVerify(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
-    addTexts(app, "path", options->paths, "Files; - for standard input; with -r directories")
-        ->required();
-    app.add_flag("-r,--recursive", options->isRecursive,
-                 "Check the files below directories, in the order of their names");
-    app.add_option("-j,--threads", options->threads,
-                   "Check N files at a time; 0: as many as there are cores")
-        ->type_name("N")
-        ->capture_default_str();
-    app.add_option("--offset", options->offset, "The first N bytes of each file are not covered")
-        ->type_name("N");
-    app.add_flag("--strict", options->isStrict, "A file without footer is a fault (exit code 4)");
-    app.add_flag("--quiet", options->isQuiet, "Show faults only, and no summary");
-    addText(app, "--ext", options->extensions,
-            "Below directories, only files with one of these extensions (osb,obj)")
-        ->type_name("LIST");
-    addZeroOption(app, session);
-    app.footer("Example:\n  kxutils verify -r -j 0 --ext osb scenes");
+    arguments.texts("path", options->paths, "Files; - for standard input; with -r directories")
+        .required();
+    arguments.flag("-r,--recursive", options->isRecursive,
+                   "Check the files below directories, in the order of their names");
+    arguments
+        .number("-j,--threads", options->threads,
+                "Check N files at a time; 0: as many as there are cores")
+        .typeName("N")
+        .showDefault();
+    arguments.number("--offset", options->offset, "The first N bytes of each file are not covered")
+        .typeName("N");
+    arguments.flag("--strict", options->isStrict, "A file without footer is a fault (exit code 4)");
+    arguments.flag("--quiet", options->isQuiet, "Show faults only, and no summary");
+    arguments
+        .text("--ext", options->extensions,
+              "Below directories, only files with one of these extensions (osb,obj)")
+        .typeName("LIST");
+    addZeroOption(arguments, session);
+    arguments.footer("Example:\n  kxutils verify -r -j 0 --ext osb scenes");
     return [options, &session] { run(*options, session); };
 }

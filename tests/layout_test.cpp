@@ -80,9 +80,11 @@ TEST(Layout, ClassesWithoutVirtualOperations) {
     EXPECT_TRUE(std::is_empty_v<kxCRC32>);
 }
 
-TEST(Layout, ClassesWithDestructorsOnly) {
+TEST(Layout, NumberOfVirtualOperations) {
+    if (kxtest::underSanitizer()) GTEST_SKIP() << "AddressSanitizer pads the tables";
     for (const char* const name : {"8kxBase64", "7kxCrypt", "9kxCPUInfo", "6kxFont"})
-        EXPECT_EQ(virtualOperations(name), 2) << name;
+        EXPECT_EQ(virtualOperations(name), 2) << name;    // destructors
+    EXPECT_EQ(virtualOperations("14kxAnyConverter"), 4);  // destructors, to, from
 }
 
 TEST(Layout, MessageIsAttributesThenId) {
@@ -99,8 +101,6 @@ TEST(Layout, MessageIsAttributesThenId) {
 
 TEST(Layout, ConverterIsItsNameBehindThreeSlots) {
     static_assert(sizeof(kxAnyConverter) == pointer + sizeof(std::string));
-    EXPECT_EQ(virtualOperations("14kxAnyConverter"), 4);  // destructors, to, from
-
     Converter converter("mine");
     EXPECT_EQ(
         *reinterpret_cast<const std::string*>(reinterpret_cast<const char*>(&converter) + pointer),

@@ -16,6 +16,7 @@
 #include <type_traits>
 
 #include "descriptors.h"
+#include "emulator.h"
 #include "kxtest.h"
 #include "reference/cached_input_model.h"
 
@@ -108,7 +109,8 @@ TEST(CachedIstreambuf, ReplacesSizeZeroByTheDefault) {
 }
 
 TEST(CachedIstreambuf, ThrowsForANegativeSize) {
-    if (kxtest::underSanitizer()) GTEST_SKIP() << "the sanitizer's allocator aborts instead";
+    if (kxtest::underSanitizer() || kxtest::underValgrind())
+        GTEST_SKIP() << "the tool's allocator aborts instead";
     const kxtest::TempDir dir;
     const std::string file = dir.write("f", "abc");
     const int before = kxtest::nextDescriptor();

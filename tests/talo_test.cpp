@@ -11,6 +11,7 @@
 #include <filesystem>
 #include <regex>
 
+#include "emulator.h"
 #include "kxCPUInfo.h"
 #include "kxtest.h"
 #include "reference/crc32_bitwise.h"
@@ -132,7 +133,9 @@ TEST_F(Talo, StartsThroughASymbolicLink) {
     const auto outcome = run({}, link);
     EXPECT_EQ(outcome.out, started() + installedReport(tmp) + allWell);
     EXPECT_EQ(outcome.exitCode, 0);
-    EXPECT_TRUE(kxtest::exists(dir.file("home/Library/Application Support/Pelloran/link")));
+    if (!kxtest::underValgrind()) {  // which hides the link
+        EXPECT_TRUE(kxtest::exists(dir.file("home/Library/Application Support/Pelloran/link")));
+    }
 }
 
 TEST_F(Talo, CreatesThePreferencesBelowHome) {

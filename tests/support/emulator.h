@@ -10,4 +10,8 @@ namespace kxtest {
 /// then a script that starts the program beside it, whose name has ".elf" appended.
 bool underEmulator();
 
+/// True when that is Valgrind, whose operator new ends the program instead of throwing, and which
+/// knows a program by its own path only.
+bool underValgrind();
+
 }  // namespace kxtest

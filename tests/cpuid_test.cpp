@@ -287,6 +287,20 @@ TEST(CpuidFields, BeforeAnyQueryRegistersAreAllOnesAndTheRestIsZero) {
 
 // --- What the highest leaves keep from being read ------------------------------------------------
 
+TEST(CpuidHighestLeaf, FillsItsOwnFieldsOnly) {
+    const CpuidRegisters ones{~0U, ~0U, ~0U, ~0U};
+    FakeCpu withCaches(0, 0x80000006);
+    withCaches.answers[{0x80000006, 0}] = ones;
+    EXPECT_EQ(withCaches.read().physicalAddressBits, 0);
+    EXPECT_EQ(withCaches.read().virtualAddressBits, 0);
+    FakeCpu withAddresses(0, 0x80000008);
+    withAddresses.answers[{0x80000008, 0}] = ones;
+    EXPECT_FALSE(withAddresses.read().nestedPaging);
+    FakeCpu withVirtualisation(0, 0x8000000A);
+    withVirtualisation.answers[{0x8000000A, 0}] = ones;
+    EXPECT_FALSE(withVirtualisation.read().fp128);
+}
+
 TEST(CpuidHighestLeaf, LeavesAboveItAreNotRead) {
     const auto readWith = [](std::uint32_t highestLeaf, std::uint32_t highestExtendedLeaf) {
         FakeCpu cpu(highestLeaf, highestExtendedLeaf);

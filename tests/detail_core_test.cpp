@@ -4,6 +4,7 @@
 // The pieces below the host bridge and the platform that no public function shows directly.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <filesystem>
@@ -17,6 +18,7 @@
 #include "detail/executable_path.h"
 #include "detail/kernel_table.h"
 #include "detail/truncate.h"
+#include "detail/word_bytes.h"
 
 using kx::detail::truncateToInt32;
 
@@ -82,6 +84,22 @@ TEST(KernelTable, FastestIsTheFirstUsable) {
     EXPECT_EQ((Table{{{{no, 1}, {yes, 2}, {yes, 3}}}, 3}.fastest().number), 2);
     EXPECT_EQ((Table{{{{no, 1}, {no, 2}, {yes, 3}}}, 3}.fastest().number), 3);
     EXPECT_EQ((Table{{{{yes, 1}, {}, {}}}, 1}.fastest().number), 1);
+}
+
+// In blocks of sixteen, and each place of a block in a counter of its own that holds up to 127.
+TEST(CountByte, EqualsTheStandardLibrary) {
+    std::string text;
+    for (const std::size_t size :
+         {0UL, 1UL, 15UL, 16UL, 17UL, 33UL, 2031UL, 2032UL, 2033UL, 2048UL, 5000UL}) {
+        for (const char value : {'a', '\0', '\xFF'}) {
+            text.assign(size, value);
+            EXPECT_EQ(kx::detail::countByte(text, value), size);
+            for (std::size_t i = 0; i < size; i += 3) text[i] = 'b';
+            EXPECT_EQ(kx::detail::countByte(text, value),
+                      static_cast<std::size_t>(std::count(text.begin(), text.end(), value)))
+                << size;
+        }
+    }
 }
 
 TEST(ExecutablePath, IsThatOfTheRunningProgram) {

@@ -53,6 +53,17 @@ TEST(FindChecksum, ThrowsNothingForAMetaFooterWithoutANumber) {
     EXPECT_EQ(info.error, 0);
 }
 
+TEST(FindChecksum, TakesNoEarlierErrorForItsOwn) {
+    const kxtest::TempDir dir;
+    for (const std::size_t size : {0UL, 5UL, 100UL}) {
+        const std::string path = dir.write("f", kxtest::someBytes(size));
+        errno = EIO;
+        const auto info = kxFile::findChecksum(path);
+        EXPECT_EQ(info.state, State::noFooter) << size;
+        EXPECT_EQ(info.error, 0) << size;
+    }
+}
+
 TEST(FindChecksum, NamesTheErrorOfWhatCannotBeRead) {
     const kxtest::TempDir dir;
     for (const std::string& path : {std::string(), dir.file("missing")}) {

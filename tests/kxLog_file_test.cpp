@@ -61,6 +61,21 @@ TEST_F(LogFile, TextStartsEmpty) {
     EXPECT_EQ(slurp(path), "");
 }
 
+// Its descriptor is 0 then.
+TEST_F(LogFile, TakesTextWhereStandardInputIsClosed) {
+    kxLog::setLogFormat(1);
+    choose(path);
+    consoleOf([] {
+        const int saved = dup(0);
+        close(0);
+        kxLog::info("without an input");
+        if (saved < 0) return;
+        dup2(saved, 0);
+        close(saved);
+    });
+    EXPECT_NE(slurp(path).find("without an input"), std::string::npos);
+}
+
 TEST_F(LogFile, CsvStartsWithItsHeader) {
     kxLog::setLogFormat(3);
     EXPECT_EQ(choose(path), setting(path));

@@ -33,6 +33,12 @@ TEST_F(Tool, HelpListsEverySubCommandAndTheExitCodes) {
     EXPECT_EQ(help.out.back(), '\n');
 }
 
+TEST_F(Tool, HelpShowsWhatIsTakenByDefault) {
+    EXPECT_NE(run({"crc", "--help"}).out.find("=8bytes"), std::string::npos);
+    EXPECT_NE(run({"number", "--help"}).out.find("=3 "), std::string::npos);
+    EXPECT_NE(run({"verify", "--help"}).out.find("N=1 "), std::string::npos);
+}
+
 TEST_F(Tool, EverySubCommandHasHelpWithAnExample) {
     for (const std::string& name : subCommands) {
         const auto help = run({name, "--help"});

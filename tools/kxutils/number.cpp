@@ -3,7 +3,9 @@
 
 // kxutils number: digits in groups, lists of values.
 #include <algorithm>
-#include <charconv>
+#include <cerrno>
+#include <cmath>
+#include <cstdlib>
 #include <memory>
 #include <sstream>
 
@@ -56,10 +58,14 @@ void readLists(const Options& options, Report& report) {
     });
 }
 
+// Not every standard library's from_chars() reads floats. The program's locale is the classic one.
 float valueOf(const std::string& text) {
-    float value = 0;
-    const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), value);
-    if (error != std::errc() || end != text.data() + text.size())
+    char* end = nullptr;
+    errno = 0;
+    const float value = std::strtof(text.c_str(), &end);
+    const bool isOutside = errno == ERANGE && (value == 0 || std::isinf(value));
+    const bool isHexadecimal = text.find_first_of("xX") != std::string::npos;
+    if (text.empty() || end != text.data() + text.size() || isOutside || isHexadecimal)
         throw Failure(Status::bad, "'" + text + "' is not a number");
     return value;
 }

@@ -289,6 +289,9 @@ TEST(CpuidFields, BeforeAnyQueryRegistersAreAllOnesAndTheRestIsZero) {
 
 TEST(CpuidHighestLeaf, FillsItsOwnFieldsOnly) {
     const CpuidRegisters ones{~0U, ~0U, ~0U, ~0U};
+    FakeCpu withFlags(0, 0x80000001);
+    withFlags.answers[{0x80000001, 0}] = ones;
+    EXPECT_EQ(withFlags.read().extendedCacheLineSize, 0);
     FakeCpu withCaches(0, 0x80000006);
     withCaches.answers[{0x80000006, 0}] = ones;
     EXPECT_EQ(withCaches.read().physicalAddressBits, 0);

@@ -16,8 +16,9 @@ void* operator new(std::size_t size) {
     if (void* const memory = std::malloc(size)) return memory;
     throw std::bad_alloc();
 }
-void operator delete(void* memory) noexcept { std::free(memory); }
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+// Not inlined: GCC then takes free() for the wrong partner of operator new.
+[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
 int main(int /*count*/, char** names) {
     // The run-time library may set something up; that is not counted.

@@ -54,7 +54,8 @@ std::vector<std::uint32_t> lastRegisters(const Fields& f) {
 constexpr std::uint32_t bit(unsigned index) { return std::uint32_t{1} << index; }
 
 // Leaf 1 ECX.
-constexpr std::uint32_t fma = bit(12), movbe = bit(22), osxsave = bit(27), avx = bit(28);
+constexpr std::uint32_t fusedMultiplyAdd = bit(12), movbe = bit(22), osxsave = bit(27),
+                        avx = bit(28);
 
 }  // namespace
 
@@ -100,7 +101,7 @@ INSTANTIATE_TEST_SUITE_P(Table, CpuidWalk, testing::ValuesIn(walkCases),
 // tell where the leaves end; without the bound, loops to 0xFFFFFFFF would never end.
 TEST(CpuidWalkBound, NonsenseAnswersEndAndAreDecodedAllTheSame) {
     FakeCpu cpu(0xFFFFFFFF, 0xFFFFFFFF);
-    cpu.answers[{1, 0}] = {0x000506E3, 0, avx | fma | movbe | osxsave, 0};
+    cpu.answers[{1, 0}] = {0x000506E3, 0, avx | fusedMultiplyAdd | movbe | osxsave, 0};
     cpu.answers[{7, 0}] = {0, bit(16), 0, 0};
     cpu.answers[{0x8000001A, 0}] = {3, 0, 0, 0};
     cpu.endlessCaches = true;
@@ -307,7 +308,7 @@ TEST(CpuidHighestLeaf, FillsItsOwnFieldsOnly) {
 TEST(CpuidHighestLeaf, LeavesAboveItAreNotRead) {
     const auto readWith = [](std::uint32_t highestLeaf, std::uint32_t highestExtendedLeaf) {
         FakeCpu cpu(highestLeaf, highestExtendedLeaf);
-        cpu.answers[{1, 0}] = {0, 0, avx | fma | movbe | osxsave, bit(26)};
+        cpu.answers[{1, 0}] = {0, 0, avx | fusedMultiplyAdd | movbe | osxsave, bit(26)};
         cpu.answers[{7, 0}] = {0, bit(16), 0, 0};
         cpu.answers[{0x80000006, 0}] = {0, 0, 0x01006040, 0};
         return cpu.read();
@@ -337,14 +338,15 @@ void PrintTo(const AvxCase& c, std::ostream* os) { *os << c.name; }
 constexpr std::uint32_t leaf7Avx2 = bit(5), leaf7Avx512 = bit(16);
 const AvxCase avxCases[] = {
     {"Nothing", 0, 0, false, false, false},
-    {"AvxWithoutOsxsave", avx | fma | movbe, leaf7Avx2, true, false, false},
-    {"WithoutAvx", fma | movbe | osxsave, leaf7Avx2, false, false, false},
-    {"WithoutMovbe", avx | fma | osxsave, leaf7Avx2, true, false, false},
+    {"AvxWithoutOsxsave", avx | fusedMultiplyAdd | movbe, leaf7Avx2, true, false, false},
+    {"WithoutAvx", fusedMultiplyAdd | movbe | osxsave, leaf7Avx2, false, false, false},
+    {"WithoutMovbe", avx | fusedMultiplyAdd | osxsave, leaf7Avx2, true, false, false},
     {"WithoutFma", avx | movbe | osxsave, leaf7Avx2, true, false, false},
-    {"Avx2OfLeaf1Alone", avx | fma | movbe | osxsave, 0, true, true, false},
-    {"Avx2OfBothLeaves", avx | fma | movbe | osxsave, leaf7Avx2, true, true, false},
-    {"Avx512", avx | fma | movbe | osxsave, leaf7Avx512, true, true, true},
-    {"Avx512WithoutAvx2", avx | fma | movbe, leaf7Avx512 | leaf7Avx2, true, false, false},
+    {"Avx2OfLeaf1Alone", avx | fusedMultiplyAdd | movbe | osxsave, 0, true, true, false},
+    {"Avx2OfBothLeaves", avx | fusedMultiplyAdd | movbe | osxsave, leaf7Avx2, true, true, false},
+    {"Avx512", avx | fusedMultiplyAdd | movbe | osxsave, leaf7Avx512, true, true, true},
+    {"Avx512WithoutAvx2", avx | fusedMultiplyAdd | movbe, leaf7Avx512 | leaf7Avx2, true, false,
+     false},
     {"EverythingButAvx512", 0xFFFFFFFF, ~leaf7Avx512, true, true, false},
 };
 

@@ -30,7 +30,14 @@ public:
     /// The copy goes on from where the original stands.
     /// @{
     kxCrypt(const kxCrypt&) = default;
-    kxCrypt& operator=(const kxCrypt&) = default;
+    kxCrypt& operator=(const kxCrypt& other) {
+        std::vector<unsigned char> key = other._key;  // first: only this can fail
+        _key.swap(key);
+        _state = other._state;
+        _i = other._i;
+        _j = other._j;
+        return *this;
+    }
     /// @}
     virtual ~kxCrypt();  ///< the key is not wiped from memory
 

@@ -244,7 +244,7 @@ TEST_F(Tool, NumberWritesListsOfValues) {
     for (const char* const text : {"0x10", "1e39", "-1e39", "1e-60", "1,5", "1e", "--1"})
         expectRun(run({"number", "list", "--", text}), 1, "",
                   "kxutils: list: '" + std::string(text) + "' is not a number\n");
-    expectRun(run({"number", "list", "3.4e38", "1e-40"}), 0, "3.4e+38 9.99995e-41 \n", "");
+    expectRun(run({"number", "list", "+2", "3.4e38", "1e-40"}), 0, "2 3.4e+38 9.99995e-41 \n", "");
     expectRun(run({"number", "list", "1", ""}), 0, "1 \n", "");
 }
 

@@ -51,12 +51,10 @@ private:
 };
 
 /// What one sub-command understands; to be declared before the command line is parsed. Names are as
-/// in
-/// "-o,--output"; without a dash the argument is positional. A variable keeps its value where the
-/// command line has none, and must outlive the parsing.
+/// in "-o,--output"; without a dash the argument is positional. A variable keeps its value where
+/// the command line has none, and must outlive the parsing.
 ///
-/// The parser is kept out of the sub-commands' sources: to compile it takes longer than all of
-/// them.
+/// The parser is kept out of the sub-commands' sources, since it takes longer to compile than they.
 class Arguments {
 public:
     explicit Arguments(CLI::App& app) : _app(app) {}

@@ -20,6 +20,14 @@ using kxfuzz::requireEqual;
 
 namespace {
 
+// The library reads alike with every standard library, but libc++'s stream is no model of it: there
+// "9x" is 0, and 1e39 infinite.
+#ifdef _LIBCPP_VERSION
+constexpr bool streamIsModel = false;
+#else
+constexpr bool streamIsModel = true;
+#endif
+
 template <class Float>
 Float extracted(const std::string& text) {
     std::istringstream stream(text);
@@ -124,7 +132,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::string text = input.text();
     const std::string binary = input.rest();
 
-    checkReading(text);
+    if (streamIsModel) checkReading(text);
     std::vector<float> values(binary.size() / sizeof(float));
     if (!values.empty()) std::memcpy(values.data(), binary.data(), values.size() * sizeof(float));
     checkWriting(values);

@@ -482,6 +482,7 @@ void libraryError(Attempt& attempt) {
     // The loader has a text for the case that it cannot make one.
     EXPECT_TRUE(text.find(part) != std::string::npos || attempt.failed());
     EXPECT_EQ(text.empty(), attempt.outOfMemory());
+    EXPECT_EQ(kxUtils::getLastError(), "");  // asked again, the loader lets go of its text
 }
 
 // The new value or, with the error number, the old one. The C library keeps every value for ever,

@@ -68,7 +68,7 @@ TEST(Run, ReportsStreamsExitCodeAndEnvironment) {
 
 TEST(Home, IsATemporaryDirectory) {
     ASSERT_NE(getenv("HOME"), nullptr);
-    EXPECT_NE(std::string(getenv("HOME")).find("kxtest."), std::string::npos);
+    EXPECT_NE(std::string(getenv("HOME")).find("kxutils-test-folder."), std::string::npos);
 }
 
 // The lowest free number would not tell: a file that was closed may have left it free.

@@ -31,9 +31,10 @@ namespace {
     throw std::system_error(errno, std::generic_category(), "kxtest: " + what);
 }
 
+// Names longer than what any standard library's string holds without memory of its own.
 std::string tempPattern() {
     return std::filesystem::canonical(std::filesystem::temp_directory_path()).string() +
-           "/kxtest.XXXXXX";
+           "/kxutils-test-folder.XXXXXX";
 }
 
 /// An unlinked temporary file.

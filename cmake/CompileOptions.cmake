@@ -19,9 +19,10 @@ function(kx_compile_options TARGET)
   endif()
   if(KXUTILS_COVERAGE)
     # The path is compiled in: many tests run programs with an environment of their own. %m keeps
-    # one file per program, into which all its processes merge their counts.
+    # one file per program, into which all its processes merge their counts. Threads count atomically:
+    # what has not been reached is told by differences of counts, which a lost one makes wrong.
     set(profile "-fprofile-instr-generate=${PROJECT_BINARY_DIR}/profiles/%m.profraw")
-    target_compile_options(${TARGET} PRIVATE "${profile}" -fcoverage-mapping -fcoverage-mcdc
+    target_compile_options(${TARGET} PRIVATE "${profile}" -fprofile-update=atomic -fcoverage-mapping -fcoverage-mcdc
       "-fprofile-list=${PROJECT_SOURCE_DIR}/cmake/coverage-sources.txt")
     target_link_options(${TARGET} PRIVATE "${profile}")
   endif()

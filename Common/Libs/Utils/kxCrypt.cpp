@@ -15,10 +15,6 @@ constexpr std::array<unsigned char, 256> makeIdentity() {
 constexpr auto identity = makeIdentity();
 static_assert(identity[0] == 0 && identity[1] == 1 && identity[255] == 255);
 
-// For a value that is only used modulo 256, compilers load the lowest byte. Processors hand a word
-// that was just stored on to a load of the same width far sooner than to a narrower one.
-std::uint32_t wholeWord(const volatile std::uint32_t& word) { return word; }
-
 }  // namespace
 
 kxCrypt::kxCrypt(const std::vector<unsigned char>& key) : _key(key) { reset(); }
@@ -39,7 +35,7 @@ void kxCrypt::reset() {
 unsigned char kxCrypt::code(unsigned char c) {
     const std::uint32_t i = (_i + 1) % 256;
     const std::uint32_t si = _state[i];
-    const std::uint32_t j = (wholeWord(_j) + si) % 256;
+    const std::uint32_t j = (_j + si) % 256;
     const std::uint32_t sj = _state[j];
     _state[i] = static_cast<unsigned char>(sj);
     _state[j] = static_cast<unsigned char>(si);

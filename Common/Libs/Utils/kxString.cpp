@@ -71,57 +71,39 @@ std::size_t groupNextRun(std::string& text, std::size_t at, const Grouping& by) 
     return last + by.separatorsIn(last - first);
 }
 
-// The smallest number of one, two and more digits.
-constexpr std::uint32_t smallestOf[] = {0,      10,      100,      1000,      10000,
-                                        100000, 1000000, 10000000, 100000000, 1000000000};
-
-// The usual grouping of a number, "4,294,967,295" at most: without a loop or a branch, for the
-// length of numbers is hard to predict.
-std::string groupByThree(std::uint32_t value, char separator) {
-    // The characters of two groups: separator, hundreds, tens, ones in each half of the word.
-    const auto written = [separator](std::uint64_t first, std::uint64_t second) {
-        constexpr std::uint64_t halves = 0x1'00000001;
-        const std::uint64_t groups = first | second << 32;
-        const std::uint64_t hundreds = groups * 41 >> 12 & 15 * halves;
-        const std::uint64_t rest = groups - 100 * hundreds;
-        const std::uint64_t tens = rest * 103 >> 10 & 15 * halves, ones = rest - 10 * tens;
-        return (static_cast<unsigned char>(separator) + 0x30303000) * halves + (hundreds << 8) +
-               (tens << 16) + (ones << 24);
-    };
-    const std::uint64_t low = written(value / 1000000000, value / 1000000 % 1000);
-    const std::uint64_t high = written(value / 1000 % 1000, value % 1000);
-    // 1233 / 4096 is log10(2): the digits as the bits tell them, or one less.
-    const int estimate = (32 - __builtin_clz(value | 1)) * 1233 >> 12;
-    const std::size_t digits =
-        static_cast<std::size_t>(estimate) + (value >= smallestOf[estimate] ? 1 : 0);
-    const std::size_t size = digits + (digits - 1) / 3;
-    const kx::detail::Uint128 text = (kx::detail::Uint128{high} << 64 | low) >> (8 * (16 - size));
-
-    std::string grouped = shortString();
-    kx::detail::storeLittleEndian64(grouped.data(), static_cast<std::uint64_t>(text));
-    kx::detail::storeLittleEndian32(grouped.data() + 8, static_cast<std::uint32_t>(text >> 64));
-    grouped[12] = static_cast<char>(text >> 96);
-    grouped.erase(size);
-    return grouped;
+// The longest run of digits among the characters of a grouped run of `length` digits that scanning
+// sees a second time.
+std::size_t longestRunSeenAgain(std::size_t length, const Grouping& by) {
+    const std::size_t separator = by.separator.size(), period = separator + by.group;
+    const std::size_t count = by.separatorsIn(length), seen = count * (separator - 1);
+    std::size_t run = 0, longest = 0;
+    for (std::size_t i = count * period - seen; i < count * period; ++i) {
+        const std::size_t place = i % period;  // in a separator and its group
+        run = place >= separator || isDigit(by.separator[place]) ? run + 1 : 0;
+        longest = std::max(longest, run);
+    }
+    return longest;
 }
 
-// Behind the place where scanning resumes lies the end of the grouped run: the last
-// count * (separator length - 1) characters of count times "separator, group". A longer run leaves
-// more of the same behind, so whatever ends for a run ends for all shorter ones; and the rule ends
-// exactly if the longest run in what is left behind is shorter each time.
-bool rescanEnds(std::size_t runLength, const Grouping& by) {
-    const std::size_t period = by.separator.size() + by.group;
+// Scanning resumes inside a grouped run if the separator is longer than one character, and groups
+// anew what it finds there. Whether that ends for a run of `length` digits:
+//
+// 1. A grouped run is some digits and then `count` times the separator and a group. Scanning
+//    resumes `length + count` characters after its start, so what is seen again is its last
+//    `count * (separator length - 1)` characters.
+// 2. These depend on `count` alone, and what a shorter run shows again is an end of what a longer
+//    one shows. So what ends for a run ends for every shorter run.
+// 3. Hence it ends exactly if the longest run of digits that is seen again becomes shorter each
+//    time, until there is none.
+//
+// Example: with the separator "x9" and groups of 3, "1234567" becomes "1x9234x9567". Scanning
+// resumes after 9 characters and sees "67", a run that is not grouped: it ends.
+bool rescanEnds(std::size_t length, const Grouping& by) {
     for (;;) {
-        const std::size_t count = by.separatorsIn(runLength);
-        std::size_t run = 0, longest = 0;
-        for (std::size_t i = count * (by.group + 1); i < count * period; ++i) {
-            const std::size_t at = i % period;
-            run = at >= by.separator.size() || isDigit(by.separator[at]) ? run + 1 : 0;
-            longest = std::max(longest, run);
-        }
+        const std::size_t longest = longestRunSeenAgain(length, by);
         if (longest == 0) return true;
-        if (longest >= runLength) return false;
-        runLength = longest;
+        if (longest >= length) return false;
+        length = longest;
     }
 }
 
@@ -181,6 +163,43 @@ Float readFast(std::string_view text) {
     return readNumber<Float>(text);
 }
 
+// Goes through a list of numbers with exponents. Each takes the characters up to its 'e' and four
+// more: the sign of the exponent, two digits and a separator.
+class ListCursor {
+public:
+    explicit ListCursor(std::string_view text) : _at(text.data()), _end(_at + text.size()) {}
+
+    /// False where no 'e' is left.
+    bool next(float& value) { return nextAsExpected(value) || nextOfAnyForm(value); }
+
+private:
+    // Most values look like the one before.
+    bool nextAsExpected(float& value) {
+        kx::detail::Decimal decimal;
+        const char* const e = kx::detail::readScientific(_at, _end, _decimals, decimal);
+        if (e == nullptr || !kx::detail::toNearest(decimal, value)) return false;
+        _at = e + fromEToNext;
+        return true;
+    }
+
+    bool nextOfAnyForm(float& value) {
+        const char* const e = std::find(_at, _end, 'e');
+        if (e == _end) return false;
+        const std::ptrdiff_t decimals = e - std::find(_at, e, '.') - 1;  // -1 without a point
+        if (decimals >= 1 && decimals <= 8) _decimals = static_cast<int>(decimals);
+        const char* const next = e + std::min(fromEToNext, _end - e);
+        value = readFast<float>({_at, static_cast<std::size_t>(next - _at)});
+        _at = next;
+        return true;
+    }
+
+    static constexpr std::ptrdiff_t fromEToNext = 5;
+
+    const char* _at;
+    const char* const _end;
+    int _decimals = 6;  // expected of the next value
+};
+
 // --- Writing of numbers --------------------------------------------------------------------------
 
 constexpr std::size_t longestFloat = 15;  // the characters that writeFloat() may overwrite
@@ -228,7 +247,6 @@ std::string kxString::beautifyDigits(const std::string& text, const std::string&
 
 std::string kxString::beautifyDigits(std::uint32_t value, const std::string& separator,
                                      std::uint32_t group) {
-    if (group == 3 && separator.size() == 1) return groupByThree(value, separator.front());
     return beautifyDigits(std::to_string(value), separator, group);
 }
 
@@ -256,27 +274,9 @@ std::vector<float> kxString::getValuesFromString(const std::string& text) {
     if (text.find("TRUE") != std::string::npos) return {1.0F};
     if (text.find("FALSE") != std::string::npos) return {0.0F};
 
-    constexpr std::ptrdiff_t behindE = 5;  // the 'e', the sign, two digits, a separator
     std::vector<float> values;
-    int decimals = 6;  // what the next value is expected to have, as many as the last
-    const char* const end = text.data() + text.size();
-    for (const char* at = text.data(); at != end;) {
-        float value = 0;
-        kx::detail::Decimal expected;
-        const char* e = kx::detail::readScientific(at, end, decimals, expected);
-        if (e != nullptr && kx::detail::toNearest(expected, value)) {
-            at = e + behindE;
-        } else {
-            e = std::find(at, end, 'e');
-            if (e == end) break;
-            const auto point = std::find(at, e, '.');
-            if (e - point >= 2 && e - point <= 9) decimals = static_cast<int>(e - point) - 1;
-            const char* const next = e + std::min(behindE, end - e);
-            value = readFast<float>({at, static_cast<std::size_t>(next - at)});
-            at = next;
-        }
-        values.push_back(value);
-    }
+    ListCursor cursor(text);
+    for (float value = 0; cursor.next(value);) values.push_back(value);
     if (values.empty()) values.push_back(toFloat(text));
     return values;
 }

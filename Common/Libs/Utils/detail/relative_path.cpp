@@ -8,10 +8,32 @@
 namespace kx::detail {
 namespace {
 
-constexpr std::string_view up = "../";
-
 // Paths are compared with this instead of being converted first.
 constexpr bool isSameInPath(char a, char b) { return a == b || (isSlash(a) && isSlash(b)); }
+
+// True if nothing, or only a final slash, follows from `position` on.
+bool isExhausted(const std::string& text, std::size_t position) {
+    return position == text.size() || (position + 1 == text.size() && isSlash(text[position]));
+}
+
+// The length of what both begin with; one character at least, a slash.
+std::size_t commonLength(const std::string& base, const std::string& path) {
+    std::size_t length = 1;
+    while (length < path.size() && length < base.size() && isSameInPath(path[length], base[length]))
+        ++length;
+    return length;
+}
+
+// Where the ways up from `base` and down to `path` meet: the last slash that both share, or the
+// end of the one that is a parent of the other.
+std::size_t meet(const std::string& base, const std::string& path, std::size_t common) {
+    const bool pathIsParent = common == path.size() && isSlash(base[common]);
+    const bool baseIsParent = common == base.size() && isSlash(path[common]);
+    if (pathIsParent || baseIsParent) return common;
+    std::size_t slash = common - 1;
+    while (!isSlash(path[slash])) --slash;
+    return slash;
+}
 
 bool appendWithin(std::size_t limit, std::string& text, std::string_view piece) {
     if (text.size() + piece.size() > limit) return false;
@@ -19,36 +41,34 @@ bool appendWithin(std::size_t limit, std::string& text, std::string_view piece) 
     return true;
 }
 
-// True if nothing, or only a final slash, follows from `position` on.
-bool isExhausted(const std::string& text, std::size_t position) {
-    return position == text.size() || (position + 1 == text.size() && isSlash(text[position]));
+// One step up for each directory of `base` after the meeting point; a final slash begins none.
+bool ascend(const std::string& base, std::size_t meeting, std::size_t limit, std::string& result) {
+    for (std::size_t i = meeting; i + 1 < base.size(); ++i)
+        if (isSlash(base[i]) && !appendWithin(limit, result, "../")) return false;
+    return true;
+}
+
+// What `path` has after the meeting point; if there is nothing, the way up loses its final slash.
+bool descend(const std::string& path, std::size_t meeting, std::size_t limit, std::string& result) {
+    if (meeting < path.size())
+        return appendWithin(limit, result, std::string_view(path).substr(meeting + 1));
+    result.pop_back();
+    return true;
 }
 
 }  // namespace
 
 bool composeRelative(const std::string& base, const std::string& path, std::size_t limit,
                      std::string& result) {
-    // Where the two part, and the last slash that they share: there the ways up and down meet.
-    std::size_t end = 1;  // both begin with a slash
-    while (end < path.size() && end < base.size() && isSameInPath(path[end], base[end])) ++end;
-    std::size_t branch = end - 1;
-    while (!isSlash(path[branch])) --branch;
-    const bool pathEnded = end == path.size(), baseEnded = end == base.size();
-
-    if (isExhausted(path, end) && isExhausted(base, end)) {
-        const bool endsInSlash = !pathEnded || isSlash(path[end - 1]);
+    const std::size_t common = commonLength(base, path);
+    if (isExhausted(path, common) && isExhausted(base, common)) {
+        const bool endsInSlash = common < path.size() || isSlash(path.back());
         result = endsInSlash ? "./" : ".";
         return true;
     }
-    if ((pathEnded && isSlash(base[end])) || (baseEnded && isSlash(path[end]))) branch = end;
-
+    const std::size_t meeting = meet(base, path, common);
     result.clear();
-    for (std::size_t i = branch; i + 1 < base.size(); ++i)
-        if (isSlash(base[i]) && !appendWithin(limit, result, up)) return false;
-    if (branch < path.size())
-        return appendWithin(limit, result, std::string_view(path).substr(branch + 1));
-    result.pop_back();  // there was at least one way up, which ends in a slash
-    return true;
+    return ascend(base, meeting, limit, result) && descend(path, meeting, limit, result);
 }
 
 }  // namespace kx::detail

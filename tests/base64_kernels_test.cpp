@@ -3,6 +3,7 @@
 
 #include "base64_checks.h"
 #include "detail/base64.h"
+#include "detail/base64_decoder.h"
 
 using kx::detail::Base64Decoder;
 using kx::detail::Base64Kernel;

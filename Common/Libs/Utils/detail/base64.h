@@ -4,16 +4,9 @@
 // The kernels of kxBase64.
 #pragma once
 
-#include <cstdint>
-#include <string_view>
-
 #include "detail/kernel_table.h"
 
 namespace kx::detail {
-
-constexpr std::string_view base64Alphabet =
-    "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
-static_assert(base64Alphabet.size() == 64);
 
 struct Base64Progress {
     unsigned long read, written;
@@ -38,30 +31,8 @@ Base64Kernel base64Avx512(), base64Avx2();  // x86-64 only
 Base64Kernel base64Portable();
 KernelTable<Base64Kernel> base64Kernels();
 
-/// Those of base64Portable().
+/// Those of base64Portable(), for what the other kernels leave over.
 unsigned long base64EncodePortable(const char* data, unsigned long n, char* out);
 Base64Progress base64DecodeGroupsPortable(const char* text, unsigned long n, char* out);
-
-/// Decodes a text that comes in pieces, whatever is in it.
-class Base64Decoder {
-public:
-    /// `decodeGroups` is the fast way through what is regular.
-    explicit Base64Decoder(Base64DecodeGroups decodeGroups) : _decodeGroups(decodeGroups) {}
-
-    /// Returns the number of bytes that the next `n` characters have added at `out`.
-    unsigned long decode(const char* text, unsigned long n, char* out);
-    /// No group has begun and not ended.
-    bool isComplete() const { return _held == 0; }
-
-private:
-    Base64DecodeGroups _decodeGroups;
-    std::uint32_t _bits = 0;
-    int _held = 0;        ///< characters in `_bits`
-    long _allowance = 3;  ///< bytes a group may give; "=" takes one away from all groups to come
-};
-
-/// What is left to do for kxBase64::decode when the groups in `done` are decoded.
-unsigned long base64DecodeRest(Base64DecodeGroups decodeGroups, const char* text, unsigned long n,
-                               char* out, Base64Progress done);
 
 }  // namespace kx::detail

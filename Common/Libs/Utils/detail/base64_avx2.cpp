@@ -6,6 +6,8 @@
 #include <immintrin.h>
 
 #include "detail/base64.h"
+#include "detail/base64_alphabet.h"
+#include "detail/base64_decoder.h"
 
 #define KXUTILS_TARGET __attribute__((target("avx2")))
 
@@ -140,13 +142,10 @@ KXUTILS_TARGET Base64Progress decodeGroups(const char* text, unsigned long n, ch
     return {read + rest.read, written + rest.written};
 }
 
-unsigned long decode(const char* text, unsigned long n, char* out) {
-    const Base64Progress done = decodeGroups(text, n, out);
-    return done.read == n ? done.written : base64DecodeRest(decodeGroups, text, n, out, done);
-}
-
 }  // namespace
 
-Base64Kernel base64Avx2() { return {"avx2", usable, encode, decode, decodeGroups}; }
+Base64Kernel base64Avx2() {
+    return {"avx2", usable, encode, base64Decode<decodeGroups>, decodeGroups};
+}
 
 }  // namespace kx::detail

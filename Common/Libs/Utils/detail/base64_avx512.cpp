@@ -12,7 +12,8 @@
 #include <cstring>
 
 #include "detail/base64.h"
-#include "kxBase64.h"
+#include "detail/base64_alphabet.h"
+#include "detail/base64_decoder.h"
 
 #define KXUTILS_TARGET \
     __attribute__((target("avx512bw,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")))
@@ -172,45 +173,63 @@ KXUTILS_TARGET inline void storeDecoded(char* out, __m512i a, __m512i b, __m512i
     _mm512_storeu_si512(out + 128, _mm512_permutex2var_epi8(c, load(places2), d));
 }
 
-/// Decodes what is behind `done` with foreign bytes anywhere: takes them out first, which leaves
-/// the values of many blocks side by side in a buffer.
+/// Values of a text without what is between them, side by side.
+struct Gathered {
+    static constexpr unsigned long enough = 2048;
+    alignas(64) char values[enough + 128];  // a block is stored and loaded whole
+    unsigned long count = 0;
+};
+
+/// Adds the values of the next block, up to a '=' or the text's end, where `at` stops. True if that
+/// is where it has stopped.
+KXUTILS_TARGET inline bool gather(const char*& at, const char* end, Gathered& gathered) {
+    const auto left = static_cast<unsigned long>(end - at);
+    const __m512i block = load(at, left), v = values(block);
+    std::uint64_t good = _mm512_movepi8_mask(_mm512_or_si512(block, v)) ^ all;
+    const std::uint64_t equals = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('='));
+    const bool isLast = left <= 64 || equals != 0;
+    if (isLast) {
+        good &= _blsmsk_u64(equals);
+        at += std::min(left, static_cast<unsigned long>(_tzcnt_u64(equals)));
+    } else {
+        at += 64;
+    }
+    _mm512_storeu_si512(gathered.values + gathered.count, _mm512_maskz_compress_epi8(good, v));
+    gathered.count += static_cast<unsigned long>(_mm_popcnt_u64(good));
+    return isLast;
+}
+
+/// Decodes the whole groups, of which fewer than four values are left. Returns the end of what was
+/// written.
+KXUTILS_TARGET inline char* decodeGathered(Gathered& gathered, char* to) {
+    const char* from = gathered.values;
+    unsigned long left = gathered.count;
+    for (; left >= 256; left -= 256, from += 256, to += 192)
+        storeDecoded(to, load(from, 64), load(from + 64, 64), load(from + 128, 64),
+                     load(from + 192, 64));
+    for (unsigned long count; left >= 4; left -= count, from += count, to += count / 4 * 3) {
+        count = std::min(left, 64UL) / 4 * 4;
+        storeDecoded(to, load(from, 64), count);
+    }
+    std::memcpy(gathered.values, from, 4);
+    gathered.count = left;
+    return to;
+}
+
+/// Goes on after `done` where foreign bytes may be anywhere: takes them out first, which leaves the
+/// values of many blocks side by side.
 [[gnu::noinline]] KXUTILS_TARGET Base64Progress decodeSparse(const char* text, unsigned long n,
                                                              char* out, Base64Progress done) {
-    constexpr unsigned long room = 2048;
-    alignas(64) char buffer[room + 128];  // a block is stored and loaded whole
     const char *at = text + done.read, *const end = text + n;
     char* to = out + done.written;
-    unsigned long held = 0;
+    Gathered gathered;
     for (bool isLast = false; !isLast;) {
-        while (held <= room && !isLast) {
-            const auto count = static_cast<unsigned long>(end - at);
-            const __m512i block = load(at, count), v = values(block);
-            std::uint64_t good = _mm512_movepi8_mask(_mm512_or_si512(block, v)) ^ all;
-            const std::uint64_t equals = _mm512_cmpeq_epi8_mask(block, _mm512_set1_epi8('='));
-            if (count <= 64 || equals != 0) {
-                isLast = true;
-                good &= _blsmsk_u64(equals);
-                at += std::min(count, static_cast<unsigned long>(_tzcnt_u64(equals)));
-            } else {
-                at += 64;
-            }
-            _mm512_storeu_si512(buffer + held, _mm512_maskz_compress_epi8(good, v));
-            held += static_cast<unsigned long>(_mm_popcnt_u64(good));
-        }
-        unsigned long used = 0;
-        for (; held - used >= 256; used += 256, to += 192)
-            storeDecoded(to, load(buffer + used, 64), load(buffer + used + 64, 64),
-                         load(buffer + used + 128, 64), load(buffer + used + 192, 64));
-        for (unsigned long count; held - used >= 4; used += count, to += count / 4 * 3) {
-            count = std::min(held - used, 64UL) / 4 * 4;
-            storeDecoded(to, load(buffer + used, 64), count);
-        }
-        std::memcpy(buffer, buffer + used, 4);
-        held -= used;
+        while (gathered.count <= Gathered::enough && !isLast) isLast = gather(at, end, gathered);
+        to = decodeGathered(gathered, to);
     }
     // Back to where the group began that is not complete.
-    while (held != 0)
-        if (kxBase64::isBase64Char(*--at)) --held;  // none of them is a '='
+    while (gathered.count != 0)
+        if (base64Map[byteOf(*--at)] != base64Foreign) --gathered.count;  // none of them is a '='
     return {static_cast<unsigned long>(at - text), static_cast<unsigned long>(to - out)};
 }
 
@@ -223,7 +242,7 @@ KXUTILS_TARGET inline unsigned long decodeBlock(const char* text, unsigned long 
     return good;
 }
 
-/// Goes on behind `done` block by block.
+/// Goes on after `done` block by block.
 KXUTILS_TARGET inline Base64Progress decodeBlocks(const char* text, unsigned long n, char* out,
                                                   Base64Progress done) {
     for (unsigned long good = 64; good == 64 && done.read != n;) {
@@ -257,18 +276,10 @@ KXUTILS_TARGET Base64Progress decodeGroups(const char* text, unsigned long n, ch
     return n < 256 ? decodeBlocks(text, n, out, {0, 0}) : decodeLong(text, n, out);
 }
 
-KXUTILS_TARGET unsigned long decode(const char* text, unsigned long n, char* out) {
-    Base64Progress done = {0, 0};
-    if (n <= 64) {  // nothing here but a block: the shortest way for the shortest texts
-        done.read = decodeBlock(text, n, out);
-        done.written = done.read / 4 * 3;
-        if (done.read == n) return done.written;
-    }
-    return base64DecodeRest(decodeGroups, text, n, out, done);
-}
-
 }  // namespace
 
-Base64Kernel base64Avx512() { return {"avx512", usable, encode, decode, decodeGroups}; }
+Base64Kernel base64Avx512() {
+    return {"avx512", usable, encode, base64Decode<decodeGroups>, decodeGroups};
+}
 
 }  // namespace kx::detail

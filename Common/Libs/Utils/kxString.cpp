@@ -247,7 +247,20 @@ std::string kxString::beautifyDigits(const std::string& text, const std::string&
 
 std::string kxString::beautifyDigits(std::uint32_t value, const std::string& separator,
                                      std::uint32_t group) {
-    return beautifyDigits(std::to_string(value), separator, group);
+    if (group == 0 || separator.size() != 1)
+        return beautifyDigits(std::to_string(value), separator, group);
+    char text[19];  // ten digits and what stands between them
+    char *const end = text + sizeof text, *at = end;
+    std::uint32_t inGroup = 0;
+    do {
+        if (inGroup++ == group) {
+            *--at = separator.front();
+            inGroup = 1;
+        }
+        *--at = static_cast<char>('0' + value % 10);
+        value /= 10;
+    } while (value != 0);
+    return {at, end};
 }
 
 float kxString::toFloat(const std::string& text) { return readFast<float>(text); }

@@ -276,10 +276,16 @@ KXUTILS_TARGET Base64Progress decodeGroups(const char* text, unsigned long n, ch
     return n < 256 ? decodeBlocks(text, n, out, {0, 0}) : decodeLong(text, n, out);
 }
 
+/// A text of one block takes the shortest way.
+KXUTILS_TARGET unsigned long decode(const char* text, unsigned long n, char* out) {
+    if (n > 64) return base64Decode<decodeGroups>(text, n, out);
+    const unsigned long good = decodeBlock(text, n, out), written = good / 4 * 3;
+    if (good == n) return written;
+    return base64DecodeRest(decodeGroups, text, n, out, {good, written});
+}
+
 }  // namespace
 
-Base64Kernel base64Avx512() {
-    return {"avx512", usable, encode, base64Decode<decodeGroups>, decodeGroups};
-}
+Base64Kernel base64Avx512() { return {"avx512", usable, encode, decode, decodeGroups}; }
 
 }  // namespace kx::detail

@@ -6,6 +6,7 @@
 #include <array>
 
 #include "detail/crc32.h"
+#include "detail/crc32_tables.h"
 #include "detail/little_endian.h"
 
 using kx::detail::crc32BitSteps;
@@ -14,6 +15,9 @@ using kx::detail::crc32Polynomial;
 using kx::detail::FastestKernel;
 using kx::detail::loadLittleEndian16;
 using kx::detail::loadLittleEndian32;
+using kx::detail::lookUpByte;
+using kx::detail::lookUpWord;
+using kx::detail::oneByOne;
 
 namespace {
 
@@ -27,30 +31,10 @@ constexpr auto crc32Lookup16 = makeLookup16();
 static_assert(crc32Lookup16[0] == 0 && crc32Lookup16[1] == 0x1DB71064 &&
               crc32Lookup16[15] == 0xBDBDF21C);
 
-// Table k, entry i: the register after byte i and k zero bytes.
-constexpr std::array<std::array<std::uint32_t, 256>, 8> makeLookup() {
-    std::array<std::array<std::uint32_t, 256>, 8> tables{};
-    for (std::uint32_t i = 0; i < 256; ++i) {
-        tables[0][i] = crc32BitSteps(i, 8);
-        for (std::size_t k = 1; k < 8; ++k) tables[k][i] = crc32BitSteps(tables[k - 1][i], 8);
-    }
-    return tables;
-}
-constexpr auto crc32Lookup = makeLookup();
-static_assert(crc32Lookup[0][0] == 0 && crc32Lookup[0][1] == 0x77073096 &&
-              crc32Lookup[0][128] == crc32Polynomial && crc32Lookup[0][255] == 0x2D02EF8D);
-static_assert(crc32Lookup[1][1] == 0x191B3141 && crc32Lookup[7][1] == 0xCCAA009E);
-
 const unsigned char* bytesOf(const void* data) { return static_cast<const unsigned char*>(data); }
 
-// Takes bytes through the register; `step` is a byte's worth.
-template <class Step>
-std::uint32_t oneByOne(std::uint32_t crc, const unsigned char* p, unsigned long length, Step step) {
-    for (; length != 0; --length) crc = step(crc ^ *p++);
-    return crc;
-}
-
-// The same. Four bytes enter the register at a time: three steps in four need not wait for theirs.
+// Takes bytes through the register; `step` is a byte's worth. Four bytes enter the register at a
+// time: three steps in four need not wait for theirs.
 template <class Step>
 std::uint32_t bytewise(std::uint32_t crc, const unsigned char* p, unsigned long length, Step step) {
     for (; length >= 4; length -= 4, p += 4)
@@ -71,16 +55,6 @@ constexpr std::uint32_t fourBits(std::uint32_t crc) {
 }
 
 std::uint32_t lookUpHalfByte(std::uint32_t crc) { return (crc >> 4) ^ crc32Lookup16[crc & 15]; }
-
-std::uint32_t lookUpByte(std::uint32_t crc) { return (crc >> 8) ^ crc32Lookup[0][crc & 0xFF]; }
-
-// Takes a word through 4 bytes of tables: those of `base` to `base + 3`, the word's last byte in
-// the lowest.
-template <std::size_t base>
-std::uint32_t lookUpWord(std::uint32_t word) {
-    return crc32Lookup[base][word >> 24] ^ crc32Lookup[base + 1][(word >> 16) & 0xFF] ^
-           crc32Lookup[base + 2][(word >> 8) & 0xFF] ^ crc32Lookup[base + 3][word & 0xFF];
-}
 
 }  // namespace
 
@@ -113,13 +87,7 @@ std::uint32_t kxCRC32::calc_4bytes(const void* data, unsigned long length, std::
 }
 
 std::uint32_t kxCRC32::calc_8bytes(const void* data, unsigned long length, std::uint32_t previous) {
-    std::uint32_t crc = ~previous;
-    const auto* p = bytesOf(data);
-    for (; length >= 8; length -= 8, p += 8) {
-        const std::uint32_t one = loadLittleEndian32(p) ^ crc, two = loadLittleEndian32(p + 4);
-        crc = lookUpWord<0>(two) ^ lookUpWord<4>(one);
-    }
-    return ~oneByOne(crc, p, length, lookUpByte);
+    return kx::detail::crc32EightBytes(data, length, previous);
 }
 
 std::uint32_t kxCRC32::calc_FNV1A_Jesteress(const void* data, unsigned long length,
@@ -142,11 +110,3 @@ std::uint32_t kxCRC32::calc_FNV1A_Jesteress(const void* data, unsigned long leng
     if ((length & 1) != 0) hash = (hash ^ *p) * prime;
     return hash ^ (hash >> 16);
 }
-
-namespace kx::detail {
-
-Crc32Kernel crc32Portable() {
-    return {"portable", [] { return true; }, kxCRC32::calc_8bytes};
-}
-
-}  // namespace kx::detail

@@ -32,4 +32,7 @@ Crc32Kernel crc32Vpclmulqdq(), crc32Pclmulqdq();  // x86-64 only
 Crc32Kernel crc32Portable();
 KernelTable<Crc32Kernel> crc32Kernels();
 
+/// That of crc32Portable(): eight bytes at a time by look-up.
+std::uint32_t crc32EightBytes(const void* data, unsigned long length, std::uint32_t previous);
+
 }  // namespace kx::detail

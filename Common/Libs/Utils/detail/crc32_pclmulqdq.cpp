@@ -7,7 +7,6 @@
 #include "detail/crc32.h"
 #include "detail/crc32_fold.h"
 #include "detail/crc32_fold_message.h"
-#include "kxCRC32.h"
 
 namespace kx::detail {
 namespace {
@@ -47,7 +46,7 @@ struct Vector16 {
 };
 
 KXUTILS_TARGET std::uint32_t calc(const void* data, unsigned long length, std::uint32_t previous) {
-    if (length < 16) return kxCRC32::calc_8bytes(data, length, previous);
+    if (length < 16) return crc32EightBytes(data, length, previous);
     return ~registerAfter16(
         foldMessage<Vector16>(static_cast<const char*>(data), length, ~previous));
 }

@@ -20,6 +20,7 @@ function(kx_googletest SOURCES)
 endfunction()
 
 kx_require(Boost libboost-dev)
+kx_require(FastFloat libfast-float-dev)  # headers only, and only while the library is built
 kx_require(TBB libtbb-dev COMPONENTS tbbmalloc)
 if(KXUTILS_BUILD_TESTS AND KXUTILS_GOOGLETEST)
   kx_googletest("${KXUTILS_GOOGLETEST}")

@@ -57,6 +57,8 @@ set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/Spdx.cmake")
 string(REGEX REPLACE "<(.*)>" "(\\1)" CPACK_SPDX_CONTACT "${CPACK_PACKAGE_CONTACT}")
 set(CPACK_SPDX_Boost_LICENSE BSL-1.0)
 set(CPACK_SPDX_Boost_VERSION "${Boost_VERSION}")
+set(CPACK_SPDX_fast-float_LICENSE MIT)
+set(CPACK_SPDX_fast-float_VERSION "${FastFloat_VERSION}")
 set(CPACK_SPDX_oneTBB_LICENSE Apache-2.0)
 set(CPACK_SPDX_oneTBB_VERSION "${TBB_VERSION}")
 set(CPACK_SPDX_CLI11_LICENSE BSD-3-Clause)
@@ -65,12 +67,12 @@ set(CPACK_SPDX_nlohmann-json_LICENSE MIT)
 set(CPACK_SPDX_nlohmann-json_VERSION "${nlohmann_json_VERSION}")
 set(CPACK_SPDX_${runtime_package}_LICENSE MIT)
 set(CPACK_SPDX_${runtime_package}_VERSION "${PROJECT_VERSION}")
-set(CPACK_SPDX_RUNTIME_STATIC_LINK Boost)  # headers, whose code is compiled in
+set(CPACK_SPDX_RUNTIME_STATIC_LINK Boost fast-float)  # headers, whose code is compiled in
 set(CPACK_SPDX_RUNTIME_DYNAMIC_LINK oneTBB)
 set(CPACK_SPDX_DEV_DEPENDS_ON ${runtime_package} Boost)
 set(CPACK_SPDX_TOOLS_STATIC_LINK Boost CLI11 nlohmann-json)
 set(CPACK_SPDX_TOOLS_DYNAMIC_LINK ${runtime_package})
-set(CPACK_SPDX_ARCHIVE_STATIC_LINK ${CPACK_SPDX_TOOLS_STATIC_LINK})
+set(CPACK_SPDX_ARCHIVE_STATIC_LINK ${CPACK_SPDX_TOOLS_STATIC_LINK} fast-float)
 set(CPACK_SPDX_ARCHIVE_DYNAMIC_LINK oneTBB)
 set(CPACK_SPDX_ARCHIVE_DEPENDS_ON Boost)
 string(REGEX REPLACE "^/" "" CPACK_SPDX_ARCHIVE_DOCUMENT "${CMAKE_INSTALL_DOCDIR}/kxutils.spdx.json")
@@ -90,10 +92,15 @@ if(KXUTILS_DEBIAN)
       DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_${upper}_PACKAGE_NAME}"
       COMPONENT ${component})
   endforeach()
+  install(FILES Common/Libs/Utils/NOTICE
+    DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${runtime_package}" COMPONENT runtime)
   install(FILES tools/kxutils/NOTICE
     DESTINATION "${CMAKE_INSTALL_DATADIR}/doc/${CPACK_DEBIAN_TOOLS_PACKAGE_NAME}" COMPONENT tools)
 else()
-  install(FILES tools/kxutils/NOTICE DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT tools)
+  install(FILES Common/Libs/Utils/NOTICE
+    DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime RENAME NOTICE.libkxUtils)
+  install(FILES tools/kxutils/NOTICE
+    DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT tools RENAME NOTICE.kxutils)
   install(FILES LICENSE CHANGELOG.md DESTINATION "${CMAKE_INSTALL_DOCDIR}" COMPONENT runtime)
 endif()
 

@@ -44,7 +44,7 @@ function(spdx_document FOLDER DOCUMENT PACKAGE COMPONENT)
     list(APPEND all_sha1 ${sha1})
     string(SHA1 id "${name}")
     set(file_licence MIT)
-    if(name MATCHES "bin/|\\.so|NOTICE$")  # what holds code of the libraries, or their texts
+    if(name MATCHES "bin/|\\.so|NOTICE")  # what holds code of the libraries, or their texts
       set(file_licence "${licence}")
     endif()
     if(files)

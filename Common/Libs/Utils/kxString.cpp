@@ -3,6 +3,8 @@
 
 #include "kxString.h"
 
+#include <fast_float/fast_float.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
@@ -16,7 +18,6 @@
 
 #include "detail/ascii.h"
 #include "detail/decimal_float.h"
-#include "detail/parse_float.h"
 
 using kx::detail::isDigit;
 
@@ -109,22 +110,6 @@ bool rescanEnds(std::size_t length, const Grouping& by) {
 
 // --- Reading of numbers --------------------------------------------------------------------------
 
-// Whether a number outside the range of its type is too large rather than too close to 0. The power
-// of ten of its first digit other than 0 tells; it is far from 0 then.
-bool isTooLarge(std::string_view number) {
-    const std::size_t mantissaEnd = std::min(number.find_first_of("eE"), number.size());
-    const std::size_t point = std::min(number.find('.'), mantissaEnd);
-    const std::size_t first = number.find_first_of("123456789");
-    int exponent = 0;
-    if (mantissaEnd < number.size()) {
-        number.remove_prefix(mantissaEnd + 1);
-        if (number.front() == '+') number.remove_prefix(1);
-        const auto read = std::from_chars(number.data(), number.data() + number.size(), exponent);
-        if (read.ec == std::errc::result_out_of_range) return number.front() != '-';
-    }
-    return static_cast<std::ptrdiff_t>(point - first) + exponent > 0;
-}
-
 // What a stream of the GNU library, imbued with the classic locale, extracts from the start of
 // `text`, at a twentieth of the time.
 template <typename Float>
@@ -138,15 +123,13 @@ Float readNumber(std::string_view text) {
 
     Float value = 0;
     const char* const end = text.data() + text.size();
-    const auto read = kx::detail::parseFloat(text.data(), end, value);
-    const std::string_view number =
-        text.substr(0, static_cast<std::size_t>(read.ptr - text.data()));
+    const auto read = fast_float::from_chars(text.data(), end, value);
+    if (read.ec == std::errc::invalid_argument) return 0;
     // from_chars stops before an exponent without digits; a stream takes it in and then fails.
     const bool stoppedAtE = read.ptr != end && (*read.ptr == 'e' || *read.ptr == 'E');
+    const std::string_view number(text.data(), static_cast<std::size_t>(read.ptr - text.data()));
     if (stoppedAtE && number.find_first_of("eE") == std::string_view::npos) return 0;
-    if (read.ec == std::errc::invalid_argument) return 0;
-    if (read.ec == std::errc::result_out_of_range)
-        value = isTooLarge(number) ? std::numeric_limits<Float>::max() : 0;
+    if (std::isinf(value)) value = std::numeric_limits<Float>::max();  // as a stream leaves it
     return isNegative ? -value : value;
 }
 

@@ -212,6 +212,30 @@ TEST_F(Tool, ShaderPackWritesASourceUnit) {
     EXPECT_EQ(run({"shader", "unpack", "-", "--array", "x"}).exitCode, 2);
 }
 
+TEST_F(Tool, ShaderPackLeavesTheDeclarationToAHeader) {
+    options.input = "x";
+    const auto unit = run({"shader", "pack", "-", "--array", "__glass_fp", "--header", "glass.h"});
+    EXPECT_EQ(unit.exitCode, 0);
+    const std::string head =
+        "// Made by kxutils shader pack; do not edit.\n"
+        "#include \"glass.h\"\n"
+        "\n"
+        "// clang-format off\n"
+        "const unsigned char __glass_fp[5] = {\n";
+    EXPECT_EQ(unit.out.substr(0, head.size()), head);
+    EXPECT_EQ(run({"shader", "pack", "-", "--header", "glass.h"}).exitCode, 2);
+}
+
+TEST_F(Tool, ShaderPackMadeTheBuiltInBlocks) {
+    for (const std::string name : {"fp", "vp"}) {
+        const auto unit =
+            run({"shader", "pack", KXTEST_SHADERS "/defaultMaterial." + name, "--array",
+                 "__defaultMaterial_" + name, "--header", "defaultMaterial.h"});
+        expectRun(unit, 0, kxtest::slurp(KXTEST_SHADER_UNITS "/defaultMaterial." + name + ".cpp"),
+                  "");
+    }
+}
+
 TEST_F(Tool, ShaderUnpackRefusesWhatIsNoBlock) {
     expectRun(runWith("abc", {"shader", "unpack", "-"}), 1, "",
               "kxutils: -: not an enciphered block\n");

@@ -24,7 +24,7 @@ _kxutils() {
     number) options='--read --separator --size' words='group list' ;;
     path) options='--base --zero -z' words='name dir base ext setext rel abs valid expand' ;;
     selftest) options= ;;
-    shader) options='--array --output -o' words='pack unpack' ;;
+    shader) options='--array --header --output -o' words='pack unpack' ;;
     stamp) options='--dry-run --force --offset --zero -z' ;;
     tmp) options='--zero -z' ;;
     verify) options='--ext --offset --quiet --recursive --strict --threads --zero -j -r -z' ;;

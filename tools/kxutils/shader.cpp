@@ -12,7 +12,7 @@
 namespace {
 
 struct Options {
-    std::string operation, input, output = "-", array;
+    std::string operation, input, output = "-", array, header;
 };
 
 // A block is one piece to the library, so all of it is in memory; no shader is nearly as long.
@@ -50,12 +50,14 @@ std::string unpacked(const std::string& block) {
     return coded(block);
 }
 
-std::string sourceUnit(const std::string& name, const std::string& block) {
+std::string sourceUnit(const Options& options, const std::string& block) {
     const std::string array =
-        "const unsigned char " + name + '[' + std::to_string(block.size()) + ']';
+        "const unsigned char " + options.array + '[' + std::to_string(block.size()) + ']';
     // Declared first: a constant has internal linkage otherwise.
-    std::string unit = "// Made by kxutils shader pack; do not edit.\nextern " + array +
-                       ";\n\n// clang-format off\n" + array + " = {";
+    const std::string declaration =
+        options.header.empty() ? "extern " + array + ";" : "#include \"" + options.header + '"';
+    std::string unit = "// Made by kxutils shader pack; do not edit.\n" + declaration +
+                       "\n\n// clang-format off\n" + array + " = {";
     for (std::size_t i = 0; i < block.size(); ++i) {
         std::array<char, 8> byte{};
         std::snprintf(byte.data(), byte.size(), " 0x%02x,", static_cast<unsigned char>(block[i]));
@@ -77,12 +79,14 @@ std::string checkName(const std::string& text) {
 void run(const Options& options, Session& session) {
     const bool isPacking = options.operation == "pack";
     if (!isPacking && !options.array.empty()) throw UsageError("--array is for pack");
+    if (options.array.empty() && !options.header.empty())
+        throw UsageError("--header needs --array");
     if (session.report.asJson && options.output == "-") throw UsageError("--json needs --output");
     requireDifferentFiles(options.input, options.output);
     session.report.add(options.input, [&](Item&) {
         const std::string content = readWhole(options.input);
         std::string result = isPacking ? packed(content) : unpacked(content);
-        if (!options.array.empty()) result = sourceUnit(options.array, result);
+        if (!options.array.empty()) result = sourceUnit(options, result);
         Output output(options.output, session.out);
         output.writer().write(result);
         output.close();
@@ -106,6 +110,10 @@ unpack  show the text of a block)")
               "Let pack write a C++ source unit that defines an array of this name")
         .typeName("NAME")
         .check(checkName);
+    arguments
+        .text("--header", options->header,
+              "Let the source unit include the array's declaration instead of holding one")
+        .typeName("FILE");
     arguments.text("-o,--output", options->output, "File to write (default: standard output)")
         .typeName("FILE");
     arguments.footer("Example:\n  kxutils shader pack --array __glass_fp glass.fp -o glass.fp.cpp");

@@ -1,4 +1,4 @@
-// Made by kxShaderPack of tools/shaders/defaultMaterial.fp; do not edit.
+// Made by kxutils shader pack; do not edit.
 #include "defaultMaterial.h"
 
 // clang-format off

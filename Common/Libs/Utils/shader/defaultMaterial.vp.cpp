@@ -1,4 +1,4 @@
-// Made by kxShaderPack of tools/shaders/defaultMaterial.vp; do not edit.
+// Made by kxutils shader pack; do not edit.
 #include "defaultMaterial.h"
 
 // clang-format off

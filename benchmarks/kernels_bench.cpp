@@ -4,8 +4,8 @@
 // Each kernel against the next one of its table, which it has to beat clearly to be there.
 #include <memory>
 
-#include "detail/base64.h"
-#include "detail/crc32.h"
+#include "detail/base64/kernel.h"
+#include "detail/crc/kernel.h"
 #include "kxbench.h"
 
 namespace {

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <functional>
 
-#include "detail/base64.h"
+#include "detail/base64/kernel.h"
 #include "guarded.h"
 #include "input.h"
 #include "reference/base64_reference.h"

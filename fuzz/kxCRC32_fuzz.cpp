@@ -7,7 +7,7 @@
 
 #include <vector>
 
-#include "detail/crc32.h"
+#include "detail/crc/kernel.h"
 #include "guarded.h"
 #include "input.h"
 #include "kxFile.h"

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 #include "base64_checks.h"
-#include "detail/base64.h"
-#include "detail/base64_decoder.h"
+#include "detail/base64/decoder.h"
+#include "detail/base64/kernel.h"
 
 using kx::detail::Base64Decoder;
 using kx::detail::Base64Kernel;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/boost_crc_lanes.h"
+#include "detail/crc/boost_lanes.h"
 
 #include <gtest/gtest.h>
 

@@ -4,7 +4,7 @@
 // The unit for processors without CPUID, compiled and run on every machine.
 #include <gtest/gtest.h>
 
-#include "detail/cpuid.h"
+#include "detail/cpu/cpuid.h"
 
 TEST(CpuidNone, EveryAnswerIsFalse) {
     const kxCPUInfo info(kx::detail::readCpu(kx::detail::cpuid));

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "crc32_checks.h"
-#include "detail/crc32.h"
+#include "detail/crc/kernel.h"
 
 using kx::detail::Crc32Kernel;
 using kxtest::boostCrc;

@@ -3,7 +3,8 @@
 
 // That the fast way is taken: where it gives up, the classes have the right answer all the same,
 // but late.
-#include "detail/decimal_float.h"
+#include "detail/numbers/read.h"
+#include "detail/numbers/write.h"
 
 #include <gtest/gtest.h>
 

@@ -15,8 +15,8 @@
 #include <emmintrin.h>
 #endif
 
+#include "detail/cpu/kernel_table.h"
 #include "detail/executable_path.h"
-#include "detail/kernel_table.h"
 #include "detail/truncate.h"
 #include "detail/word_bytes.h"
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/dina_font.h"
+#include "detail/font/dina.h"
 
 #include <gtest/gtest.h>
 

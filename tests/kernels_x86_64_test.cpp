@@ -9,8 +9,8 @@
 #include <string>
 #include <vector>
 
-#include "detail/base64.h"
-#include "detail/crc32.h"
+#include "detail/base64/kernel.h"
+#include "detail/crc/kernel.h"
 #include "processor_features.h"
 
 using kxtest::ScopedFeatures;

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <string>
 
-#include "detail/dina_font.h"
+#include "detail/font/dina.h"
 #include "kxtest.h"
 
 // A pixel of the sheet before its enlargement, (0, 0) at the upper left. Fails the running test if

@@ -13,7 +13,7 @@
 #include <type_traits>
 #include <vector>
 
-#include "detail/dina_font.h"
+#include "detail/font/dina.h"
 
 static_assert(std::is_default_constructible_v<kxFont>);
 static_assert(std::has_virtual_destructor_v<kxFont>);

@@ -6,9 +6,9 @@
 #include <algorithm>
 #include <functional>
 
-#include "detail/base64.h"
-#include "detail/base64_alphabet.h"
-#include "detail/base64_decoder.h"
+#include "detail/base64/alphabet.h"
+#include "detail/base64/decoder.h"
+#include "detail/base64/kernel.h"
 
 using kx::detail::Base64Decoder;
 using kx::detail::base64Foreign;

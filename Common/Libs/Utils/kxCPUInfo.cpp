@@ -3,7 +3,7 @@
 
 #include "kxCPUInfo.h"
 
-#include "detail/cpuid.h"
+#include "detail/cpu/cpuid.h"
 
 const char* const kxCPUInfo::_szFeatures[32] = {
     "x87 FPU On Chip",

@@ -5,9 +5,10 @@
 
 #include <array>
 
-#include "detail/crc32.h"
-#include "detail/crc32_tables.h"
-#include "detail/little_endian.h"
+#include "detail/bytes/little_endian.h"
+#include "detail/crc/arithmetic.h"
+#include "detail/crc/kernel.h"
+#include "detail/crc/table.h"
 
 using kx::detail::crc32BitSteps;
 using kx::detail::Crc32Kernel;

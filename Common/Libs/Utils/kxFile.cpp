@@ -17,13 +17,13 @@
 #include <string_view>
 #include <utility>
 
-#include "detail/ascii.h"
-#include "detail/expand_filename.h"
 #include "detail/file_checksum.h"
 #include "detail/file_handle.h"
 #include "detail/find_last.h"
 #include "detail/open_unbuffered.h"
-#include "detail/relative_path.h"
+#include "detail/paths/expand.h"
+#include "detail/paths/relative.h"
+#include "detail/text/ascii.h"
 #include "detail/tmp_name.h"
 #include "kxLog.h"
 #include "kxMessage.h"

@@ -6,7 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "detail/dina_font.h"
+#include "detail/font/dina.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <ostream>
 #include <string_view>
 
-#include "detail/ascii.h"
 #include "detail/log_file.h"
+#include "detail/text/ascii.h"
 #include "kxFile.h"
 #include "kxPlatform.h"
 

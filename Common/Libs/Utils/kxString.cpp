@@ -16,8 +16,10 @@
 #include <system_error>
 #include <utility>
 
-#include "detail/ascii.h"
-#include "detail/decimal_float.h"
+#include "detail/numbers/grouping.h"
+#include "detail/numbers/read.h"
+#include "detail/numbers/write.h"
+#include "detail/text/ascii.h"
 
 using kx::detail::isDigit;
 
@@ -28,84 +30,6 @@ constexpr std::size_t shortStringSize = 15;
 // A string to write a number into: made without a call, which would take as long as the number.
 [[gnu::flatten]] std::string shortString() {
     return std::string("000000000000000", shortStringSize);
-}
-
-// --- Grouping of digits --------------------------------------------------------------------------
-
-struct Grouping {
-    std::string_view separator;
-    std::size_t group;
-
-    std::size_t separatorsIn(std::size_t runLength) const { return (runLength - 1) / group; }
-};
-
-// The first position from `at` on, or the text's end, where being a digit is no longer `digits`.
-std::size_t skip(std::string_view text, std::size_t at, bool digits) {
-    while (at < text.size() && isDigit(text[at]) == digits) ++at;
-    return at;
-}
-
-// Appends the digits of one run with the separators between them.
-void appendGrouped(std::string& text, std::string_view run, const Grouping& by) {
-    const std::size_t count = by.separatorsIn(run.size()), old = text.size();
-    text.resize(old + run.size() + count * by.separator.size());
-    char* to = text.data() + old;
-    std::size_t left = run.size() - count * by.group;  // until the next separator
-    for (const char digit : run) {
-        if (left == 0) {
-            for (const char c : by.separator) *to++ = c;
-            left = by.group;
-        }
-        --left;
-        *to++ = digit;
-    }
-}
-
-// Groups the first run of digits from `at` on, where there is one, and returns where scanning
-// resumes.
-std::size_t groupNextRun(std::string& text, std::size_t at, const Grouping& by) {
-    const std::size_t first = skip(text, at, /*digits=*/false);
-    const std::size_t last = skip(text, first, /*digits=*/true);
-    std::string grouped;
-    appendGrouped(grouped, std::string_view(text).substr(first, last - first), by);
-    text.replace(first, last - first, grouped);
-    return last + by.separatorsIn(last - first);
-}
-
-// The longest run of digits among the characters of a grouped run of `length` digits that scanning
-// sees a second time.
-std::size_t longestRunSeenAgain(std::size_t length, const Grouping& by) {
-    const std::size_t separator = by.separator.size(), period = separator + by.group;
-    const std::size_t count = by.separatorsIn(length), seen = count * (separator - 1);
-    std::size_t run = 0, longest = 0;
-    for (std::size_t i = count * period - seen; i < count * period; ++i) {
-        const std::size_t place = i % period;  // in a separator and its group
-        run = place >= separator || isDigit(by.separator[place]) ? run + 1 : 0;
-        longest = std::max(longest, run);
-    }
-    return longest;
-}
-
-// Scanning resumes inside a grouped run if the separator is longer than one character, and groups
-// anew what it finds there. Whether that ends for a run of `length` digits:
-//
-// 1. A grouped run is some digits and then `count` times the separator and a group. Scanning
-//    resumes `length + count` characters after its start, so what is seen again is its last
-//    `count * (separator length - 1)` characters.
-// 2. These depend on `count` alone, and what a shorter run shows again is an end of what a longer
-//    one shows. So what ends for a run ends for every shorter run.
-// 3. Hence it ends exactly if the longest run of digits that is seen again becomes shorter each
-//    time, until there is none.
-//
-// Example: with the separator "x9" and groups of 3, "1234567" becomes "1x9234x9567". Scanning
-// resumes after 9 characters and sees "67", a run that is not grouped: it ends.
-bool rescanEnds(std::size_t length, const Grouping& by) {
-    for (;;) {
-        const std::size_t longest = longestRunSeenAgain(length, by);
-        if (longest == 0) return true;
-        if (longest >= length) return false;
-        length = longest;
-    }
 }
 
 // --- Reading of numbers --------------------------------------------------------------------------
@@ -205,45 +129,14 @@ char* writeFloat(float value, char* to) {
 std::string kxString::beautifyDigits(const std::string& text, const std::string& separator,
                                      std::uint32_t group) {
     if (group == 0 || separator.empty()) return text;
-    const Grouping by{separator, group};
-    const bool isRescanned = separator.size() > 1 && skip(separator, 0, false) < separator.size();
-
-    std::string result;
-    result.reserve(text.size());
-    for (std::size_t at = 0; at < text.size();) {
-        const std::size_t first = skip(text, at, /*digits=*/false);
-        const std::size_t last = skip(text, first, /*digits=*/true);
-        result.append(text, at, first - at);
-        if (first == last) break;
-        const std::size_t run = last - first;
-        std::size_t next = result.size() + run + by.separatorsIn(run);  // where scanning resumes
-        appendGrouped(result, std::string_view(text).substr(first, run), by);
-        at = last;
-
-        // No run reaches beyond its own grouped form, so each is finished before the next is added.
-        if (!isRescanned || !rescanEnds(run, by)) continue;
-        // The result ends with a digit.
-        while (next < result.size()) next = groupNextRun(result, next, by);
-    }
-    return result;
+    return kx::detail::groupDigits(text, separator, group);
 }
 
 std::string kxString::beautifyDigits(std::uint32_t value, const std::string& separator,
                                      std::uint32_t group) {
     if (group == 0 || separator.size() != 1)
         return beautifyDigits(std::to_string(value), separator, group);
-    char text[19];  // ten digits and what stands between them
-    char *const end = text + sizeof text, *at = end;
-    std::uint32_t inGroup = 0;
-    do {
-        if (inGroup++ == group) {
-            *--at = separator.front();
-            inGroup = 1;
-        }
-        *--at = static_cast<char>('0' + value % 10);
-        value /= 10;
-    } while (value != 0);
-    return {at, end};
+    return kx::detail::groupDigits(value, separator.front(), group);
 }
 
 float kxString::toFloat(const std::string& text) { return readFast<float>(text); }

@@ -12,7 +12,7 @@
 #include <vector>
 
 #include "detail/browser.h"
-#include "detail/little_endian.h"
+#include "detail/bytes/little_endian.h"
 #include "detail/truncate.h"
 #include "kxCrypt.h"
 

@@ -10,7 +10,7 @@
 #include <memory>
 #include <string_view>
 
-#include "detail/boost_crc_lanes.h"
+#include "detail/crc/boost_lanes.h"
 #include "detail/file_handle.h"
 #include "detail/open_unbuffered.h"
 

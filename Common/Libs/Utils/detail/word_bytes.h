@@ -11,7 +11,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "detail/little_endian.h"
+#include "detail/bytes/little_endian.h"
 
 namespace kx::detail {
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/cpuid.h"
+#include "detail/cpu/cpuid.h"
 
 namespace kx::detail {
 

@@ -1,12 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/base64.h"
-#include "detail/crc32.h"
+#include "detail/crc/kernel.h"
 
 namespace kx::detail {
-
-KernelTable<Base64Kernel> base64Kernels() { return {{{base64Portable()}}, 1}; }
 
 KernelTable<Crc32Kernel> crc32Kernels() { return {{{crc32Portable()}}, 1}; }
 

@@ -4,9 +4,9 @@
 // CRC-32 by carry-less multiplication of 16 bytes at a time.
 #define KXUTILS_TARGET __attribute__((target("pclmul,sse4.1,ssse3")))
 
-#include "detail/crc32.h"
-#include "detail/crc32_fold.h"
-#include "detail/crc32_fold_message.h"
+#include "detail/crc/fold.h"
+#include "detail/crc/fold_message.h"
+#include "detail/crc/kernel.h"
 
 namespace kx::detail {
 namespace {

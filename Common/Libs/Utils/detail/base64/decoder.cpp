@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/base64_decoder.h"
+#include "detail/base64/decoder.h"
 
-#include "detail/base64_alphabet.h"
+#include "detail/base64/alphabet.h"
 
 namespace kx::detail {
 

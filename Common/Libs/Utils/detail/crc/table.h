@@ -10,7 +10,7 @@
 #include <cstddef>
 #include <cstdint>
 
-#include "detail/crc32.h"
+#include "detail/crc/arithmetic.h"
 
 namespace kx::detail {
 

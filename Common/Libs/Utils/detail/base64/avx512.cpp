@@ -11,9 +11,9 @@
 #include <cstdint>
 #include <cstring>
 
-#include "detail/base64.h"
-#include "detail/base64_alphabet.h"
-#include "detail/base64_decoder.h"
+#include "detail/base64/alphabet.h"
+#include "detail/base64/decoder.h"
+#include "detail/base64/kernel.h"
 
 #define KXUTILS_TARGET \
     __attribute__((target("avx512bw,avx512vl,avx512vbmi,avx512vbmi2,bmi,bmi2,popcnt")))

@@ -5,9 +5,9 @@
 #define KXUTILS_TARGET \
     __attribute__((target("avx512bw,avx512vl,avx512vbmi2,vpclmulqdq,pclmul,sse4.1,bmi2")))
 
-#include "detail/crc32.h"
-#include "detail/crc32_fold.h"
-#include "detail/crc32_fold_message.h"
+#include "detail/crc/fold.h"
+#include "detail/crc/fold_message.h"
+#include "detail/crc/kernel.h"
 
 namespace kx::detail {
 namespace {

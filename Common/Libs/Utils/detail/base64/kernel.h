@@ -4,7 +4,7 @@
 // The kernels of kxBase64.
 #pragma once
 
-#include "detail/kernel_table.h"
+#include "detail/cpu/kernel_table.h"
 
 namespace kx::detail {
 

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 // CRC-32 for every processor.
-#include "detail/crc32.h"
-#include "detail/crc32_tables.h"
-#include "detail/little_endian.h"
+#include "detail/bytes/little_endian.h"
+#include "detail/crc/kernel.h"
+#include "detail/crc/table.h"
 
 namespace kx::detail {
 

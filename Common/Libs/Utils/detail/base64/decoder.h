@@ -6,7 +6,7 @@
 
 #include <cstdint>
 
-#include "detail/base64.h"
+#include "detail/base64/kernel.h"
 
 namespace kx::detail {
 

@@ -5,9 +5,9 @@
 // ACM Transactions on the Web 12, 2018).
 #include <immintrin.h>
 
-#include "detail/base64.h"
-#include "detail/base64_alphabet.h"
-#include "detail/base64_decoder.h"
+#include "detail/base64/alphabet.h"
+#include "detail/base64/decoder.h"
+#include "detail/base64/kernel.h"
 
 #define KXUTILS_TARGET __attribute__((target("avx2")))
 

@@ -14,7 +14,7 @@
 
 #include <cstdint>
 
-#include "detail/crc32.h"
+#include "detail/crc/arithmetic.h"
 
 namespace kx::detail {
 

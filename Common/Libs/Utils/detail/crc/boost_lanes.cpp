@@ -1,14 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/boost_crc_lanes.h"
+#include "detail/crc/boost_lanes.h"
 
 #include <algorithm>
 #include <array>
 #include <cstdint>
 #include <utility>
 
-#include "detail/crc32.h"
+#include "detail/crc/arithmetic.h"
 
 namespace kx::detail {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <cpuid.h>
 
-#include "detail/cpuid.h"
+#include "detail/cpu/cpuid.h"
 
 namespace kx::detail {
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/relative_path.h"
+#include "detail/paths/relative.h"
 
 #include <string_view>
 

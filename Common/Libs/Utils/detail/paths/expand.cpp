@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/expand_filename.h"
+#include "detail/paths/expand.h"
 
 #include <pwd.h>
 #include <unistd.h>
@@ -12,7 +12,7 @@
 #include <cstring>
 #include <string_view>
 
-#include "detail/ascii.h"
+#include "detail/text/ascii.h"
 #include "kxLog.h"
 
 namespace kx::detail {

@@ -2,9 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 // Base64 for every processor.
-#include "detail/base64.h"
-#include "detail/base64_alphabet.h"
-#include "detail/base64_decoder.h"
+#include "detail/base64/alphabet.h"
+#include "detail/base64/decoder.h"
+#include "detail/base64/kernel.h"
 
 namespace kx::detail {
 namespace {

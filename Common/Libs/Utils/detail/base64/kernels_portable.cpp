@@ -1,0 +1,10 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
+#include "detail/base64/kernel.h"
+
+namespace kx::detail {
+
+KernelTable<Base64Kernel> base64Kernels() { return {{{base64Portable()}}, 1}; }
+
+}  // namespace kx::detail

@@ -1,0 +1,12 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
+#include "detail/crc/kernel.h"
+
+namespace kx::detail {
+
+KernelTable<Crc32Kernel> crc32Kernels() {
+    return {{{crc32Vpclmulqdq(), crc32Pclmulqdq(), crc32Portable()}}, 3};
+}
+
+}  // namespace kx::detail

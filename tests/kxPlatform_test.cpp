@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "emulator.h"
+#include "file_support.h"
 #include "kxLog.h"
 #include "kxtest.h"
 
@@ -158,6 +159,43 @@ TEST_F(Platform, ADirectoryThatCannotBeEnteredLeavesTheWorkingDirectory) {
     install(dir, "work/a/b", "talo");
     init(dir.file("missing/talo"));
     EXPECT_EQ(kxPlatform::getBaseDir(), work + "/a/b");
+}
+
+// A start path counts from the working directory, whoever may search what is above that.
+TEST_F(Platform, ADirectoryBelowOneThatMayNotBeSearchedIsFound) {
+    const std::string base = install(dir, "closed/Talo", "talo");
+    for (const char* open : {"", "/bin", "/bin/MAC"})
+        ASSERT_EQ(chmod((base + open).c_str(), 0755), 0);
+    const kxtest::ScopedCwd cwd(base);
+    ASSERT_EQ(chmod(dir.file("closed").c_str(), 0), 0);
+    const std::string exeDir = kxtest::asOrdinaryUser([] {
+        kxPlatform::init("bin/MAC/talo");
+        return std::string(kxPlatform::getExeDir());
+    });
+    chmod(dir.file("closed").c_str(), 0755);
+    EXPECT_EQ(exeDir, base + "/bin/MAC");
+}
+
+// Not even to leave it again.
+TEST_F(Platform, ADirectoryThatMayNotBeSearchedIsNotEntered) {
+    install(dir, "Talo", "talo");
+    const std::string closed = dir.makeDir("closed");
+    const kxtest::ScopedCwd cwd(dir.path());
+    for (const mode_t mode : {0000, 0100, 0111, 0444, 0666}) {
+        const bool isOpen =
+            mode == 0111 || (mode == 0100 && !kxtest::isRoot());  // or not its owner
+        ASSERT_EQ(chmod(closed.c_str(), mode), 0);
+        ASSERT_EQ(chmod(dir.path().c_str(), 0755), 0);
+        EXPECT_EQ(kxtest::asOrdinaryUser([] {
+                      kxPlatform::init("closed/talo");
+                      const std::string exeDir = kxPlatform::getExeDir();
+                      kxPlatform::init("closed/../Talo/bin/MAC/talo");
+                      return exeDir + ' ' + kxPlatform::getExeDir();
+                  }),
+                  isOpen ? closed + ' ' + dir.file("Talo/bin/MAC") : dir.path() + ' ' + dir.path())
+            << mode;
+    }
+    chmod(closed.c_str(), 0755);
 }
 
 // What getCurrentDir() could not read back either.

@@ -300,6 +300,24 @@ TEST_F(Platform, PreferencesAreCreatedBelowTheHomeDirectory) {
     EXPECT_FALSE(kxtest::exists(dir.file("Talo/preferences")));
 }
 
+TEST_F(Platform, PreferencesAreCreatedUnderTheNameThatIsAnnounced) {
+    const std::string name = "ta\\lo", base = install(dir, "Ta\\lo", name);
+    for (const std::string& variable :
+         {dir.file("ho\\me"), dir.file("\\"), std::string("relative\\home"), std::string()}) {
+        const kxtest::ScopedEnv homeVariable("HOME", variable.c_str());
+        const std::string preferences =
+            variable.empty() ? base + "/preferences" : variable + supportDir + name + '/';
+        init(base + "/bin/MAC/" + name, variable.empty() ? "Couldn't get home directory, using '" +
+                                                               preferences + "', for preferences!\n"
+                                                         : "");
+        EXPECT_EQ(kxPlatform::getPreferencesDir(), preferences);
+        EXPECT_TRUE(fs::is_directory(preferences)) << preferences;
+    }
+    EXPECT_EQ(kxtest::list(work + "/a/b"), std::vector<std::string>{"relative\\home"});
+    EXPECT_EQ(kxtest::list(dir.path()),
+              (std::vector<std::string>{"Ta\\lo", "\\", "ho\\me", "home", "work"}));
+}
+
 TEST_F(Platform, AnEmptyHomeLeavesTheDefaultAndSaysSo) {
     const std::string base = install(dir, "Talo", "talo");
     const kxtest::ScopedEnv variable("HOME", "");

@@ -13,6 +13,7 @@
 #include "detail/canonical_path.h"
 #include "detail/entered_directory.h"
 #include "detail/executable_path.h"
+#include "detail/make_path.h"
 #include "kxFile.h"
 #include "kxLog.h"
 
@@ -83,7 +84,9 @@ void kxPlatform::init(const char* executable) {
         if (_preferences_dir.back() != '/') _preferences_dir += '/';
         _preferences_dir += "Library/Application Support/Pelloran/" + _app_name + '/';
     }
-    if (!kxFile::exists(_preferences_dir)) kxFile::createPath(_preferences_dir);
+    // As it is announced: createPath takes a backslash, which a home or a name may hold, for a
+    // slash.
+    if (!kxFile::exists(_preferences_dir)) kx::detail::makePath(_preferences_dir);
 }
 
 void kxPlatform::init(const char* root, const char* appName) {

@@ -70,8 +70,8 @@ public:
     /// The platform's word in directory names: "MAC".
     static const char* getPlatform();
 
-    /// The executable's directory and the base directory; empty before init, and where init found no
-    /// path, which each call then logs as an error.
+    /// The executable's directory and the base directory; empty before init, and where init found
+    /// no path, which each call then logs as an error.
     /// @{
     static const char* getExeDir();
     static const char* getBaseDir();

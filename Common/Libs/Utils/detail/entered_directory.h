@@ -20,7 +20,8 @@ namespace kx::detail {
 ///     any other directory                             -> its absolute path
 ///
 /// The system itself is asked whether the directory may be entered, so that access control lists
-/// and capabilities count; also where the directories above it may not be searched.
+/// and capabilities count; also where the directories above it may not be searched (but then the
+/// answer is "" from a working directory that has no path itself).
 std::optional<std::string> directoryAfterEntering(const std::string& directory,
                                                   std::size_t maxLength);
 

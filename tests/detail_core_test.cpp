@@ -18,6 +18,7 @@
 #include "detail/browser.h"
 #include "detail/executable_path.h"
 #include "detail/kernel_table.h"
+#include "detail/same_file.h"
 #include "detail/truncate.h"
 #include "detail/word_bytes.h"
 #include "kxtest.h"
@@ -119,4 +120,17 @@ TEST(Browser, IsWhatTheShellFindsWithoutPath) {
                                     "! [ \"$o\" -ef \"$(command -v run-mailcap)\" ]"});
     const kxtest::ScopedEnv path("PATH", nullptr);
     EXPECT_EQ(kx::detail::browserCommand(), shell.exitCode == 0 ? "open -a Safari " : "xdg-open ");
+}
+
+TEST(SameFile, HasTheSameNumberOnTheSameDevice) {
+    struct stat file {
+    }, other{};
+    file.st_dev = other.st_dev = 1;
+    file.st_ino = other.st_ino = 2;
+    EXPECT_TRUE(kx::detail::isSameFile(file, other));
+    other.st_dev = 2;
+    EXPECT_FALSE(kx::detail::isSameFile(file, other));
+    other.st_dev = 1;
+    other.st_ino = 1;
+    EXPECT_FALSE(kx::detail::isSameFile(file, other));
 }

@@ -10,6 +10,7 @@
 #include <string_view>
 
 #include "detail/browser.h"
+#include "detail/same_file.h"
 
 namespace kx::detail {
 
@@ -36,8 +37,9 @@ std::optional<struct stat> findCommand(std::string_view name) {
     return std::nullopt;
 }
 
-bool isSame(const std::optional<struct stat>& a, const std::optional<struct stat>& b) {
-    return a && b && a->st_dev == b->st_dev && a->st_ino == b->st_ino;
+bool isAlso(const struct stat& file, std::string_view name) {
+    const auto other = findCommand(name);
+    return other && isSameFile(file, *other);
 }
 
 }  // namespace
@@ -46,8 +48,7 @@ bool isSame(const std::optional<struct stat>& a, const std::optional<struct stat
 // attachments, which do not know "-a". Looked for at every call: the session may gain commands.
 std::string browserCommand() {
     const auto open = findCommand("open");
-    const bool canOpen =
-        open && !isSame(open, findCommand("xdg-open")) && !isSame(open, findCommand("run-mailcap"));
+    const bool canOpen = open && !isAlso(*open, "xdg-open") && !isAlso(*open, "run-mailcap");
     return canOpen ? "open -a Safari " : "xdg-open ";
 }
 

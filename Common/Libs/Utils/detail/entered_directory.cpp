@@ -10,6 +10,7 @@
 #include <climits>
 
 #include "detail/canonical_path.h"
+#include "detail/same_file.h"
 
 namespace kx::detail {
 
@@ -34,8 +35,7 @@ private:
 
 bool leadsTo(const std::string& path, const struct stat& directory) {
     struct stat found {};
-    return stat(path.c_str(), &found) == 0 && found.st_dev == directory.st_dev &&
-           found.st_ino == directory.st_ino;
+    return stat(path.c_str(), &found) == 0 && isSameFile(found, directory);
 }
 
 // Whether the system gives one for the working directory, of whatever length.

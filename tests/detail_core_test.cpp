@@ -15,10 +15,13 @@
 #include <emmintrin.h>
 #endif
 
+#include "detail/browser.h"
 #include "detail/cpu/kernel_table.h"
 #include "detail/executable_path.h"
+#include "detail/same_file.h"
 #include "detail/truncate.h"
 #include "detail/word_bytes.h"
+#include "kxtest.h"
 
 using kx::detail::truncateToInt32;
 
@@ -107,4 +110,27 @@ TEST(ExecutablePath, IsThatOfTheRunningProgram) {
     EXPECT_EQ(path.stem(), "detail_core_test");  // an emulator's program has an extension
     // Read, not followed: that would lead to the emulator.
     EXPECT_TRUE(std::filesystem::equivalent(path, std::filesystem::read_symlink("/proc/self/exe")));
+}
+
+// A shell that is started without PATH has one of its own: so the commands of the machine count.
+TEST(Browser, IsWhatTheShellFindsWithoutPath) {
+    const auto shell = kxtest::run({"/bin/sh", "-c",
+                                    "o=$(command -v open) && "
+                                    "! [ \"$o\" -ef \"$(command -v xdg-open)\" ] && "
+                                    "! [ \"$o\" -ef \"$(command -v run-mailcap)\" ]"});
+    const kxtest::ScopedEnv path("PATH", nullptr);
+    EXPECT_EQ(kx::detail::browserCommand(), shell.exitCode == 0 ? "open -a Safari " : "xdg-open ");
+}
+
+TEST(SameFile, HasTheSameNumberOnTheSameDevice) {
+    struct stat file {
+    }, other{};
+    file.st_dev = other.st_dev = 1;
+    file.st_ino = other.st_ino = 2;
+    EXPECT_TRUE(kx::detail::isSameFile(file, other));
+    other.st_dev = 2;
+    EXPECT_FALSE(kx::detail::isSameFile(file, other));
+    other.st_dev = 1;
+    other.st_ino = 1;
+    EXPECT_FALSE(kx::detail::isSameFile(file, other));
 }

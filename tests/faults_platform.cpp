@@ -43,7 +43,10 @@ void initByPath(Attempt& attempt) {
     attempt.run([&] { kxPlatform::init(installation.executable.c_str()); });
     EXPECT_EQ(kxFile::getCurrentDir(), directory);
     EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
-    if (!attempt.failed() || (attempt.failedAt("allocation") && !attempt.outOfMemory()))
+    // There is another way to look at a directory that cannot be opened, or has no path.
+    const bool isSpared = attempt.failedAt("open") || attempt.failedAt("close") ||
+                          (attempt.failedAt("readlink") && !attempt.failsOnward());
+    if (!attempt.failed() || isSpared || (attempt.failedAt("allocation") && !attempt.outOfMemory()))
         installation.expectAll();
     kxPlatform::init(installation.executable.c_str());
     installation.expectAll();
@@ -57,11 +60,15 @@ void initElsewhere(Attempt& attempt) {
     const auto init = [] { kxPlatform::init("elsewhere"); };
     attempt.run(init);
     EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
-    const std::string base = kxPlatform::getBaseDir();
+    std::string base;
+    {
+        const kxtest::Captured err(stderr);  // where an empty one is reported
+        base = kxPlatform::getBaseDir();
+    }
     init();
     if (attempt.failedAt("readlink")) {
         EXPECT_TRUE(base == kxPlatform::getBaseDir() || base == dir.file("a") ||
-                    base == dir.file("a/b/c"))
+                    (base.empty() && attempt.failsOnward()))
             << base;
     } else if (!attempt.failed()) {
         EXPECT_EQ(base, kxPlatform::getBaseDir());

@@ -96,6 +96,40 @@ TEST(ConverterClass, SlotsAreDestructorToStringFromString) {
 }
 #endif
 
+namespace {
+
+/// Uses the name that the base class keeps.
+class NamedConverter : public Converter<int> {
+public:
+    using Converter::Converter;
+    bool convertFromString(const std::string& typeName, const std::string& text,
+                           boost::any& value) override {
+        if (typeName != _name) return false;
+        value = _name + " read " + text;
+        return true;
+    }
+};
+
+/// Adds nothing to the constructor of the base class.
+class InheritingConverter : public kxAnyConverter {
+public:
+    using kxAnyConverter::kxAnyConverter;
+    bool convertToString(const boost::any&, std::string&, std::string&) override { return false; }
+    bool convertFromString(const std::string&, const std::string&, boost::any&) override {
+        return false;
+    }
+};
+static_assert(std::is_convertible_v<std::string, const InheritingConverter&>);
+
+}  // namespace
+
+TEST(ConverterClass, KeepsItsNameForTheDerivedClass) {
+    const NamedConverter one("one"), two("two");
+    EXPECT_EQ(read("one", "1"), "one read 1");
+    EXPECT_EQ(read("two", "2"), "two read 2");
+    EXPECT_EQ(read("three", "3"), "refused, old value");
+}
+
 TEST(ConverterRegistry, ServesConvertersMadeBeforeMain) {
     const Text text{Early()};
     EXPECT_TRUE(text.converted);

@@ -78,6 +78,16 @@ TEST(Crypt, WellKnownTexts) {
               "\x45\xA0\x1F\x64\x5F\xC3\x5B\x38\x35\x52\x54\x4B\x9B\xF5");
 }
 
+// --- The class ----------------------------------------------------------------------------------
+
+// A key stands for its cipher.
+static_assert(std::is_convertible_v<const Bytes&, kxCrypt>);
+
+TEST(Crypt, IsMadeOfAKey) {
+    kxCrypt cipher = bytesOf("Key");
+    EXPECT_EQ(code(cipher, "Plaintext"), "\xBB\xF3\x16\xE8\xD9\x40\xAF\x0A\xD3");
+}
+
 // --- Behaviour ----------------------------------------------------------------------------------
 
 TEST(Crypt, ResetStartsTheKeyStreamAgain) {

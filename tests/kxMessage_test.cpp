@@ -19,6 +19,8 @@
 // A plain record: the map, then the id, and nothing virtual.
 static_assert(!std::is_polymorphic_v<kxMessage>);
 static_assert(sizeof(kxMessage) == sizeof(std::map<std::string, boost::any>) + sizeof(void*));
+// A number stands for a record with that id.
+static_assert(std::is_convertible_v<unsigned, kxMessage>);
 
 namespace {
 
@@ -49,6 +51,17 @@ public:
     ~FailingCopies() { Counted::failing = false; }
     FailingCopies(const FailingCopies&) = delete;
     FailingCopies& operator=(const FailingCopies&) = delete;
+};
+
+/// Notes its copies.
+struct Noted {
+    Noted(char ownName, std::string& noted) : name(ownName), copies(&noted) {}
+    Noted(const Noted& other) : name(other.name), copies(other.copies) { *copies += name; }
+    Noted& operator=(const Noted&) = delete;
+    ~Noted() = default;
+
+    char name;
+    std::string* copies;
 };
 
 std::vector<std::string> namesOf(const kxMessage& message) {
@@ -255,6 +268,30 @@ TEST(MessageCopy, ClonesTheAttributesAndNotTheId) {
     EXPECT_EQ(intOf(original.get("a")), 1);
     EXPECT_TRUE(original.exists("b"));
     EXPECT_EQ(Counted::alive, 1);
+}
+
+// Names enough for a tree of several levels, whose own order is another one.
+TEST(MessageCopy, ClonesInTheOrderOfTheNames) {
+    std::string copies;
+    kxMessage original;
+    for (const char name : std::string("gcaebdfihj"))
+        original.set(std::string(1, name), Noted(name, copies), true);
+    copies.clear();
+    const kxMessage copy(original);
+    EXPECT_EQ(copies, "abcdefghij");
+    EXPECT_EQ(namesOf(copy), namesOf(original));
+    copies.clear();
+    kxMessage target(1, "c", 1, "h", 1);
+    target = original;
+    EXPECT_EQ(copies, "abdefgij");  // what is there already is not even copied
+}
+
+TEST(MessageConstruct, ANumberStandsForARecordWithThatId) {
+    kxMessage message = 7U;
+    EXPECT_EQ(message.id(), 7U);
+    EXPECT_TRUE(message.getMap().empty());
+    message = 8U;  // an assignment merges: nothing to add, and the id stays
+    EXPECT_EQ(message.id(), 7U);
 }
 
 TEST(MessageAssign, AddsWhatIsMissingAndKeepsWhatIsThere) {

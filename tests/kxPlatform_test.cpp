@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "emulator.h"
+#include "file_support.h"
 #include "kxLog.h"
 #include "kxtest.h"
 
@@ -160,6 +161,43 @@ TEST_F(Platform, ADirectoryThatCannotBeEnteredLeavesTheWorkingDirectory) {
     EXPECT_EQ(kxPlatform::getBaseDir(), work + "/a/b");
 }
 
+// A start path counts from the working directory, whoever may search what is above that.
+TEST_F(Platform, ADirectoryBelowOneThatMayNotBeSearchedIsFound) {
+    const std::string base = install(dir, "closed/Talo", "talo");
+    for (const char* open : {"", "/bin", "/bin/MAC"})
+        ASSERT_EQ(chmod((base + open).c_str(), 0755), 0);
+    const kxtest::ScopedCwd cwd(base);
+    ASSERT_EQ(chmod(dir.file("closed").c_str(), 0), 0);
+    const std::string exeDir = kxtest::asOrdinaryUser([] {
+        kxPlatform::init("bin/MAC/talo");
+        return std::string(kxPlatform::getExeDir());
+    });
+    chmod(dir.file("closed").c_str(), 0755);
+    EXPECT_EQ(exeDir, base + "/bin/MAC");
+}
+
+// Not even to leave it again.
+TEST_F(Platform, ADirectoryThatMayNotBeSearchedIsNotEntered) {
+    install(dir, "Talo", "talo");
+    const std::string closed = dir.makeDir("closed");
+    const kxtest::ScopedCwd cwd(dir.path());
+    for (const mode_t mode : {0000U, 0100U, 0111U, 0444U, 0666U}) {
+        const bool isOpen =
+            mode == 0111 || (mode == 0100 && !kxtest::isRoot());  // or not its owner
+        ASSERT_EQ(chmod(closed.c_str(), mode), 0);
+        ASSERT_EQ(chmod(dir.path().c_str(), 0755), 0);
+        EXPECT_EQ(kxtest::asOrdinaryUser([] {
+                      kxPlatform::init("closed/talo");
+                      const std::string exeDir = kxPlatform::getExeDir();
+                      kxPlatform::init("closed/../Talo/bin/MAC/talo");
+                      return exeDir + ' ' + kxPlatform::getExeDir();
+                  }),
+                  isOpen ? closed + ' ' + dir.file("Talo/bin/MAC") : dir.path() + ' ' + dir.path())
+            << mode;
+    }
+    chmod(closed.c_str(), 0755);
+}
+
 // What getCurrentDir() could not read back either.
 TEST_F(Platform, ADirectoryOfMoreThan2047CharactersReadsAsNone) {
     std::string below = dir.path();
@@ -260,6 +298,24 @@ TEST_F(Platform, PreferencesAreCreatedBelowTheHomeDirectory) {
     init(path);
     EXPECT_EQ(kxtest::slurp(home + supportDir + "talo/kept"), "kept");
     EXPECT_FALSE(kxtest::exists(dir.file("Talo/preferences")));
+}
+
+TEST_F(Platform, PreferencesAreCreatedUnderTheNameThatIsAnnounced) {
+    const std::string name = "ta\\lo", base = install(dir, "Ta\\lo", name);
+    for (const std::string& variable :
+         {dir.file("ho\\me"), dir.file("\\"), std::string("relative\\home"), std::string()}) {
+        const kxtest::ScopedEnv homeVariable("HOME", variable.c_str());
+        const std::string preferences =
+            variable.empty() ? base + "/preferences" : variable + supportDir + name + '/';
+        init(base + "/bin/MAC/" + name, variable.empty() ? "Couldn't get home directory, using '" +
+                                                               preferences + "', for preferences!\n"
+                                                         : "");
+        EXPECT_EQ(kxPlatform::getPreferencesDir(), preferences);
+        EXPECT_TRUE(fs::is_directory(preferences)) << preferences;
+    }
+    EXPECT_EQ(kxtest::list(work + "/a/b"), std::vector<std::string>{"relative\\home"});
+    EXPECT_EQ(kxtest::list(dir.path()),
+              (std::vector<std::string>{"Ta\\lo", "\\", "ho\\me", "home", "work"}));
 }
 
 TEST_F(Platform, AnEmptyHomeLeavesTheDefaultAndSaysSo) {

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <csignal>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
@@ -336,10 +337,11 @@ namespace {
 /// Programs in place of the platform's, alone on PATH, that record their name and arguments.
 class UtilsBrowser : public testing::Test {
 protected:
-    void install(const std::string& name) {
+    std::string install(const std::string& name) {
         const std::string script = _programs.write(
             name, "#!/bin/sh\nprintf '<%s>' " + name + " \"$@\" >>'" + _record + "'\nexit 7\n");
         std::filesystem::permissions(script, std::filesystem::perms::owner_all);
+        return script;
     }
 
     std::string opened(const std::string& url) {
@@ -366,6 +368,58 @@ TEST_F(UtilsBrowser, IsThePlatformsWhereItHasOne) {
 TEST_F(UtilsBrowser, IsTheDesktopsElsewhere) {
     install("xdg-open");
     EXPECT_EQ(opened("http://host/a?b=1"), "<xdg-open><http://host/a?b=1>");
+}
+
+// Whose children leave no status behind.
+TEST_F(UtilsBrowser, IsTheSameInAProcessThatIgnoresItsChildren) {
+    auto* const old = std::signal(SIGCHLD, SIG_IGN);
+    install("xdg-open");
+    EXPECT_EQ(opened("one"), "<xdg-open><one>");
+    install("open");
+    EXPECT_EQ(opened("two"), "<xdg-open><one><open><-a><Safari><two>");
+    std::signal(SIGCHLD, old);
+}
+
+// The parts of PATH in their order; an empty one is the working directory.
+TEST_F(UtilsBrowser, IsTheCommandThatTheShellRuns) {
+    install("xdg-open");
+    install("first/open");
+    install("second/open");
+    _programs.makeDir("empty");
+    const auto in = [&](const std::string& name) { return _programs.file(name); };
+    const std::string platforms = "<-a><Safari><url>";
+    const std::pair<std::string, std::string> paths[] = {
+        {in("empty") + ':' + in("first") + ':' + in("second"), "<first/open>" + platforms},
+        {in("second") + ':' + in("first"), "<second/open>" + platforms},
+        {"second:first", "<second/open>" + platforms},
+        {in("empty") + ':' + in(""), "<xdg-open><url>"},
+        {in("empty") + ':', "<xdg-open><url>"},
+        {':' + in("empty"), "<xdg-open><url>"},
+        {in("empty") + "::" + in("empty"), "<xdg-open><url>"},
+        {"", "<xdg-open><url>"},
+        {in("first") + ':', "<first/open>" + platforms},
+    };
+    for (const auto& [path, record] : paths) {
+        const kxtest::ScopedEnv variable("PATH", path.c_str());
+        EXPECT_EQ(opened("url"), record) << path;
+        unlink(_record.c_str());
+    }
+}
+
+TEST_F(UtilsBrowser, IsNotWhatCannotBeRun) {
+    install("xdg-open");
+    install("second/open");
+    const std::string path =
+        _programs.file("first:") + _programs.file("second:") + _programs.file("");
+    const kxtest::ScopedEnv variable("PATH", path.c_str());
+    std::filesystem::permissions(_programs.write("first/open", "#!/bin/sh\n"),
+                                 std::filesystem::perms::owner_read);
+    EXPECT_EQ(opened("one"), "<second/open><-a><Safari><one>");
+    unlink(_programs.file("first/open").c_str());
+    _programs.makeDir("first/open");
+    unlink(_programs.file("second/open").c_str());
+    unlink(_record.c_str());
+    EXPECT_EQ(opened("two"), "<xdg-open><two>");
 }
 
 // As desktop distributions install it; the opener itself does not know "-a".

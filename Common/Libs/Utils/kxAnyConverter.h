@@ -31,8 +31,8 @@
 /// Threads: no lock. Construct, destroy and look up on one thread.
 class KXUTILS_API kxAnyConverter {
 public:
-    /// Registers the converter behind all others.
-    explicit kxAnyConverter(const std::string& name);
+    /// Keeps a copy of `name` and registers the converter after all others.
+    kxAnyConverter(const std::string& name);
     /// Removes the converter from the registry.
     virtual ~kxAnyConverter();
 
@@ -55,9 +55,11 @@ public:
     /// Asks the converters for the value of `text`. If none accepts, the result is false, silently.
     static bool fromString(const std::string& typeName, const std::string& text, boost::any& value);
 
-private:
+protected:
+    /// The constructor's name, for the derived class; the registry never reads it.
     std::string _name;
 
+private:
     // Exists as soon as the library is loaded, that is before the application's static converters.
     static std::list<kxAnyConverter*> _converters;
 };

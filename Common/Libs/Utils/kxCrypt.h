@@ -25,8 +25,9 @@
 class KXUTILS_API kxCrypt {
 public:
     /// Keeps a copy of `key` (for reset()). Bytes beyond the 256th have no effect. An empty key is
-    /// the caller's mistake; it codes as a key of one zero byte does.
-    explicit kxCrypt(const std::vector<unsigned char>& key);
+    /// the caller's mistake; it codes as a key of one zero byte does. Not explicit, deliberately: a
+    /// key stands for its cipher.
+    kxCrypt(const std::vector<unsigned char>& key);
     /// The copy goes on from where the original stands.
     /// @{
     kxCrypt(const kxCrypt&) = default;

@@ -20,6 +20,7 @@
 #include "detail/file_checksum.h"
 #include "detail/file_handle.h"
 #include "detail/find_last.h"
+#include "detail/make_path.h"
 #include "detail/open_unbuffered.h"
 #include "detail/paths/expand.h"
 #include "detail/paths/relative.h"
@@ -33,6 +34,7 @@ using kx::detail::ErrnoKeeper;
 using kx::detail::FileHandle;
 using kx::detail::findLast;
 using kx::detail::isSlash;
+using kx::detail::makeIfMissing;
 using kx::detail::openUnbuffered;
 using kx::detail::sizeOf;
 
@@ -252,12 +254,6 @@ bool canCreate(const std::string& path) {
 
 bool makeDir(const std::string& path) { return mkdir(path.c_str(), allPermissions) == 0; }
 
-bool makeIfMissing(const std::string& path) {
-    if (kxFile::exists(path) || makeDir(path)) return true;
-    const ErrnoKeeper keeper;
-    return kxFile::exists(path);  // somebody else may have made it meanwhile
-}
-
 template <typename Container>
 bool readWhole(const std::string& path, Container& content) {
     content.clear();
@@ -316,25 +312,7 @@ bool kxFile::checkWrite(const std::string& path, bool ask, bool log) {
 bool kxFile::createDir(const std::string& path) { return !path.empty() && makeDir(path); }
 
 bool kxFile::createPath(const std::string& path) {
-    if (path.empty()) return false;
-    const std::string unixPath = convertToUnixSeparators(path);
-
-    // One or two slashes in front belong to the first component ("//server").
-    std::size_t end = unixPath.find_first_not_of('/');
-    if (end == std::string::npos) return true;
-    std::string prefix(std::min<std::size_t>(end, 2), '/');
-
-    int firstError = 0;
-    for (std::size_t begin = end; begin != std::string::npos;
-         begin = unixPath.find_first_not_of('/', end)) {
-        const bool isFirst = begin == unixPath.find_first_not_of('/');
-        end = std::min(unixPath.find('/', begin), unixPath.size());
-        if (!isFirst) prefix += '/';
-        prefix.append(unixPath, begin, end - begin);
-        if (!makeIfMissing(prefix) && !isFirst && firstError == 0) firstError = errno;
-    }
-    if (firstError != 0) errno = firstError;
-    return firstError == 0;
+    return !path.empty() && kx::detail::makePath(convertToUnixSeparators(path));
 }
 
 bool kxFile::remove(const std::string& path) {

@@ -27,10 +27,12 @@ kxMessage::kxMessage(unsigned int id, const std::string& name0, const boost::any
     set(name2, value2, /*overwrite=*/true);
 }
 
-kxMessage::kxMessage(const kxMessage& other) : _attributes(other._attributes) {}
+// By range: a map that is copied as a whole clones the values in the order of its tree's nodes.
+kxMessage::kxMessage(const kxMessage& other)
+    : _attributes(other._attributes.begin(), other._attributes.end()) {}
 
-// Assigning a record to itself finds every name present and changes nothing.
 kxMessage& kxMessage::operator=(const kxMessage& other) {
+    if (this == &other) return *this;  // a map must not insert a range of its own
     _attributes.insert(other._attributes.begin(), other._attributes.end());
     return *this;
 }

@@ -31,8 +31,9 @@ class KXUTILS_API kxMessage {
 public:
     /// No attributes, id 0.
     kxMessage() = default;
-    /// No attributes.
-    explicit kxMessage(unsigned int id);
+    /// No attributes. Not explicit, deliberately: `kxMessage message = 7u;` is a record of id 7.
+    /// (So a number can be assigned to a record, too, which changes nothing: see the assignment.)
+    kxMessage(unsigned int id);
     /// Attributes set in the order of the arguments, each replacing an earlier one of its name.
     /// @{
     kxMessage(unsigned int id, const std::string& name0, const boost::any& value0);
@@ -43,11 +44,13 @@ public:
               const boost::any& value2);
     /// @}
 
-    /// Copies the attributes and, deliberately, NOT the id: the copy's id is 0.
+    /// Copies the attributes, in the order of their names, and, deliberately, NOT the id: the
+    /// copy's id is 0.
     kxMessage(const kxMessage& other);
 
     /// Merges, deliberately, instead of replacing: attributes of `other` whose names are missing
-    /// here are added; attributes that exist here keep their values; the id stays as it is.
+    /// here are added, in their order; attributes that exist here keep their values; the id stays
+    /// as it is. Assigning a record to itself changes nothing.
     kxMessage& operator=(const kxMessage& other);
 
     ~kxMessage() = default;  ///< destroys the stored values
@@ -87,17 +90,23 @@ private:
     unsigned int _id = 0;
 };
 
-/// Reads attribute `name` into `result` if it holds exactly a T (no conversions: an attribute set
-/// to an unsigned is no int).
+/// Reads attribute `name` into `result` if it holds a value of a type of T's name (no conversions:
+/// an attribute set to an unsigned is no int).
 ///
-///     holds a T                      -> true, result = the value
-///     absent, or holds nothing       -> false, result kept, silent
-///     holds a value of another type  -> false, result kept, one line on standard error
+///     holds a T                              -> true, result = the value
+///     absent, or holds nothing               -> false, result kept, silent
+///     holds a value of a type of other name  -> false, result kept, one line on standard error
 ///
 /// That line does not go through the log.
 ///
-/// Types are compared by name, so a value made in a plug-in that carries its own copy of the type
-/// information is accepted.
+/// Types are compared by name alone (std::type_info::name()), so that a value made in a plug-in
+/// that carries its own copy of the type information is accepted.
+///
+/// \warning Two different types of one name cannot be told apart: the value of one is then read as
+/// if it were the other, which is undefined behaviour. Such are two local classes of one name in
+/// unnamed namespaces of a host and a plug-in, or two versions of a class whose layout has changed
+/// in between. Give types that travel in records a name of their own, in a namespace of yours and
+/// defined once, in a header that both sides share; change the name when the layout changes.
 template <typename T>
 bool getFromMessage(const kxMessage& message, const std::string& name, T& result) {
     const boost::any& value = message.get(name);

@@ -3,19 +3,17 @@
 
 #include "kxPlatform.h"
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <climits>
 #include <clocale>
 #include <cstdio>
-#include <cstdlib>
 #include <iostream>
 #include <string_view>
 #include <utility>
 
+#include "detail/canonical_path.h"
+#include "detail/entered_directory.h"
 #include "detail/executable_path.h"
+#include "detail/make_path.h"
 #include "kxFile.h"
 #include "kxLog.h"
 
@@ -44,28 +42,18 @@ constexpr std::string_view hesper = "hesper", analysisName = "TALOAnalysis";
 constexpr const char* twoLevelsUp = "/../..";
 constexpr std::size_t maxPath = 2047;  // of a working directory that is read back
 
-// "" where `path` does not exist.
-std::string canonicalPath(const std::string& path) {
-    char resolved[PATH_MAX];  // from the heap, a shortage of memory would look like a missing path
-    return realpath(path.c_str(), resolved) ? resolved : "";
-}
-
 // What the working directory would be after entering `directory`: where that is empty or cannot be
-// entered, the present one. Found out without going there, since the working directory belongs to
-// the whole process.
+// entered, the present one.
 std::string directoryEntered(const std::string& directory) {
-    const std::string canonical = canonicalPath(directory);
-    const bool canEnter = !canonical.empty() &&
-                          faccessat(AT_FDCWD, (canonical + "/.").c_str(), X_OK, AT_EACCESS) == 0;
-    if (!canEnter) return kxFile::convertSeparators(kxFile::getCurrentDir());
-    return canonical.size() > maxPath ? "" : kxFile::convertSeparators(canonical);
+    const auto entered = kx::detail::directoryAfterEntering(directory, maxPath);
+    return kxFile::convertSeparators(entered ? *entered : kxFile::getCurrentDir());
 }
 
 // The installation root of the running executable, as the system knows it.
 std::string baseDirOfRunningExecutable() {
     const std::string path = kx::detail::executablePath();
     if (path.empty()) return directoryEntered(std::string(".") + twoLevelsUp);
-    const std::string canonical = canonicalPath(path);
+    const std::string canonical = kx::detail::canonicalPath(path);
     return directoryEntered(kxFile::getFilePath(canonical.empty() ? path : canonical) +
                             twoLevelsUp);
 }
@@ -96,7 +84,9 @@ void kxPlatform::init(const char* executable) {
         if (_preferences_dir.back() != '/') _preferences_dir += '/';
         _preferences_dir += "Library/Application Support/Pelloran/" + _app_name + '/';
     }
-    if (!kxFile::exists(_preferences_dir)) kxFile::createPath(_preferences_dir);
+    // As it is announced: createPath takes a backslash, which a home or a name may hold, for a
+    // slash.
+    if (!kxFile::exists(_preferences_dir)) kx::detail::makePath(_preferences_dir);
 }
 
 void kxPlatform::init(const char* root, const char* appName) {

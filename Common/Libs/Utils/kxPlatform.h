@@ -35,8 +35,21 @@ public:
     /// Sets all locale categories to "C". The application's name is the file name up to its first
     /// dot; the executable's directory is the canonical directory part; the base directory is two
     /// levels above. If `<base>/bin/MAC/<name>` does not exist, the base directory is taken from
-    /// the executable that the system says is running, silently. Directories that cannot be entered
-    /// leave the working directory in the answers. The working directory itself stays as it is.
+    /// the executable that the system says is running, silently. The working directory itself stays
+    /// as it is, and nobody sees it change meanwhile.
+    ///
+    /// The directories are what the working directory would be after entering them:
+    ///
+    ///     cannot be entered (missing, may not be searched)   the working directory
+    ///     the path has no directory part ("/talo")           the working directory
+    ///     longer than 2047 characters                        "", as before init
+    ///     deleted, or out of reach from the root directory   "", as before init
+    ///
+    /// \warning A name without a slash, as shells pass it for a program that they found on PATH,
+    /// counts from the working directory, wherever the program really is: started as `talo`, it
+    /// takes the working directory for its own, and the directory two levels above for its
+    /// installation if that holds a `bin/MAC/talo`. Whoever can write there then decides which data
+    /// and plug-ins are loaded. Pass an absolute path where the working directory is not trusted.
     ///
     /// The preferences directory is below the home directory as "$HOME" names it, and is created if
     /// it is missing; a failure to create it is not reported. Where HOME is *empty*, it is
@@ -57,8 +70,8 @@ public:
     /// The platform's word in directory names: "MAC".
     static const char* getPlatform();
 
-    /// The executable's directory and the base directory; empty before init, which is then logged
-    /// as an error.
+    /// The executable's directory and the base directory; empty before init, and where init found
+    /// no path, which each call then logs as an error.
     /// @{
     static const char* getExeDir();
     static const char* getBaseDir();
@@ -75,8 +88,9 @@ public:
     static const char* getExamplesDir();
     /// @}
 
-    /// See the layout above. getBinDir of an application named "hesper" is `<base>/bin` where the
-    /// directory above it is missing.
+    /// See the layout above; whether the directory exists is not asked. One exception: for an
+    /// application named "hesper", getBinDir is `<base>/bin` where `<base>/bin/MAC` does not exist.
+    /// getQtPluginsDir is `/Qt/plugins` in what getBinDir answers.
     /// @{
     static const char* getBinDir();
     static const char* getLibDir();
@@ -137,6 +151,9 @@ public:
     /// Chooses the greatest of the steps 96, 120, 144, 192 and 240 dpi that is not above `dpiX` (96
     /// below 96, and, deliberately, from 10240 on) for both axes, scales the icon sizes to it and
     /// prints the step on standard output. `dpiY` is ignored, deliberately.
+    ///
+    /// Of `dpiX` only the lower 32 bits count, as a signed number: 2^32 + 144 is 144 dpi, and 2^31
+    /// to 2^32 - 1 are below 0 and so 96 dpi.
     static void setDpi(std::uint64_t dpiX, std::uint64_t dpiY = 0);
     /// The step that setDpi has chosen, 96 before.
     /// @{

@@ -64,9 +64,10 @@ public:
     static std::string getLastError();
 
     /// Opens a web page in the platform's browser: runs "open -a Safari " followed by `url` or,
-    /// where there is no such command, the desktop's own opener (xdg-open). The command is waited
-    /// for and its status ignored. `url` is handed to the shell as it is, deliberately without
-    /// quoting: pass only text that is safe in a shell command.
+    /// where PATH has no such command, or has it only as another name of xdg-open or run-mailcap,
+    /// the desktop's own opener (xdg-open). The command is waited for and its status ignored, so
+    /// that it does not matter whether the process ignores SIGCHLD. `url` is handed to the shell as
+    /// it is, deliberately without quoting: pass only text that is safe in a shell command.
     static void openBrowser(const std::string& url);
 
     /// Not implemented on this platform: always false.

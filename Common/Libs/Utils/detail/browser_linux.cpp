@@ -1,19 +1,54 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdlib>
+#include <optional>
+#include <string_view>
 
 #include "detail/browser.h"
+#include "detail/same_file.h"
 
 namespace kx::detail {
 
+namespace {
+
+// What the shell takes for the command: the first regular file of that name on PATH that may be
+// executed. Not asked of the shell itself: a process that ignores SIGCHLD never hears its answer.
+// (A shell that has just started has no alias or function of the names here, nor are they built
+// in.)
+std::optional<struct stat> findCommand(std::string_view name) {
+    const char* const variable = std::getenv("PATH");
+    const std::string_view path =  // without the variable, the one that shells start with
+        variable ? variable : "/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin";
+    for (std::size_t begin = 0, end = 0; begin <= path.size(); begin = end + 1) {
+        end = std::min(path.find(':', begin), path.size());
+        std::string file(path.substr(begin, end - begin));
+        if (!file.empty()) file += '/';  // an empty part is the working directory
+        file += name;
+        struct stat info {};
+        if (stat(file.c_str(), &info) == 0 && S_ISREG(info.st_mode) &&
+            access(file.c_str(), X_OK) == 0)
+            return info;
+    }
+    return std::nullopt;
+}
+
+bool isAlso(const struct stat& file, std::string_view name) {
+    const auto other = findCommand(name);
+    return other && isSameFile(file, *other);
+}
+
+}  // namespace
+
 // A command "open" may be just another name of the desktop's opener or of the viewer of mail
-// attachments, which do not know "-a". Asked at every call: the session may gain commands.
+// attachments, which do not know "-a". Looked for at every call: the session may gain commands.
 std::string browserCommand() {
-    const bool canOpen = std::system(
-                             "o=$(command -v open) && "
-                             "! [ \"$o\" -ef \"$(command -v xdg-open)\" ] && "
-                             "! [ \"$o\" -ef \"$(command -v run-mailcap)\" ]") == 0;
+    const auto open = findCommand("open");
+    const bool canOpen = open && !isAlso(*open, "xdg-open") && !isAlso(*open, "run-mailcap");
     return canOpen ? "open -a Safari " : "xdg-open ";
 }
 

@@ -77,6 +77,7 @@ cached_ofstream::~cached_ofstream() = default;
 std::int64_t cached_ofstream::size() const { return _buffer->size(); }
 
 void cached_ofstream::close() {
-    if (!_buffer->is_valid()) setstate(std::ios_base::badbit);
-    _buffer->close();
+    const bool hasFailed = !_buffer->is_valid();
+    _buffer->close();  // first: setstate throws where the caller has switched exceptions on
+    if (hasFailed) setstate(std::ios_base::badbit);
 }

@@ -97,8 +97,8 @@ public:
     /// The bytes counted so far: those flushed or, unbuffered, all. 0 for a file.
     std::int64_t size() const;
 
-    /// Sets badbit if no file is open or an earlier write has failed (never when counting), then
-    /// flushes and closes the file.
+    /// Flushes and closes the file; sets badbit if none was open or an earlier write has failed
+    /// (never when counting). The file is closed too where badbit throws (exceptions()).
     void close();
 
 private:

@@ -2,13 +2,17 @@
 // SPDX-License-Identifier: MIT
 
 // The units for macOS, compiled and run on any system with a stand-in for what they call there.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <mach-o/dyld.h>
+#include <sys/resource.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 
 #include "detail/browser.h"
+#include "detail/command_output.h"
 #include "detail/executable_path.h"
 #include "detail/find_last.h"
 
@@ -39,6 +43,25 @@ TEST(DarwinExecutablePath, HasUpTo1023Characters) {
 }
 
 TEST(DarwinBrowser, IsSafari) { EXPECT_EQ(kx::detail::browserCommand(), "open -a Safari "); }
+
+TEST(DarwinCommandOutput, IsReadThroughAPipeThatNobodyInherits) {
+    std::FILE* const output = kx::detail::openCommandOutput("echo word; exit 3");
+    ASSERT_NE(output, nullptr);
+    EXPECT_NE(fcntl(fileno(output), F_GETFD) & FD_CLOEXEC, 0);
+    char line[8] = {};
+    EXPECT_STREQ(std::fgets(line, sizeof line, output), "word\n");
+    EXPECT_EQ(pclose(output), 3 << 8);
+}
+
+TEST(DarwinCommandOutput, IsNullWhereNothingCanBeStarted) {
+    rlimit old{};
+    getrlimit(RLIMIT_NOFILE, &old);
+    const rlimit none{0, old.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    std::FILE* const output = kx::detail::openCommandOutput("exit 0");
+    setrlimit(RLIMIT_NOFILE, &old);
+    EXPECT_EQ(output, nullptr);
+}
 
 TEST(DarwinFindLast, FindsTheLastOne) {
     EXPECT_EQ(kx::detail::findLast("", '/'), std::string_view::npos);

@@ -22,7 +22,7 @@ cached_streambuf::~cached_streambuf() {
 }
 
 void cached_streambuf::open(const char* name) {
-    if (name) _file = kx::detail::openUnbuffered(name, "wb");
+    if (name) _file = kx::detail::openUnbuffered(name, "wbe");
 }
 
 void cached_streambuf::close() {

@@ -18,6 +18,7 @@
 #include <utility>
 
 #include "detail/ascii.h"
+#include "detail/command_output.h"
 #include "detail/expand_filename.h"
 #include "detail/file_checksum.h"
 #include "detail/file_handle.h"
@@ -243,7 +244,7 @@ bool isMissing() {
 
 // For a path where nothing is: what is there would be emptied and deleted.
 bool canCreate(const std::string& path) {
-    FileHandle file(path, "wb");
+    FileHandle file(path, "wbe");
     if (!file) return false;
     file.close();
     unlink(path.c_str());
@@ -262,7 +263,7 @@ template <typename Container>
 bool readWhole(const std::string& path, Container& content) {
     content.clear();
     if (path.empty()) return false;
-    const FileHandle file(path, "rb");
+    const FileHandle file(path, "rbe");
     if (!file) return false;
     const off_t size = sizeOf(file.get());
     if (size <= 0) return false;
@@ -297,7 +298,7 @@ bool kxFile::checkRead(const std::string& path, bool ask, bool log) {
         report("File '" + path + "' doesn't exist!", ask, log, "checkRead::");
         return false;
     }
-    if (!FileHandle(path, "rb")) {
+    if (!FileHandle(path, "rbe")) {
         report(wrongPermissions(path, "readable"), ask, log, "checkRead::");
         return false;
     }
@@ -356,7 +357,7 @@ void kxFile::perror(const std::string& text) {
 
 bool kxFile::read(const std::string& path, char* buffer) {
     if (path.empty() || !buffer) return false;
-    const FileHandle file(path, "rb");
+    const FileHandle file(path, "rbe");
     if (!file) return false;
     const off_t size = sizeOf(file.get());
     return size > 0 && std::fread(buffer, 1, static_cast<std::size_t>(size), file.get()) > 0;
@@ -371,17 +372,17 @@ bool kxFile::read(const std::string& path, std::vector<char>& content) {
 }
 
 bool kxFile::write(const std::string& path, const std::string& content) {
-    return writeWhole(path, content, "wb");
+    return writeWhole(path, content, "wbe");
 }
 
 bool kxFile::append(const std::string& path, const std::string& content) {
-    return writeWhole(path, content, "ab");
+    return writeWhole(path, content, "abe");
 }
 
 bool kxFile::copy(const std::string& source, const std::string& destination) {
-    const FileHandle in(source, "rb");
+    const FileHandle in(source, "rbe");
     if (!in) return false;
-    const FileHandle out(destination, "wb");
+    const FileHandle out(destination, "wbe");
     if (!out) return false;
     char chunk[1024];
     std::size_t n = sizeof chunk;
@@ -394,7 +395,7 @@ bool kxFile::copy(const std::string& source, const std::string& destination) {
 
 std::uint64_t kxFile::getFileSize(const std::string& path) {
     if (path.empty()) return 0;
-    const FileHandle file(path, "rb");
+    const FileHandle file(path, "rbe");
     if (!file) return 0;
     return static_cast<std::uint64_t>(std::max<off_t>(sizeOf(file.get()), 0));
 }
@@ -515,7 +516,7 @@ constexpr std::size_t blockSize = 8192;
 
 std::uint32_t kxFile::getChecksum(const std::string& path, int skip) {
     if (path.empty()) return 0;
-    const FileHandle file(openUnbuffered(path.c_str(), "rb"));
+    const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
     if (!file) return 0;
     if (skip > 0 && fseeko(file.get(), skip, SEEK_SET) != 0)  // a pipe: they are read away
         kx::detail::crc32Of(file.get(), static_cast<std::uint64_t>(skip), blockSize);
@@ -566,7 +567,7 @@ std::string kxFile::getFileID(const std::string& path) {
     if (path.empty()) return {};
     std::uint32_t crc = 0;
     off_t size = 0;
-    const FileHandle file(openUnbuffered(path.c_str(), "rb"));
+    const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
     if (file) {
         crc = kx::detail::crc32Of(file.get(), blockSize, blockSize);
         size = std::max<off_t>(sizeOf(file.get()), 0);
@@ -588,7 +589,7 @@ bool kxFile::executeW(const std::string& command, bool wait, void (*progress)(un
 }
 
 int kxFile::execute_no_output(const std::string& command) {
-    std::FILE* const output = popen(command.c_str(), "r");
+    std::FILE* const output = kx::detail::openCommandOutput(command.c_str());
     if (!output) return 0;
     char line[1024];
     // A signal must not end the reading: the command would end as well, unable to write on.

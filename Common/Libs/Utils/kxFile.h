@@ -359,8 +359,9 @@ public:
     static std::string getFileID(const std::string& path);
 
     // --- External commands -----------------------------------------------------------------------
-    // The system shell parses the command: nothing is quoted or escaped. No state: any thread may
-    // call these; a call that waits blocks its own thread only.
+    // The system shell parses the command: nothing is quoted or escaped. It inherits none of the
+    // files and pipes that the library has open at that moment. No state: any thread may call
+    // these; a call that waits blocks its own thread only.
 
     /// Runs a command. With `wait`, true if it ended with exit status 0 (and not by a signal);
     /// without, it runs in the background and true only says that the shell started it. False for

@@ -25,6 +25,7 @@ private:
 };
 
 /// Owns a FILE*. Closing it implicitly keeps errno; close() reports whether closing succeeded.
+/// Every mode has an "e": a program that another thread starts meanwhile must not inherit the file.
 class FileHandle {
 public:
     FileHandle(const std::string& path, const char* mode) : _file(std::fopen(path.c_str(), mode)) {}

@@ -271,6 +271,25 @@ TEST_F(FileOperations, RemoveIsFalseWhereNobodyCanTell) {
     EXPECT_EQ(error, EACCES);
 }
 
+// Deliberate: it is the link that is removed, and nobody needs to see where it leads.
+TEST_F(FileOperations, RemoveTakesALinkIntoAClosedDirectory) {
+    chmod(dir.path().c_str(), 0777);
+    const std::string answers = kxtest::asOrdinaryUser([] {
+        mkdir("closed", 0700);
+        kxtest::writeAt("closed/kept", 0, "x");
+        chmod("closed", 0);
+        std::string text;
+        for (const char* target : {"closed/kept", "closed/missing"}) {
+            if (symlink(target, "link") != 0) return std::string("no link");
+            text += kxFile::remove("link") ? "true, " : "false, ";
+        }
+        chmod("closed", 0700);
+        for (const std::string& name : kxtest::list(".")) text += name + " ";
+        return text + kxtest::slurp("closed/kept");
+    });
+    EXPECT_EQ(answers, "true, true, closed dangling dir empty file full x");
+}
+
 TEST_F(FileOperations, RenameStaysInTheDirectory) {
     EXPECT_TRUE(kxFile::rename(dir.path(), "file", "new"));
     EXPECT_EQ(kxtest::slurp("new"), "123456789");

@@ -242,6 +242,8 @@ bool isMissing() {
     return errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
 }
 
+bool isGone(const std::string& path) { return !kxFile::exists(path) && isMissing(); }
+
 // For a path where nothing is: what is there would be emptied and deleted.
 bool canCreate(const std::string& path) {
     FileHandle file(path, "wbe");
@@ -340,7 +342,7 @@ bool kxFile::createPath(const std::string& path) {
 
 bool kxFile::remove(const std::string& path) {
     if (path.empty()) return false;
-    return (!exists(path) && isMissing()) || std::remove(path.c_str()) == 0;
+    return isGone(path) || std::remove(path.c_str()) == 0;
 }
 
 bool kxFile::rename(const std::string& directory, const std::string& oldName,
@@ -492,15 +494,17 @@ void kxFile::addTmpFile(const std::string& path) {
 }
 
 bool kxFile::removeTmpFile(const std::string& name) {
-    const std::string file = getFileName(name);
-    if (file.empty()) return false;
+    if (name.empty()) return false;
+    const std::string directory = getTmpDir(), file = getFileName(name);
+    const std::string path = directory + '/' + file;
+    if (file.empty()) return isGone(path);  // the directory itself, which is never removed
     // Without a directory nothing of that name is in it; "/" + file would be somebody else's.
-    const std::string directory = getTmpDir();
-    return directory.empty() || remove(directory + '/' + file);
+    return directory.empty() || remove(path);
 }
 
 void kxFile::removeTmpFiles() {
-    for (const std::string& path : _tmp_files) remove(path);
+    for (const std::string& path : _tmp_files)
+        if (exists(path)) std::remove(path.c_str());
     _tmp_files.clear();
 }
 

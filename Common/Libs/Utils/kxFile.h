@@ -180,6 +180,8 @@ public:
     static bool createPath(const std::string& path);
 
     /// Removes a file or an empty directory. True also if nothing exists at the path; false for "".
+    /// Where the system does not let look whether something exists, as below a closed directory,
+    /// removing is tried: a file there stays (false), a link that leads there goes (true).
     static bool remove(const std::string& path);
 
     /// Renames `directory`/`oldName` to `directory`/`newName`, replacing a file of that name. False
@@ -253,11 +255,15 @@ public:
     static void addTmpFile(const std::string& path);
 
     /// Removes the file of that name (only the last component of `name` counts) from the temporary
-    /// directory. True if it is gone or was not there, also where there is no temporary directory;
-    /// false for "" and a name that ends in a slash. Registered paths are untouched.
+    /// directory, by the rules of remove(). True if it is gone or was not there, also where there
+    /// is no temporary directory; false for "". A name that ends in a slash stands for the
+    /// directory itself, which is never removed: false while it exists. Registered paths are
+    /// untouched.
     static bool removeTmpFile(const std::string& name);
 
-    /// Removes all registered files and forgets them. The library never calls this itself: a host
+    /// Removes all registered files that exists() finds, in the order of their registration, and
+    /// forgets every path, also of those that could not be removed. A link that leads nowhere, or
+    /// to where the system does not let look, stays. The library never calls this itself: a host
     /// does when it shuts down.
     static void removeTmpFiles();
 

@@ -33,6 +33,7 @@
 using kx::detail::ErrnoKeeper;
 using kx::detail::FileHandle;
 using kx::detail::findLast;
+using kx::detail::isDirectory;
 using kx::detail::isSlash;
 using kx::detail::openUnbuffered;
 using kx::detail::sizeOf;
@@ -282,6 +283,20 @@ bool readWhole(const std::string& path, Container& content) {
     return true;
 }
 
+// Adds to `size` what could be read until it is `capacity`, or the file ends. False on an error.
+bool readUpTo(std::FILE* file, char* buffer, std::size_t capacity, std::size_t& size) {
+    constexpr std::size_t most = 1U << 30;  // that every system takes in one call
+    while (size < capacity) {
+        const ssize_t n = read(fileno(file), buffer + size, std::min(capacity - size, most));
+        if (n == 0) break;
+        if (n > 0)
+            size += static_cast<std::size_t>(n);
+        else if (errno != EINTR)
+            return false;
+    }
+    return true;
+}
+
 bool writeWhole(const std::string& path, const std::string& content, const char* mode) {
     if (path.empty()) return false;
     FileHandle file(path, mode);
@@ -363,6 +378,25 @@ bool kxFile::read(const std::string& path, char* buffer) {
     if (!file) return false;
     const off_t size = sizeOf(file.get());
     return size > 0 && std::fread(buffer, 1, static_cast<std::size_t>(size), file.get()) > 0;
+}
+
+bool kxFile::read(const std::string& path, char* buffer, std::size_t capacity, std::size_t& size,
+                  bool* more) {
+    size = 0;
+    if (more) *more = false;
+    if (!buffer && capacity > 0) {
+        errno = EINVAL;
+        return false;
+    }
+    const FileHandle file(path, "rbe");
+    if (!file || isDirectory(file.get())) return false;
+    if (!readUpTo(file.get(), buffer, capacity, size)) return false;
+    if (!more || size < capacity) return true;
+    char next = 0;
+    std::size_t count = 0;
+    if (!readUpTo(file.get(), &next, 1, count)) return false;
+    *more = count == 1;
+    return true;
 }
 
 bool kxFile::read(const std::string& path, std::string& content) {

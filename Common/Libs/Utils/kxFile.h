@@ -4,6 +4,7 @@
 // Path names, file operations, temporary files, file checksums and external commands.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <ios>
@@ -195,7 +196,26 @@ public:
     /// Reads the whole file into `buffer`, the caller's, of at least getFileSize(path) bytes. True
     /// if at least one byte was read: false for an empty file, a directory, "" or a null buffer.
     /// A short read is not detected.
+    ///
+    /// WARNING: writes beyond the buffer where the file has grown since its size was asked for. Use
+    /// the next function, which knows the buffer's size, or read into a string.
     static bool read(const std::string& path, char* buffer);
+
+    /// Reads at most `capacity` bytes from the start of the file into `buffer`, the caller's;
+    /// `size` becomes their number, and the rest of the buffer stays as it was. True if the file
+    /// was read up to there or to its end, also if it is empty; `more`, if given, tells whether the
+    /// file goes on (which takes the read of one byte more).
+    ///
+    /// Otherwise false: `more` is false, `size` the number of bytes read before the failure (0 for
+    /// "", a file that cannot be opened, a directory, or a null buffer with a capacity above 0) and
+    /// errno the cause. A read that is interrupted or comes back short is continued.
+    ///
+    ///     std::size_t size = 0;
+    ///     bool more = false;
+    ///     char head[512];
+    ///     if (!kxFile::read("scene.osb", head, sizeof head, size, &more)) return false;
+    static bool read(const std::string& path, char* buffer, std::size_t capacity, std::size_t& size,
+                     bool* more = nullptr);
 
     /// Replaces `content` by the file's bytes. True if at least one byte was read; otherwise
     /// `content` is empty. False, not an exception, if the file does not fit into memory. A file

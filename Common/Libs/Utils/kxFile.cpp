@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -245,13 +246,50 @@ bool isMissing() {
 
 bool isGone(const std::string& path) { return !kxFile::exists(path) && isMissing(); }
 
-// For a path where nothing is: what is there would be emptied and deleted.
-bool canCreate(const std::string& path) {
-    FileHandle file(path, "wbe");
-    if (!file) return false;
-    file.close();
-    unlink(path.c_str());
-    return true;
+// If a link is at `place`, makes it where that leads; else leaves it as it is.
+void followLink(std::string& place) {
+    char target[PATH_MAX];
+    const ssize_t size = readlink(place.c_str(), target, sizeof target);
+    if (size <= 0) return;
+    const bool isAbsolute = target[0] == '/';
+    place.erase(isAbsolute ? 0 : findLast(place, '/') + 1);  // 0 without a slash
+    place.append(target, static_cast<std::size_t>(size));
+}
+
+// Deletes a file that was created here, unless others have written or replaced it meanwhile.
+void withdraw(int file, const std::string& place) {
+    struct stat ours {
+    }, there{};
+    const bool isTaken =
+        fstat(file, &ours) == 0 &&
+        (ours.st_size != 0 || (lstat(place.c_str(), &there) == 0 && there.st_ino != ours.st_ino));
+    if (!isTaken) unlink(place.c_str());
+    close(file);
+}
+
+// How often a file is looked at again that others create and delete meanwhile; more than a system
+// follows links.
+constexpr int patience = 100;
+
+// What is at a path, or could be.
+enum class Finding { isThere, canBeCreated, cannotBeCreated };
+
+// Creates the file to find out, and deletes it again. Others may create it at the same time:
+// exclusively, or theirs would be emptied and deleted.
+Finding tryToCreate(const std::string& path) {
+    std::string place = path;
+    for (int step = 0; step < patience; ++step) {
+        const int file = open(place.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file >= 0) {
+            withdraw(file, place);
+            return Finding::canBeCreated;
+        }
+        if (errno != EEXIST) break;
+        if (kxFile::exists(path)) return Finding::isThere;
+        if (errno != ENOENT) break;
+        followLink(place);  // one that leads nowhere: the file is created where it leads
+    }
+    return Finding::cannotBeCreated;
 }
 
 bool makeDir(const std::string& path) { return mkdir(path.c_str(), allPermissions) == 0; }
@@ -324,9 +362,16 @@ bool kxFile::checkRead(const std::string& path, bool ask, bool log) {
 
 bool kxFile::checkWrite(const std::string& path, bool ask, bool log) {
     if (path.empty()) return false;
-    const bool isThere = exists(path), isFree = !isThere && isMissing();
-    if (isThere && ask && !mayOverwrite(path)) return false;
-    if (isFree ? canCreate(path) : faccessat(AT_FDCWD, path.c_str(), W_OK, 0) == 0) return true;
+    // Where nobody is asked, a file that is gone by the time of the access test (another probe's,
+    // for one) is looked for again, but not for ever.
+    for (int attempts = ask ? 1 : patience; attempts > 0; --attempts) {
+        const Finding found = exists(path) ? Finding::isThere : tryToCreate(path);
+        if (found == Finding::canBeCreated) return true;
+        if (found == Finding::cannotBeCreated) break;
+        if (ask && !mayOverwrite(path)) return false;
+        if (faccessat(AT_FDCWD, path.c_str(), W_OK, 0) == 0) return true;
+        if (errno != ENOENT) break;
+    }
     report(wrongPermissions(path, "writable"), ask, log, "checkWrite:");
     return false;
 }

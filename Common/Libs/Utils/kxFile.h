@@ -163,12 +163,17 @@ public:
     /// `ask` shows the reason to the user through the host and `log` logs it as an error.
     static bool checkRead(const std::string& path, bool ask, bool log);
 
-    /// True if the file may be written. A file that does not exist is created and deleted again to
-    /// find out (deliberate: a symbolic link that leads nowhere is deleted, and the file it led to
-    /// stays, empty); one that the system cannot look at counts as existing, without a question,
-    /// and keeps its content. For one that exists `ask` first lets the user refuse through the host
-    /// (a host that cannot ask lets it pass); then its access rights are tested. Where writing is
-    /// impossible, `ask` shows the reason and `log` logs it as an error; a refusal is not logged.
+    /// True if the file may be written. Where exists() finds nothing, the file is created and
+    /// deleted again to find out; for a symbolic link that leads nowhere, where it leads: the link
+    /// stays. That also decides where the system does not let look (below a closed directory). For
+    /// a file that exists `ask` first lets the user refuse through the host (a host that cannot ask
+    /// lets it pass); then its access rights are tested, for the real user as access(2) does. Where
+    /// writing is impossible, `ask` shows the reason and `log` logs it as an error; a refusal is
+    /// not logged.
+    ///
+    /// The file is created exclusively: one that others create meanwhile is never emptied or
+    /// deleted, and goes on as one that exists, question included. Who opens the empty file while
+    /// it is there, though, and has written nothing yet when it is deleted, writes into nowhere.
     static bool checkWrite(const std::string& path, bool ask, bool log);
 
     /// Creates one directory (mode 0777 less the umask), no parents. False if it exists already.

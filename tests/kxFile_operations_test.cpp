@@ -393,6 +393,41 @@ TEST_F(FileOperations, AShortReadIsNotDetected) {
     EXPECT_EQ(content.back(), '\0');
 }
 
+// What has no size is not read whole, so that this ends where the device does not.
+TEST_F(FileOperations, DevicesAndPipesAreNotReadWhole) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    const int other = open("pipe", O_RDWR | O_CLOEXEC);  // nobody waits
+    for (const char* path : {"/dev/zero", "pipe"}) {
+        std::string text = "old";
+        std::vector<char> bytes(3, 'o');
+        char byte = '#';
+        EXPECT_FALSE(kxFile::read(path, text)) << path;
+        EXPECT_FALSE(kxFile::read(path, bytes)) << path;
+        EXPECT_FALSE(kxFile::read(path, &byte)) << path;
+        EXPECT_EQ(kxFile::getFileSize(path), 0U) << path;
+        EXPECT_TRUE(kxFile::checkRead(path, /*ask=*/false, /*log=*/false)) << path;
+        using State = kxFile::ChecksumInfo::State;
+        EXPECT_TRUE(kxFile::findChecksum(path).state == State::noFooter) << path;
+    }
+    close(other);
+}
+
+// Without another end open yet, they wait for it.
+TEST_F(FileOperations, PipesAreWaitedFor) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    std::thread writer([] { EXPECT_TRUE(kxFile::write("pipe", "through the pipe")); });
+    EXPECT_TRUE(kxFile::copy("pipe", "copy"));
+    writer.join();
+    EXPECT_EQ(kxtest::slurp("copy"), "through the pipe");
+}
+
+TEST_F(FileOperations, ASparseFileIsReadInItsFullSize) {
+    if (!kxtest::writeAt("sparse", 1 << 20, "x")) GTEST_SKIP() << "no room for sparse files";
+    std::string text;
+    EXPECT_TRUE(kxFile::read("sparse", text));
+    EXPECT_EQ(text, std::string(1 << 20, '\0') + "x");
+}
+
 // --- Reading into a buffer of known size ---------------------------------------------------------
 
 struct BoundedCase {

@@ -20,7 +20,8 @@
 /// in one line on standard error (not the log); everything after it is dropped silently. What has
 /// been flushed while is_valid() holds has been accepted by the system.
 ///
-/// There are no positions: every seek and position query answers -1.
+/// There are no positions: every seek and position query answers -1. Opening a pipe waits until
+/// somebody opens it for reading.
 ///
 /// Threads: none of its own; one thread uses an object at a time. Throws std::bad_alloc from the
 /// constructor, nothing else.

@@ -154,6 +154,13 @@ public:
     // No state and no locks: any thread may call these. What becomes of a file that several use at
     // the same time is the system's answer. Questions to the user run on the calling thread. After
     // a failure errno is that of the call that failed, so perror() can follow.
+    //
+    // A path may lead to a pipe or a device. On a pipe checkRead(), getFileSize() and all that read
+    // or write wait until somebody has its other end open, and copy() reads on until that is
+    // closed; on a device without an end, as /dev/zero, copy() never returns. A read() of the whole
+    // file is false for both, since they have no size. The same holds for the checksums below, of
+    // which getChecksum() is the one that reads to the end. Where a path comes from elsewhere, ask
+    // std::filesystem::is_regular_file() first.
 
     /// True if the path is not empty and leads to a file, a directory or anything else. The flags
     /// are accepted and ignored.
@@ -223,8 +230,9 @@ public:
                      bool* more = nullptr);
 
     /// Replaces `content` by the file's bytes. True if at least one byte was read; otherwise
-    /// `content` is empty. False, not an exception, if the file does not fit into memory. A file
-    /// that shrinks while it is read, or cannot be read on, leaves zero bytes at the end.
+    /// `content` is empty. False, not an exception, if the file does not fit into memory, in which
+    /// a sparse file takes its full size, holes included. A file that shrinks while it is read, or
+    /// cannot be read on, leaves zero bytes at the end.
     /// @{
     static bool read(const std::string& path, std::string& content);
     static bool read(const std::string& path, std::vector<char>& content);
@@ -251,6 +259,13 @@ public:
     // --- Temporary files -------------------------------------------------------------------------
     // One directory per process, published in the environment variable TALO_TMP_DIR so that child
     // processes and plug-ins find the same place. Main thread only.
+    //
+    // The directory below /tmp is shared, and belongs to whoever was the first to create it. As far
+    // as its mode lets them, other users read, replace and delete what is in it, and plant links
+    // under names that can be guessed, those of getTmpName() included: writing to such a name
+    // writes where the link leads. Where that matters, make a directory of your own with
+    // mkdtemp(3), name it in TALO_TMP_DIR before the first of these calls, and remove it in the
+    // end.
 
     /// Chooses the directory, once in the life of the process (an empty name is refused with a
     /// warning and does not count). A TALO_TMP_DIR set by the user wins and is never changed;
@@ -262,8 +277,10 @@ public:
     /// then has no directory to report.
     static void initTmpDir(const std::string& name);
 
-    /// The temporary directory, after initTmpDir("talo") if none was chosen yet. "" with a log
-    /// entry if there is none. It is not checked whether the directory still exists.
+    /// The temporary directory, after initTmpDir("talo") if none was chosen yet: the value that
+    /// TALO_TMP_DIR has at the moment. It is not checked whether the directory still exists. "" if
+    /// there is none: with an information in the log if the variable is not set, and without a
+    /// report if it is set but empty (of which initTmpDir() warns).
     static std::string getTmpDir();
 
     /// The sub-directory "teamcenter" of getTmpDir(), created if it is missing. If it cannot be
@@ -271,9 +288,9 @@ public:
     static std::string getTeamcenterTmpDir();
 
     /// A name (`prefix` and a number, without the directory) that does not exist in `directory`.
-    /// The numbers never repeat within a process (after 2147483647 negative ones follow), and no
-    /// file is created: two processes can be
-    /// given the same name. "" if an argument is empty.
+    /// The numbers never repeat within a process (after 2147483647 negative ones follow). No file
+    /// is created: two processes can be given the same name, and a link that leads nowhere counts
+    /// as a free name. "" if an argument is empty.
     static std::string getTmpName(const std::string& directory, const std::string& prefix);
 
     /// Registers a path for removeTmpFiles(); an empty one is ignored.
@@ -352,7 +369,7 @@ public:
     /// nothing is thrown; and a file that cannot be read, which passes there, shows in `error`.
     ///
     /// The file is read in blocks and closed in any case; `progress`, if set, is called for each
-    /// block. A path to a pipe or a device may block or be read without end, as with fopen(3).
+    /// block.
     static ChecksumInfo findChecksum(const std::string& path, std::uint32_t offset = 0,
                                      const Progress& progress = {});
 
@@ -366,6 +383,9 @@ public:
     ///     footer matches                         true    "Found correct file checksum %s."
     ///     footer does not match                  false   "Found incorrect file checksum %s != %s!"
     ///                                                    (computed, stored)
+    ///
+    /// Deliberate: also a file that cannot be opened or read passes. findChecksum() tells it from
+    /// one that is intact, by its `error`.
     ///
     /// The eight characters are compared as text: lower-case digits never match (deliberate). After
     /// a meta footer "Found meta footer." comes first, and a footer that is not where it says

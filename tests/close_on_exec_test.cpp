@@ -45,7 +45,7 @@ protected:
 
 // The list is worth something: a descriptor that is left to commands is in it.
 TEST_F(CloseOnExec, IsWhatTheListTells) {
-    const int inherited = open("/dev/null", O_RDONLY);  // NOLINT(android-cloexec-open)
+    const int inherited = open("/dev/null", O_RDONLY);  // without O_CLOEXEC
     EXPECT_NE(ofACommand(), none);
     close(inherited);
     EXPECT_EQ(ofACommand(), none);

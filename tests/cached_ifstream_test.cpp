@@ -171,6 +171,21 @@ TEST(CachedIfstream, CloseSetsBadbitOnlyWithoutAnOpenFile) {
     EXPECT_EQ(in.rdstate(), ios_base::badbit);
 }
 
+// Badbit comes only where no file is open that an exception could leave so.
+TEST(CachedIfstream, CloseThrowsOnlyWithoutAnOpenFile) {
+    const kxtest::TempDir dir;
+    const std::string file = dir.write("f", "abc");
+    const int before = kxtest::nextDescriptor();
+    cached_ifstream in(file.c_str(), 4);
+    std::string word;
+    in >> word >> word;  // to the end, and beyond
+    EXPECT_TRUE(in.fail());
+    in.exceptions(ios_base::badbit);
+    EXPECT_NO_THROW(in.close());
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
+    EXPECT_THROW(in.close(), ios_base::failure);
+}
+
 TEST(CachedIfstream, DestructorClosesTheFileAlsoThroughTheVirtualBase) {
     const kxtest::TempDir dir;
     const std::string file = dir.write("f", "abc");

@@ -355,6 +355,34 @@ TEST(CachedOfstreamFull, CloseReportsOnlyFailuresBeforeItsOwnFlush) {
     }
 }
 
+// An exception out of close() must not keep the file open until the stream is destroyed.
+TEST(CachedOfstreamFull, CloseClosesTheFileBeforeBadbitThrows) {
+    const kxtest::TempDir dir;
+    kxtest::Captured err(stderr);
+    const int before = kxtest::nextDescriptor();
+    cached_ofstream out(dir.file("f").c_str(), 100);
+    out.exceptions(ios_base::badbit);
+    {
+        const kxtest::ScopedFileLimit limit(2);
+        out << "abc";
+        out.flush();
+    }
+    EXPECT_THROW(out.close(), ios_base::failure);
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
+    EXPECT_EQ(out.rdstate(), ios_base::badbit);
+    EXPECT_THROW(out.close(), ios_base::failure);  // nothing is open any more
+    EXPECT_EQ(kxtest::slurp(dir.file("f")), "ab");
+}
+
+TEST(CachedOfstreamFull, CloseThatSucceedsThrowsNothing) {
+    const kxtest::TempDir dir;
+    cached_ofstream out(dir.file("f").c_str(), 100);
+    out.exceptions(ios_base::badbit | ios_base::failbit | ios_base::eofbit);
+    out << "abc";
+    EXPECT_NO_THROW(out.close());
+    EXPECT_EQ(kxtest::slurp(dir.file("f")), "abc");
+}
+
 TEST(CachedStreambufFull, NothingReachesTheFileAfterAFailure) {
     const kxtest::TempDir dir;
     const std::string file = dir.file("f"), other = dir.file("g");

@@ -5,11 +5,14 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <mach-o/dyld.h>
+#include <sys/resource.h>
 
+#include <cstdio>
 #include <cstring>
 #include <string>
 
 #include "detail/browser.h"
+#include "detail/command_output.h"
 #include "detail/entered_directory.h"
 #include "detail/executable_path.h"
 #include "detail/find_last.h"
@@ -74,6 +77,25 @@ TEST(DarwinExecutablePath, HasUpTo1023Characters) {
 }
 
 TEST(DarwinBrowser, IsSafari) { EXPECT_EQ(kx::detail::browserCommand(), "open -a Safari "); }
+
+TEST(DarwinCommandOutput, IsReadThroughAPipeThatNobodyInherits) {
+    std::FILE* const output = kx::detail::openCommandOutput("echo word; exit 3");
+    ASSERT_NE(output, nullptr);
+    EXPECT_NE(fcntl(fileno(output), F_GETFD) & FD_CLOEXEC, 0);
+    char line[8] = {};
+    EXPECT_STREQ(std::fgets(line, sizeof line, output), "word\n");
+    EXPECT_EQ(pclose(output), 3 << 8);
+}
+
+TEST(DarwinCommandOutput, IsNullWhereNothingCanBeStarted) {
+    rlimit old{};
+    getrlimit(RLIMIT_NOFILE, &old);
+    const rlimit none{0, old.rlim_max};
+    setrlimit(RLIMIT_NOFILE, &none);
+    std::FILE* const output = kx::detail::openCommandOutput("exit 0");
+    setrlimit(RLIMIT_NOFILE, &old);
+    EXPECT_EQ(output, nullptr);
+}
 
 TEST(DarwinFindLast, FindsTheLastOne) {
     EXPECT_EQ(kx::detail::findLast("", '/'), std::string_view::npos);

@@ -204,6 +204,32 @@ void readToBuffer(Attempt& attempt) {
     expectRead(attempt, done, content);
 }
 
+// Nothing goes unnoticed here; what was read before a failure counts.
+void readBounded(Attempt& attempt) {
+    const TempDir dir;
+    const std::string file = dir.write("a", bytes);
+    constexpr std::size_t room = 7000;
+    std::string content(room, '#');
+    std::size_t size = 77;
+    bool done = false, more = false;
+    attempt.run([&] { done = kxFile::read(file, content.data(), room, size, &more); });
+    EXPECT_FALSE(attempt.outOfMemory());
+    // An interruption, half a read and the close of a file that was only read do no harm.
+    const bool isHarmless =
+        !attempt.failed() || attempt.failedAt("close") ||
+        (attempt.failedAt("read") && (attempt.error() == 0 || attempt.error() == EINTR));
+    EXPECT_EQ(done, isHarmless);
+    EXPECT_EQ(more, done);
+    if (done) {
+        EXPECT_EQ(size, room);
+    } else {
+        expectRefusal(attempt);
+        EXPECT_TRUE(size == 0 || (size == room && attempt.failedAt("read")));
+    }
+    ASSERT_LE(size, room);
+    EXPECT_EQ(content, bytes.substr(0, size) + std::string(room - size, '#'));
+}
+
 template <typename Container>
 void readTo(Attempt& attempt) {
     const TempDir dir;
@@ -415,6 +441,7 @@ const std::vector<Operation> fileOperations = {
     {"RemoveDirectory", removeDirectory, systemCalls},
     {"Rename", renameFile, allSteps},
     {"ReadToBuffer", readToBuffer, allSteps},
+    {"ReadBounded", readBounded, allSteps},
     {"ReadToString", readTo<std::string>, allSteps},
     {"ReadToVector", readTo<std::vector<char>>, allSteps},
     {"Write", writeFile, allSteps},

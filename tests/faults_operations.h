@@ -26,6 +26,8 @@ struct Operation {
     /// What it does once in the life of a process, or leaves behind in static state: each execution
     /// gets a process of its own.
     bool inOwnProcess = false;
+    /// Another library opens files in it, so that started programs may inherit them.
+    bool opensElsewhere = false;
 };
 inline void PrintTo(const Operation& operation, std::ostream* os) { *os << operation.name; }
 

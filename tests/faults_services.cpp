@@ -574,7 +574,9 @@ const std::vector<Operation> serviceOperations = {
     {"StreamWrite", streamWrite, allSteps},
     {"StreamLeave", streamLeave, allSteps},
 
-    inOwnProcess({"AlignedMemoryNew", alignedMemoryNew, systemCalls}),
+    // oneTBB's allocator looks at the system's files.
+    {"AlignedMemoryNew", alignedMemoryNew, systemCalls, /*inOwnProcess=*/true,
+     /*opensElsewhere=*/true},
     inOwnProcess({"AlignedMemory", alignedMemory, systemCalls}),
     inOwnProcess({"LibraryLoad", libraryLoad, allSteps}),
     inOwnProcess({"LibraryMissingSymbol", libraryMissingSymbol}),

@@ -69,6 +69,9 @@ Trial tryHere(const Operation& operation, const Fault& fault) {
         trial.hasMoreVariants = attempt.hasMoreVariants();
         if (kxtest::reachesMalloc()) {  // a sanitizer makes calls of its own
             EXPECT_EQ(attempt.unknownCall(), -1) << "a system call that nothing makes fail";
+            if (!operation.opensElsewhere) {
+                EXPECT_EQ(attempt.inheritable(), "") << "started programs inherit what it opened";
+            }
         }
     }
     std::string().swap(kxLog::_last_error);

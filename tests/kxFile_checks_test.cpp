@@ -3,17 +3,24 @@
 
 // checkRead and checkWrite, observed in a child process that is not the super-user: what the host
 // is asked, what is logged, in which order, and what is answered.
+#include <fcntl.h>
+#include <grp.h>
 #include <gtest/gtest.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <cerrno>
+#include <chrono>
+#include <cstdio>
 #include <cstring>
 #include <functional>
 #include <limits>
 #include <string>
+#include <thread>
 #include <utility>
 #include <vector>
 
@@ -22,6 +29,22 @@
 #include "kxFile.h"
 #include "kxLog.h"
 #include "kxUtils.h"
+
+// These take the place of the C library's functions for calls from the library too, so that a test
+// can do what other programs might do at that moment.
+static std::function<int(const std::string&, int)> afterStat;
+static std::function<void()> beforeFstat;
+
+extern "C" int stat(const char* path, struct stat* info) noexcept {
+    const int result = fstatat(AT_FDCWD, path, info, 0);
+    return afterStat ? afterStat(path, result) : result;
+}
+#ifdef AT_EMPTY_PATH
+extern "C" int fstat(int file, struct stat* info) noexcept {
+    if (beforeFstat) std::exchange(beforeFstat, nullptr)();
+    return fstatat(file, "", info, AT_EMPTY_PATH);
+}
+#endif
 
 namespace {
 
@@ -85,6 +108,11 @@ void makeFiles() {
     make("fixed", 0444);
     mkdir("dir", 0755);
     mkdir("sealed", 0555);
+    mkdir("closed", 0755);
+    make("closed/plain", 0644);
+    chmod("closed", 0);
+    const int failed = symlink("closed/plain", "into") | symlink("closed/new", "intonew");
+    if (failed != 0) ADD_FAILURE() << "no links";
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
     std::strcpy(address.sun_path, "socket");  // exists, and cannot be opened
@@ -116,6 +144,10 @@ std::string observe(Check check, const std::string& path, bool ask, bool log, co
         if (kxtest::list(".") != before) events += ", other files";
         if (kxtest::nextDescriptor() != openBefore) events += ", open files";
         if (kxtest::slurp("plain") != "old") events += ", changed content";
+        chmod("closed", 0755);
+        if (kxtest::list("closed") != std::vector<std::string>{"plain"} ||
+            kxtest::slurp("closed/plain") != "old")
+            events += ", changed what was closed";
         return events;
     });
 }
@@ -189,6 +221,16 @@ static const CheckRow checkRows[] = {
              "File 'plain/new' is not writable (wrong permissions)!", ENOTDIR),
     writeRow("WritePercentSigns", "sealed/100%s%n", false,
              "File 'sealed/100%s%n' is not writable (wrong permissions)!", EACCES),
+    writeRow("WriteBelowAClosedDirectory", "closed/plain", false,
+             "File 'closed/plain' is not writable (wrong permissions)!", EACCES),
+    writeRow("WriteNewBelowAClosedDirectory", "closed/new", false,
+             "File 'closed/new' is not writable (wrong permissions)!", EACCES),
+    writeRow("WriteLinkIntoAClosedDirectory", "into", false,
+             "File 'into' is not writable (wrong permissions)!", EACCES),
+    writeRow("WriteLinkToNewInAClosedDirectory", "intonew", false,
+             "File 'intonew' is not writable (wrong permissions)!", EACCES),
+    writeRow("WriteNewDirectory", "new/", false, "File 'new/' is not writable (wrong permissions)!",
+             EISDIR),
     writeRow("WritePlain", "plain", true, "", 0),
     writeRow("WriteDirectory", "dir", true, "", 0),
     writeRow("WriteForbidden", "fixed", true, "File 'fixed' is not writable (wrong permissions)!",
@@ -253,12 +295,326 @@ TEST(OverwriteQuestion, ComesBeforeTheAccessTest) {
               question("plain") + warning(text) + "false, Permission denied");
 }
 
-// Deliberate: the probe goes through the link, and takes the link away again.
-TEST(CheckWrite, LeavesTheTargetOfALinkThatLedNowhere) {
+// --- Links that lead nowhere ---------------------------------------------------------------------
+
+struct LinkCase {
+    const char* name;
+    std::vector<std::pair<std::string, std::string>> links;  // each with what it holds
+    int error;  // 0: a file can be created where the first link leads
+};
+static void PrintTo(const LinkCase& c, std::ostream* os) { *os << c.name; }
+
+// The file is created where the link leads, as if it were written, and deleted there.
+class CheckWriteLink : public testing::TestWithParam<LinkCase> {};
+TEST_P(CheckWriteLink, AnswersForItsTargetAndChangesNothing) {
+    const LinkCase& c = GetParam();
     const kxtest::TempDir dir;
-    ASSERT_EQ(symlink(dir.file("target").c_str(), dir.file("link").c_str()), 0);
-    EXPECT_TRUE(kxFile::checkWrite(dir.file("link"), /*ask=*/true, /*log=*/true));
-    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>{"target"});
+    chmod(dir.path().c_str(), 0777);
+    const std::string observed = kxtest::asOrdinaryUser([&] {
+        const kxtest::ScopedEnv place("TMPDIR", dir.path().c_str());
+        const kxtest::TempDir own;  // of the user
+        for (const char* name : {"sub/x", "sub/deep/x"}) own.write(name, "");
+        mkdir(own.file("sealed").c_str(), 0555);
+        if (symlink("sub/deep", own.file("way").c_str()) != 0) return std::string("no link");
+        const std::string first = own.file(c.links[0].first);
+        for (const auto& [name, target] : c.links) {
+            const bool isAbsolute = target[0] == '/';
+            if (symlink((isAbsolute ? own.path() + target : target).c_str(),
+                        own.file(name).c_str()) != 0)
+                return std::string("no link");
+        }
+        const auto seen = [&] {
+            std::string text;
+            for (const char* name : {"", "sub", "sub/deep", "sealed"})
+                for (const std::string& entry : kxtest::list(own.file(name))) text += entry + " ";
+            return text;
+        };
+        const std::string before = seen();
+        errno = 0;
+        const bool answer = kxFile::checkWrite(first, /*ask=*/true, /*log=*/false);
+        std::string text = answer ? "true" : std::string("false, ") + std::strerror(errno);
+        if (seen() != before) text += ", changed to " + seen();
+        const bool isWritten = kxFile::write(first, "x");  // the truth
+        if (isWritten != answer) text += ", wrongly";
+        return text;
+    });
+    EXPECT_EQ(observed, c.error == 0 ? "true" : std::string("false, ") + std::strerror(c.error));
+}
+
+static const LinkCase linkCases[] = {
+    {"Beside", {{"link", "new"}}, 0},
+    {"Below", {{"link", "sub/new"}}, 0},
+    {"Above", {{"sub/link", "../new"}}, 0},
+    {"AboveALinkedDirectory", {{"way/link", "../new"}}, 0},
+    {"ThroughALinkedDirectory", {{"link", "way/../new"}}, 0},
+    {"Absolute", {{"sub/link", "/new"}}, 0},
+    {"Chain", {{"link", "sub/a"}, {"sub/a", "deep/b"}, {"sub/deep/b", "/c"}, {"c", "new"}}, 0},
+    {"Itself", {{"link", "link"}}, ELOOP},
+    {"EachOther", {{"link", "sub/a"}, {"sub/a", "../link"}}, ELOOP},
+    {"WithoutDirectory", {{"link", "missing/new"}}, ENOENT},
+    {"BelowAFile", {{"link", "sub/x/new"}}, ENOTDIR},
+    {"AsDirectory", {{"link", "new/"}}, EISDIR},
+    {"Forbidden", {{"link", "sealed/new"}}, EACCES},
+    {"ChainForbidden", {{"link", "sub/a"}, {"sub/a", "/sealed/new"}}, EACCES},
+};
+INSTANTIATE_TEST_SUITE_P(Table, CheckWriteLink, testing::ValuesIn(linkCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST(CheckWrite, FollowsALinkOfTheWorkingDirectory) {
+    const kxtest::TempDir dir;
+    const kxtest::ScopedCwd cwd(dir.path());
+    ASSERT_EQ(symlink("new", "link"), 0);
+    EXPECT_TRUE(kxFile::checkWrite("link", /*ask=*/true, /*log=*/true));
+    EXPECT_EQ(kxtest::list("."), std::vector<std::string>{"link"});
+}
+
+// --- Others at work ------------------------------------------------------------------------------
+
+namespace {
+
+// A file that others make and delete while checkWrite is at work.
+class CheckWriteRace : public testing::Test {
+protected:
+    ~CheckWriteRace() override {
+        afterStat = nullptr;
+        beforeFstat = nullptr;
+        kxUtils::init(nullptr);
+    }
+
+    void create() const { kxtest::writeAt(file, 0, "theirs"); }
+    void remove() const { unlink(file.c_str()); }
+    static bool isReplaced() {
+        bool isCalled = false;
+        afterStat = [&](const std::string&, int result) {
+            isCalled = true;
+            return result;
+        };
+        kxFile::exists("/");
+        afterStat = nullptr;
+        return isCalled;
+    }
+
+    const kxtest::TempDir dir;
+    const std::string file = dir.file("f");
+};
+
+int questions = 0, answer = 0;
+bool countQuestion(const char* /*request*/, kxMessage& message, int /*flags*/) {
+    ++questions;
+    message.set("button", answer, true);
+    return true;
+}
+
+}  // namespace
+
+TEST_F(CheckWriteRace, FileCreatedMeanwhileIsLeftAlone) {
+    if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
+    afterStat = [&](const std::string&, int result) {
+        create();
+        return result;
+    };
+    EXPECT_TRUE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/true));
+    afterStat = nullptr;
+    EXPECT_EQ(kxtest::slurp(file), "theirs");
+}
+
+// It exists by then, so the user is asked.
+TEST_F(CheckWriteRace, FileCreatedMeanwhileIsAskedFor) {
+    if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
+    kxUtils::init(countQuestion);
+    for (answer = 0; answer < 2; ++answer) {
+        remove();
+        questions = 0;
+        afterStat = [&](const std::string&, int result) {
+            create();
+            return result;
+        };
+        EXPECT_EQ(kxFile::checkWrite(file, /*ask=*/true, /*log=*/true), answer == 0);
+        afterStat = nullptr;
+        EXPECT_EQ(questions, 1);
+        EXPECT_EQ(kxtest::slurp(file), "theirs");
+    }
+}
+
+TEST_F(CheckWriteRace, FileCreatedAndDeletedMeanwhileIsNone) {
+    if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
+    kxUtils::init(countQuestion);
+    questions = 0;
+    int calls = 0;
+    afterStat = [&](const std::string&, int result) {
+        if (++calls == 1) create();
+        if (calls != 2) return result;
+        remove();  // after all, there was nothing to be seen
+        errno = ENOENT;
+        return -1;
+    };
+    EXPECT_TRUE(kxFile::checkWrite(file, /*ask=*/true, /*log=*/true));
+    afterStat = nullptr;
+    EXPECT_EQ(questions, 0);
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
+}
+
+// As another probe's file is.
+TEST_F(CheckWriteRace, FileThatGoesBeforeTheAccessTestIsNone) {
+    if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
+    create();
+    afterStat = [&](const std::string&, int result) {
+        remove();
+        return result;
+    };
+    EXPECT_TRUE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/true));
+    afterStat = nullptr;
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
+}
+
+// The user was asked about a file that existed: it is that one whose rights are tested.
+TEST_F(CheckWriteRace, FileThatGoesDuringTheQuestionIsNotWritable) {
+    create();
+    static std::string path;
+    path = file;
+    kxUtils::init([](const char*, kxMessage&, int) {
+        unlink(path.c_str());
+        return true;
+    });
+    EXPECT_FALSE(kxFile::checkWrite(file, /*ask=*/true, /*log=*/false));
+    EXPECT_EQ(errno, ENOENT);
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
+}
+
+TEST_F(CheckWriteRace, EndsWhereTheSystemContradictsItself) {
+    if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
+    int calls = 0;
+    afterStat = [&](const std::string&, int) {
+        ++calls;
+        return 0;  // exists, and cannot be accessed
+    };
+    EXPECT_FALSE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/false));
+    EXPECT_EQ(calls, 100);
+    create();
+    calls = 0;
+    afterStat = [&](const std::string&, int) {
+        ++calls;
+        errno = ENOENT;
+        return -1;  // does not exist, and cannot be created
+    };
+    EXPECT_FALSE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/false));
+    EXPECT_EQ(calls, 1 + 100);
+    afterStat = nullptr;
+    EXPECT_EQ(kxtest::slurp(file), "theirs");
+}
+
+// What could not be seen, and is there: it is not created again.
+TEST_F(CheckWriteRace, FileThatCannotBeSeenAtFirstIsLeftAlone) {
+    if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
+    create();
+    for (const int visible : {2, 3}) {
+        int calls = 0;
+        afterStat = [&](const std::string&, int result) {
+            if (++calls >= visible) return result;
+            errno = EIO;
+            return -1;
+        };
+        errno = 0;
+        EXPECT_EQ(kxFile::checkWrite(file, /*ask=*/false, /*log=*/false), visible == 2);
+        if (visible == 3) {
+            EXPECT_EQ(errno, EIO);
+        }
+        afterStat = nullptr;
+        EXPECT_EQ(kxtest::slurp(file), "theirs");
+    }
+}
+
+TEST_F(CheckWriteRace, ProbeThatOthersTakeIsTheirs) {
+    bool isCalled = false;
+    beforeFstat = [&] {
+        isCalled = true;
+        create();  // they write into the file that is there
+    };
+    EXPECT_TRUE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/true));
+    beforeFstat = nullptr;
+    if (!isCalled) GTEST_SKIP() << "fstat cannot be replaced";
+    EXPECT_EQ(kxtest::slurp(file), "theirs");
+    remove();
+    beforeFstat = [&] {
+        remove();
+        kxtest::writeAt(file, 0, "");  // they replace it, also by an empty one
+    };
+    EXPECT_TRUE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/true));
+    beforeFstat = nullptr;
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>{"f"});
+    remove();
+    beforeFstat = [&] { remove(); };
+    EXPECT_TRUE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/true));
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
+}
+
+// Two processes, for half a second: whoever creates a file exclusively keeps it.
+TEST_F(CheckWriteRace, ProcessesThatCreateLoseNothing) {
+    const std::string go = dir.file("go");
+    kxtest::writeAt(go, 0, "x");
+    const pid_t other = fork();
+    if (other == 0) {
+        while (access(go.c_str(), F_OK) == 0) kxFile::checkWrite(file, false, false);
+        _exit(0);
+    }
+    long created = 0, lost = 0;
+    const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
+    while (std::chrono::steady_clock::now() < end) {
+        const int mine = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (mine < 0) continue;  // the other's probe
+        ++created;
+        EXPECT_EQ(write(mine, "mine", 4), 4);
+        bool isThere = true;
+        for (int i = 0; isThere && i < 5; ++i) {
+            struct stat info {};
+            isThere = fstatat(AT_FDCWD, file.c_str(), &info, 0) == 0 && info.st_size == 4;
+        }
+        lost += !isThere;
+        // Out of the way by a rename: to delete it might hit the other's probe.
+        std::rename(file.c_str(), dir.file("done").c_str());
+        close(mine);
+    }
+    unlink(go.c_str());
+    waitpid(other, nullptr, 0);
+    EXPECT_GT(created, 0);
+    EXPECT_EQ(lost, 0) << "of " << created;
+}
+
+// Probes in several threads do not keep each other from finding that the file can be written.
+TEST_F(CheckWriteRace, ProbesGetAlongWithEachOther) {
+    std::atomic<int> refused{0};
+    std::vector<std::thread> threads;
+    for (int i = 0; i < 4; ++i)
+        threads.emplace_back([&] {
+            for (int n = 0; n < 500; ++n)
+                refused += !kxFile::checkWrite(file, /*ask=*/false, /*log=*/false);
+        });
+    for (std::thread& thread : threads) thread.join();
+    EXPECT_EQ(refused, 0);
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
+}
+
+// Rights are those that a write would have: where it may not even look, the user that the process
+// was started by does not count.
+TEST(CheckWrite, IsFalseWhereOnlyTheRealUserMayLook) {
+    if (!kxtest::isRoot()) GTEST_SKIP() << "needs two users";
+    const kxtest::TempDir dir;
+    dir.write("closed/plain", "old");
+    chmod(dir.path().c_str(), 0755);
+    chmod(dir.file("closed").c_str(), 0700);
+    const std::string observed = kxtest::inChild([&] {
+        if (setgroups(0, nullptr) != 0 || seteuid(65534) != 0) return std::string("one user");
+        std::string text;
+        for (const char* name : {"closed/plain", "closed/new"}) {
+            errno = 0;
+            text += kxFile::checkWrite(dir.file(name), /*ask=*/false, /*log=*/false) ? "true "
+                                                                                     : "false ";
+            text += std::string(std::strerror(errno)) + ", ";
+        }
+        return text;
+    });
+    EXPECT_EQ(observed, "false Permission denied, false Permission denied, ");
+    EXPECT_EQ(kxtest::slurp(dir.file("closed/plain")), "old");
 }
 
 // What no right of a user changes, seen without a process of its own.

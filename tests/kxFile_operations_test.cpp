@@ -5,11 +5,14 @@
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <climits>
 #include <csignal>
+#include <cstdint>
 #include <cstring>
 #include <functional>
 #include <thread>
@@ -23,9 +26,16 @@
 
 using kxtest::someBytes;
 
-// Takes the place of the C library's function for calls from the library too, so that a test can
-// see what is to be created and refuse it.
+// These take the place of the C library's functions for calls from the library too, so that a test
+// can see what is to be created and refuse it, and let a read end where it likes.
 static std::function<int(const std::string&, mode_t)> theMkdir;
+
+static std::function<ssize_t(int, void*, std::size_t)> theRead;
+
+extern "C" ssize_t read(int file, void* buffer, std::size_t size) {
+    const iovec whole{buffer, size};
+    return theRead ? theRead(file, buffer, size) : readv(file, &whole, 1);
+}
 
 extern "C" int mkdir(const char* path, mode_t mode) noexcept {
     return theMkdir ? theMkdir(path, mode) : mkdirat(AT_FDCWD, path, mode);
@@ -44,7 +54,10 @@ protected:
         dir.write("full/inside", "x");
         EXPECT_EQ(symlink("nowhere", dir.file("dangling").c_str()), 0);
     }
-    ~FileOperations() override { theMkdir = nullptr; }
+    ~FileOperations() override {
+        theMkdir = nullptr;
+        theRead = nullptr;
+    }
 
     const kxtest::TempDir dir;
     const kxtest::ScopedCwd cwd{dir.path()};
@@ -271,6 +284,25 @@ TEST_F(FileOperations, RemoveIsFalseWhereNobodyCanTell) {
     EXPECT_EQ(error, EACCES);
 }
 
+// Deliberate: it is the link that is removed, and nobody needs to see where it leads.
+TEST_F(FileOperations, RemoveTakesALinkIntoAClosedDirectory) {
+    chmod(dir.path().c_str(), 0777);
+    const std::string answers = kxtest::asOrdinaryUser([] {
+        mkdir("closed", 0700);
+        kxtest::writeAt("closed/kept", 0, "x");
+        chmod("closed", 0);
+        std::string text;
+        for (const char* target : {"closed/kept", "closed/missing"}) {
+            if (symlink(target, "link") != 0) return std::string("no link");
+            text += kxFile::remove("link") ? "true, " : "false, ";
+        }
+        chmod("closed", 0700);
+        for (const std::string& name : kxtest::list(".")) text += name + " ";
+        return text + kxtest::slurp("closed/kept");
+    });
+    EXPECT_EQ(answers, "true, true, closed dangling dir empty file full x");
+}
+
 TEST_F(FileOperations, RenameStaysInTheDirectory) {
     EXPECT_TRUE(kxFile::rename(dir.path(), "file", "new"));
     EXPECT_EQ(kxtest::slurp("new"), "123456789");
@@ -360,6 +392,181 @@ TEST_F(FileOperations, AShortReadIsNotDetected) {
     EXPECT_EQ(content.size(), size);
     EXPECT_EQ(content.back(), '\0');
 }
+
+// What has no size is not read whole, so that this ends where the device does not.
+TEST_F(FileOperations, DevicesAndPipesAreNotReadWhole) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    const int other = open("pipe", O_RDWR | O_CLOEXEC);  // nobody waits
+    for (const char* path : {"/dev/zero", "pipe"}) {
+        std::string text = "old";
+        std::vector<char> bytes(3, 'o');
+        char byte = '#';
+        EXPECT_FALSE(kxFile::read(path, text)) << path;
+        EXPECT_FALSE(kxFile::read(path, bytes)) << path;
+        EXPECT_FALSE(kxFile::read(path, &byte)) << path;
+        EXPECT_EQ(kxFile::getFileSize(path), 0U) << path;
+        EXPECT_TRUE(kxFile::checkRead(path, /*ask=*/false, /*log=*/false)) << path;
+        using State = kxFile::ChecksumInfo::State;
+        EXPECT_TRUE(kxFile::findChecksum(path).state == State::noFooter) << path;
+    }
+    close(other);
+}
+
+// Without another end open yet, they wait for it.
+TEST_F(FileOperations, PipesAreWaitedFor) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    std::thread writer([] { EXPECT_TRUE(kxFile::write("pipe", "through the pipe")); });
+    EXPECT_TRUE(kxFile::copy("pipe", "copy"));
+    writer.join();
+    EXPECT_EQ(kxtest::slurp("copy"), "through the pipe");
+}
+
+TEST_F(FileOperations, ASparseFileIsReadInItsFullSize) {
+    if (!kxtest::writeAt("sparse", 1 << 20, "x")) GTEST_SKIP() << "no room for sparse files";
+    std::string text;
+    EXPECT_TRUE(kxFile::read("sparse", text));
+    EXPECT_EQ(text, std::string(1 << 20, '\0') + "x");
+}
+
+// --- Reading into a buffer of known size ---------------------------------------------------------
+
+struct BoundedCase {
+    const char* name;
+    std::string path;
+    std::size_t capacity;
+    bool result;
+    std::string content;  // the bytes that were read
+    bool more;
+    int error;  // errno after false
+};
+static void PrintTo(const BoundedCase& c, std::ostream* os) { *os << c.name; }
+
+class ReadBounded : public FileOperations, public testing::WithParamInterface<BoundedCase> {};
+TEST_P(ReadBounded, MatchesTable) {
+    const BoundedCase& c = GetParam();
+    const int before = kxtest::nextDescriptor();
+    for (const bool asksForMore : {false, true}) {
+        std::string buffer(c.capacity + 2, '#');
+        std::size_t size = 77;
+        bool more = !c.more;
+        errno = 0;
+        EXPECT_EQ(kxFile::read(c.path, &buffer[1], c.capacity, size, asksForMore ? &more : nullptr),
+                  c.result);
+        if (!c.result) {
+            EXPECT_EQ(errno, c.error);
+        }
+        EXPECT_EQ(size, c.content.size());
+        EXPECT_EQ(buffer, '#' + c.content + std::string(c.capacity - c.content.size() + 1, '#'));
+        EXPECT_EQ(more, asksForMore ? c.more : !c.more);
+    }
+    EXPECT_EQ(kxtest::nextDescriptor(), before);
+}
+
+static const BoundedCase boundedCases[] = {
+    {"RoomToSpare", "file", 20, true, "123456789", false, 0},
+    {"OneByteToSpare", "file", 10, true, "123456789", false, 0},
+    {"JustRoom", "file", 9, true, "123456789", false, 0},
+    {"OneByteShort", "file", 8, true, "12345678", true, 0},
+    {"OneByte", "file", 1, true, "1", true, 0},
+    {"NoByte", "file", 0, true, "", true, 0},
+    {"EmptyFile", "empty", 5, true, "", false, 0},
+    {"EmptyFileAndNoByte", "empty", 0, true, "", false, 0},
+    {"WithoutEnd", "/dev/zero", 3, true, std::string(3, '\0'), true, 0},
+    {"EmptyPath", "", 5, false, "", false, ENOENT},
+    {"Missing", "missing", 5, false, "", false, ENOENT},
+    {"BelowAFile", "file/x", 5, false, "", false, ENOTDIR},
+    {"Directory", "dir", 5, false, "", false, EISDIR},
+    {"DirectoryAndNoByte", "dir", 0, false, "", false, EISDIR},
+};
+INSTANTIATE_TEST_SUITE_P(Table, ReadBounded, testing::ValuesIn(boundedCases),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(FileOperations, ReadBoundedTakesANullBufferForNoBytesOnly) {
+    std::size_t size = 77;
+    bool more = true;
+    errno = 0;
+    EXPECT_FALSE(kxFile::read("file", nullptr, 1, size, &more));
+    EXPECT_EQ(errno, EINVAL);
+    EXPECT_EQ(size, 0U);
+    EXPECT_FALSE(more);
+    EXPECT_TRUE(kxFile::read("file", nullptr, 0, size, &more));
+    EXPECT_EQ(size, 0U);
+    EXPECT_TRUE(more);
+}
+
+// More than the system takes in one call.
+TEST_F(FileOperations, ReadBoundedTakesAnyCapacity) {
+    const std::string bytes = someBytes(100000);
+    dir.write("bytes", bytes);
+    std::string buffer(bytes.size(), '#');
+    std::size_t size = 0;
+    bool more = true;
+    EXPECT_TRUE(kxFile::read("bytes", buffer.data(), SIZE_MAX, size, &more));
+    EXPECT_EQ(size, bytes.size());
+    EXPECT_FALSE(more);
+    EXPECT_EQ(buffer, bytes);
+}
+
+// A file that has grown since its size was asked for does not run over.
+TEST_F(FileOperations, ReadBoundedStopsWhereTheFileWentOn) {
+    const std::size_t room = kxFile::getFileSize("file");
+    std::string buffer(room + 4, '#');
+    EXPECT_TRUE(kxFile::append("file", "more than there is room for"));
+    std::size_t size = 0;
+    bool more = false;
+    EXPECT_TRUE(kxFile::read("file", buffer.data(), room, size, &more));
+    EXPECT_EQ(size, room);
+    EXPECT_TRUE(more);
+    EXPECT_EQ(buffer, "123456789####");
+}
+
+// What arrives in pieces is put together.
+TEST_F(FileOperations, ReadBoundedGoesOnAfterAShortRead) {
+    ASSERT_EQ(mkfifo("pipe", 0600), 0);
+    const std::string bytes = someBytes(300000);  // more than a pipe holds
+    for (const std::size_t room : {bytes.size(), bytes.size() + 1, std::size_t{200000}}) {
+        std::thread writer([&] {
+            const std::string start = bytes.substr(0, room);
+            kxFile::write("pipe", start);
+        });
+        std::string buffer(room, '#');
+        std::size_t size = 0;
+        EXPECT_TRUE(kxFile::read("pipe", buffer.data(), room, size));
+        writer.join();
+        EXPECT_EQ(size, std::min(room, bytes.size()));
+        EXPECT_TRUE(buffer.compare(0, size, bytes, 0, size) == 0);
+    }
+}
+
+// Interruptions are overcome, and what was read before a failure counts.
+TEST_F(FileOperations, ReadBoundedSaysHowFarItCame) {
+    unsigned calls = 0;
+    std::size_t most = 0;
+    theRead = [&](int file, void* buffer, std::size_t size) -> ssize_t {
+        most = std::max(most, size);
+        if (++calls % 2 != 0) {
+            errno = calls < 7 ? EINTR : EIO;
+            return -1;
+        }
+        return pread(file, buffer, 2, calls - 2);  // two bytes at a time
+    };
+    std::string buffer(20, '#');
+    std::size_t size = 77;
+    bool more = true;
+    errno = 0;
+    const bool isRead = kxFile::read("file", buffer.data(), SIZE_MAX, size, &more);
+    const int error = errno;
+    theRead = nullptr;
+    if (calls == 0) GTEST_SKIP() << "read cannot be replaced";
+    EXPECT_FALSE(isRead);
+    EXPECT_EQ(error, EIO);
+    EXPECT_EQ(size, 6U);
+    EXPECT_FALSE(more);
+    EXPECT_EQ(buffer, "123456" + std::string(14, '#'));
+    EXPECT_EQ(most, 1U << 30);  // no system refuses that much
+}
+
+// --- Sizes ---------------------------------------------------------------------------------------
 
 TEST_F(FileOperations, GetFileSizeCountsBytes) {
     EXPECT_EQ(kxFile::getFileSize("file"), 9U);

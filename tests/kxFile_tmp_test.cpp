@@ -8,6 +8,8 @@
 
 #include <map>
 
+#include "file_support.h"
+#include "kxFile.h"
 #include "kxtest.h"
 
 namespace {
@@ -320,20 +322,71 @@ static const RemoveCase removeCases[] = {
 INSTANTIATE_TEST_SUITE_P(Table, RemoveTmpFile, testing::ValuesIn(removeCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
+// Such a name stands for the directory itself, empty as it may be.
 TEST_F(TmpDir, RemoveNeverTakesTheDirectoryItself) {
     dir.makeDir("tmp");
+    dir.makeDir("tmp/sub");
     const std::string refused = answer("remove", "false");
-    EXPECT_EQ(
-        run({"get", "remove", "sub/", "remove", "/", "remove", "."},
-            {{"TALO_TMP_DIR", dir.file("tmp")}}),
-        chosen(dir.file("tmp")) + answer("get", dir.file("tmp")) + refused + refused + refused);
+    EXPECT_EQ(run({"remove", "sub/", "remove", "sub", "remove", "sub/", "remove", "/", "remove",
+                   ".", "get"},
+                  {{"TALO_TMP_DIR", dir.file("tmp")}}),
+              chosen(dir.file("tmp")) + refused + answer("remove", "true") + refused + refused +
+                  refused + answer("get", dir.file("tmp")));
     EXPECT_TRUE(kxtest::exists(dir.file("tmp")));
+}
+
+// As any name but the empty one: the directory is chosen, and what is not there is gone.
+TEST_F(TmpDir, RemoveAsksForTheDirectoryWhateverTheNameEndsIn) {
+    EXPECT_EQ(run({"remove", ""}), answer("remove", "false"));
+    EXPECT_EQ(run({"remove", "sub/", "child"}),
+              chosen("/tmp/talo") + answer("remove", "false") + answer("child", "/tmp/talo"));
+    const std::string gone = dir.file("gone");
+    EXPECT_EQ(
+        run({"get", "rmdir", gone, "remove", "sub/", "remove", "x"}, {{"TALO_TMP_DIR", gone}}),
+        chosen(gone) + answer("get", gone) + answer("remove", "true") + answer("remove", "true"));
 }
 
 // Without a temporary directory there is nothing to remove, least of all in the root directory.
 TEST_F(TmpDir, RemoveWithoutADirectoryTouchesNothing) {
-    EXPECT_EQ(run({"remove", "tmp"}, {{"TALO_TMP_DIR", ""}}),
-              cannotCreate("") + chosen("") + answer("remove", "true"));
+    EXPECT_EQ(run({"remove", "tmp", "remove", "tmp/"}, {{"TALO_TMP_DIR", ""}}),
+              cannotCreate("") + chosen("") + answer("remove", "true") + answer("remove", "false"));
+}
+
+// Where the system lets nobody look.
+TEST_F(TmpDir, RemoveInAClosedDirectoryIsFalse) {
+    chmod(dir.path().c_str(), 0777);
+    const std::string answers = kxtest::asOrdinaryUser([&] {
+        mkdir(dir.file("closed").c_str(), 0);
+        setenv("TALO_TMP_DIR", dir.file("closed").c_str(), 1);
+        std::string text;
+        for (const char* name : {"missing", "sub/"})
+            text += kxFile::removeTmpFile(name) ? "true " : "false ";
+        chmod(dir.file("closed").c_str(), 0700);
+        text += kxFile::removeTmpFile("missing") ? "true" : "false";
+        return text;
+    });
+    EXPECT_EQ(answers, "false false true");
+}
+
+// Deliberate: it is the link that is removed, and nobody needs to see where it leads.
+TEST_F(TmpDir, RemoveTakesALinkIntoAClosedDirectory) {
+    chmod(dir.path().c_str(), 0777);
+    const std::string answers = kxtest::asOrdinaryUser([&] {
+        mkdir(dir.file("closed").c_str(), 0700);
+        kxtest::writeAt(dir.file("closed/kept"), 0, "x");
+        chmod(dir.file("closed").c_str(), 0);
+        mkdir(dir.file("tmp").c_str(), 0700);
+        setenv("TALO_TMP_DIR", dir.file("tmp").c_str(), 1);
+        std::string text;
+        for (const char* target : {"../closed/kept", "../closed/missing"}) {
+            if (symlink(target, dir.file("tmp/link").c_str()) != 0) return std::string("no link");
+            text += kxFile::removeTmpFile("link") ? "true " : "false ";
+            text += std::to_string(kxtest::list(dir.file("tmp")).size()) + ", ";
+        }
+        chmod(dir.file("closed").c_str(), 0700);
+        return text + kxtest::slurp(dir.file("closed/kept"));
+    });
+    EXPECT_EQ(answers, "true 0, true 0, x");
 }
 
 TEST_F(TmpDir, RegisteredFilesAreRemovedOnce) {
@@ -343,6 +396,27 @@ TEST_F(TmpDir, RegisteredFilesAreRemovedOnce) {
               "");
     EXPECT_EQ(kxtest::list(dir.path()), (Steps{"file", "one", "sub"}));
     EXPECT_FALSE(kxtest::exists(two));
+}
+
+// Only what is seen to exist is removed.
+TEST_F(TmpDir, RegisteredLinkStaysWhereNobodyCanSeeWhatItLeadsTo) {
+    chmod(dir.path().c_str(), 0777);
+    const std::string left = kxtest::asOrdinaryUser([&] {
+        mkdir(dir.file("own").c_str(), 0700);
+        mkdir(dir.file("own/closed").c_str(), 0);
+        kxtest::writeAt(dir.file("own/plain"), 0, "x");
+        std::string text;
+        for (const char* target : {"closed/x", "nowhere", "plain"}) {
+            const std::string link = dir.file("own/to-") + target[0];
+            if (symlink(target, link.c_str()) != 0) return std::string("no link");
+            kxFile::addTmpFile(link);
+        }
+        kxFile::removeTmpFiles();
+        for (const std::string& name : kxtest::list(dir.file("own"))) text += name + " ";
+        chmod(dir.file("own/closed").c_str(), 0700);
+        return text;
+    });
+    EXPECT_EQ(left, "closed plain to-c to-n ");
 }
 
 // A directory goes once it is empty: the registrations are worked off in their order, each of them.

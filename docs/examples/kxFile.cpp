@@ -20,6 +20,12 @@ int main() {
     std::uint32_t checksum = 0;
     const bool intact = kxFile::checkChecksum("engine.osb", checksum);  // prints what it finds
     std::cout << intact << ' ' << kxFile::getFileSize("engine.osb") << " bytes\n";
+
+    char head[4];
+    std::size_t size = 0;
+    bool more = false;
+    if (!kxFile::read("engine.osb", head, sizeof head, size, &more)) return 1;
+    std::cout << std::string(head, size) << (more ? "..." : "") << '\n';
 }
 // Prints:
 // engine.v2
@@ -27,3 +33,4 @@ int main() {
 // engine.png
 // Found correct file checksum CBF43926.
 // 1 25 bytes
+// 1234...

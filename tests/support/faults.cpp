@@ -55,6 +55,7 @@ void Attempt::end() {
     _call = faults::current.call;
     _error = faults::current.error;
     _unknownCall = faults::current.unknownCall;
+    _inheritable = faults::current.inheritable;
 }
 
 void Attempt::run(const std::function<void()>& code) {

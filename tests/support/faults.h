@@ -45,6 +45,10 @@ public:
     /// The number of a system call that cannot be made to fail, and was made; -1 if there is none.
     long unknownCall() const { return _unknownCall; }
 
+    /// The name of a system call that made a descriptor which started programs inherit; "" if there
+    /// is none. Known where system calls are made to fail.
+    std::string inheritable() const { return _inheritable; }
+
     /// Whether `code` ended with std::bad_alloc.
     bool outOfMemory() const { return _outOfMemory; }
     /// errno after `code`; it was 0 before.
@@ -61,7 +65,7 @@ private:
 
     Fault _fault;
     bool _failed = false, _hasMoreVariants = false, _outOfMemory = false;
-    const char* _call = "";
+    const char *_call = "", *_inheritable = "";
     int _error = 0, _errnoAfter = 0;
     long _unknownCall = -1;
     std::string _out, _err;
@@ -85,8 +89,9 @@ struct Plan {
     bool failed = false, hasMoreVariants = false;
     const char* call = "";
     int error = 0;
-    long fullFile = -1;     // a descriptor to which nothing can be written any more
-    long unknownCall = -1;  // that cannot be made to fail
+    long fullFile = -1;            // a descriptor to which nothing can be written any more
+    long unknownCall = -1;         // that cannot be made to fail
+    const char* inheritable = "";  // the call that made a descriptor without close-on-exec
 };
 extern thread_local Plan* plan;  // null: nothing fails
 

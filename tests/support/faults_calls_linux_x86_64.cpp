@@ -7,6 +7,7 @@
 #include <fcntl.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own types
 #include <sys/prctl.h>
+#include <sys/socket.h>
 #include <sys/syscall.h>
 #include <ucontext.h>
 #include <unistd.h>
@@ -228,10 +229,35 @@ long perhapsFail(const Call& call, Registers& r) {
     return fail(call, r, failure);
 }
 
+// Whether a call gives the process a descriptor that started programs inherit.
+bool makesInheritable(long number, const Registers& r) {
+    switch (number) {
+        case SYS_open:
+            return (r[REG_RSI] & O_CLOEXEC) == 0;
+        case SYS_openat:
+            return (r[REG_RDX] & O_CLOEXEC) == 0;
+        case SYS_pipe2:
+            return (r[REG_RSI] & O_CLOEXEC) == 0;
+        case SYS_socket:
+            return (r[REG_RSI] & SOCK_CLOEXEC) == 0;
+        case SYS_fcntl:
+            return r[REG_RSI] == F_DUPFD ||
+                   (r[REG_RSI] == F_SETFD && (r[REG_RDX] & FD_CLOEXEC) == 0);
+        case SYS_creat:
+        case SYS_dup:
+        case SYS_pipe:
+            return true;
+        default:
+            return false;
+    }
+}
+
 void handle(int /*signal*/, siginfo_t* info, void* context) {
     auto& interrupted = *static_cast<ucontext_t*>(context);
     Registers& r = interrupted.uc_mcontext.gregs;
     const long number = info->si_syscall;
+    Registers asked;  // a call that starts a process or fails changes them
+    std::memcpy(asked, r, sizeof asked);
     // A sanitizer does not survive without memory of its own.
     const auto* const call = std::find_if(std::begin(calls), std::end(calls),
                                           [&](const Call& c) { return c.number == number; });
@@ -246,6 +272,8 @@ void handle(int /*signal*/, siginfo_t* info, void* context) {
         call != std::end(calls) ||
         std::find(std::begin(sureCalls), std::end(sureCalls), number) != std::end(sureCalls);
     if (plan && !isKnown) plan->unknownCall = number;
+    if (plan && call != std::end(calls) && makesInheritable(number, asked))
+        plan->inheritable = call->name;
 }
 
 // Installed without the C library, whose way back from the handler would be handed over in turn.

@@ -22,7 +22,7 @@ cached_istreambuf::cached_istreambuf(int size, const char* name)
 cached_istreambuf::~cached_istreambuf() { close(); }
 
 void cached_istreambuf::open(const char* name) {
-    if (name) _file = kx::detail::openUnbuffered(name, "rb");
+    if (name) _file = kx::detail::openUnbuffered(name, "rbe");
 }
 
 void cached_istreambuf::close() {

@@ -26,7 +26,8 @@
 /// offset, or read from start to end. On a file that cannot seek (a pipe) every position is -1 and
 /// seekoff keeps the buffered bytes.
 ///
-/// A read that fails looks like the end of the file.
+/// A read that fails looks like the end of the file. Opening a pipe waits until somebody opens it
+/// for writing.
 ///
 /// Discarding leaves the bytes of the buffer in place, in front of the read position: putting back
 /// a character that has not been read since (or at the very start) delivers one of them.

@@ -22,7 +22,7 @@ cached_streambuf::~cached_streambuf() {
 }
 
 void cached_streambuf::open(const char* name) {
-    if (name) _file = kx::detail::openUnbuffered(name, "wb");
+    if (name) _file = kx::detail::openUnbuffered(name, "wbe");
 }
 
 void cached_streambuf::close() {
@@ -77,6 +77,7 @@ cached_ofstream::~cached_ofstream() = default;
 std::int64_t cached_ofstream::size() const { return _buffer->size(); }
 
 void cached_ofstream::close() {
-    if (!_buffer->is_valid()) setstate(std::ios_base::badbit);
-    _buffer->close();
+    const bool hasFailed = !_buffer->is_valid();
+    _buffer->close();  // first: setstate throws where the caller has switched exceptions on
+    if (hasFailed) setstate(std::ios_base::badbit);
 }

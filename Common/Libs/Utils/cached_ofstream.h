@@ -20,7 +20,8 @@
 /// in one line on standard error (not the log); everything after it is dropped silently. What has
 /// been flushed while is_valid() holds has been accepted by the system.
 ///
-/// There are no positions: every seek and position query answers -1.
+/// There are no positions: every seek and position query answers -1. Opening a pipe waits until
+/// somebody opens it for reading.
 ///
 /// Threads: none of its own; one thread uses an object at a time. Throws std::bad_alloc from the
 /// constructor, nothing else.
@@ -97,8 +98,8 @@ public:
     /// The bytes counted so far: those flushed or, unbuffered, all. 0 for a file.
     std::int64_t size() const;
 
-    /// Sets badbit if no file is open or an earlier write has failed (never when counting), then
-    /// flushes and closes the file.
+    /// Flushes and closes the file; sets badbit if none was open or an earlier write has failed
+    /// (never when counting). The file is closed too where badbit throws (exceptions()).
     void close();
 
 private:

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -17,6 +18,7 @@
 #include <string_view>
 #include <utility>
 
+#include "detail/command_output.h"
 #include "detail/file_checksum.h"
 #include "detail/file_handle.h"
 #include "detail/find_last.h"
@@ -33,6 +35,7 @@
 using kx::detail::ErrnoKeeper;
 using kx::detail::FileHandle;
 using kx::detail::findLast;
+using kx::detail::isDirectory;
 using kx::detail::isSlash;
 using kx::detail::makeIfMissing;
 using kx::detail::openUnbuffered;
@@ -243,13 +246,52 @@ bool isMissing() {
     return errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
 }
 
-// For a path where nothing is: what is there would be emptied and deleted.
-bool canCreate(const std::string& path) {
-    FileHandle file(path, "wb");
-    if (!file) return false;
-    file.close();
-    unlink(path.c_str());
-    return true;
+bool isGone(const std::string& path) { return !kxFile::exists(path) && isMissing(); }
+
+// If a link is at `place`, makes it where that leads; else leaves it as it is.
+void followLink(std::string& place) {
+    char target[PATH_MAX];
+    const ssize_t size = readlink(place.c_str(), target, sizeof target);
+    if (size <= 0) return;
+    const bool isAbsolute = target[0] == '/';
+    place.erase(isAbsolute ? 0 : findLast(place, '/') + 1);  // 0 without a slash
+    place.append(target, static_cast<std::size_t>(size));
+}
+
+// Deletes a file that was created here, unless others have written or replaced it meanwhile.
+void withdraw(int file, const std::string& place) {
+    struct stat ours {
+    }, there{};
+    const bool isTaken =
+        fstat(file, &ours) == 0 &&
+        (ours.st_size != 0 || (lstat(place.c_str(), &there) == 0 && there.st_ino != ours.st_ino));
+    if (!isTaken) unlink(place.c_str());
+    close(file);
+}
+
+// How often a file is looked at again that others create and delete meanwhile; more than a system
+// follows links.
+constexpr int patience = 100;
+
+// What is at a path, or could be.
+enum class Finding { isThere, canBeCreated, cannotBeCreated };
+
+// Creates the file to find out, and deletes it again. Others may create it at the same time:
+// exclusively, or theirs would be emptied and deleted.
+Finding tryToCreate(const std::string& path) {
+    std::string place = path;
+    for (int step = 0; step < patience; ++step) {
+        const int file = open(place.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        if (file >= 0) {
+            withdraw(file, place);
+            return Finding::canBeCreated;
+        }
+        if (errno != EEXIST) break;
+        if (kxFile::exists(path)) return Finding::isThere;
+        if (errno != ENOENT) break;
+        followLink(place);  // one that leads nowhere: the file is created where it leads
+    }
+    return Finding::cannotBeCreated;
 }
 
 bool makeDir(const std::string& path) { return mkdir(path.c_str(), allPermissions) == 0; }
@@ -258,7 +300,7 @@ template <typename Container>
 bool readWhole(const std::string& path, Container& content) {
     content.clear();
     if (path.empty()) return false;
-    const FileHandle file(path, "rb");
+    const FileHandle file(path, "rbe");
     if (!file) return false;
     const off_t size = sizeOf(file.get());
     if (size <= 0) return false;
@@ -271,6 +313,20 @@ bool readWhole(const std::string& path, Container& content) {
     if (std::fread(content.data(), 1, content.size(), file.get()) == 0) {
         content.clear();
         return false;
+    }
+    return true;
+}
+
+// Adds to `size` what could be read until it is `capacity`, or the file ends. False on an error.
+bool readUpTo(std::FILE* file, char* buffer, std::size_t capacity, std::size_t& size) {
+    constexpr std::size_t most = 1U << 30;  // that every system takes in one call
+    while (size < capacity) {
+        const ssize_t n = read(fileno(file), buffer + size, std::min(capacity - size, most));
+        if (n == 0) break;
+        if (n > 0)
+            size += static_cast<std::size_t>(n);
+        else if (errno != EINTR)
+            return false;
     }
     return true;
 }
@@ -293,7 +349,7 @@ bool kxFile::checkRead(const std::string& path, bool ask, bool log) {
         report("File '" + path + "' doesn't exist!", ask, log, "checkRead::");
         return false;
     }
-    if (!FileHandle(path, "rb")) {
+    if (!FileHandle(path, "rbe")) {
         report(wrongPermissions(path, "readable"), ask, log, "checkRead::");
         return false;
     }
@@ -302,9 +358,16 @@ bool kxFile::checkRead(const std::string& path, bool ask, bool log) {
 
 bool kxFile::checkWrite(const std::string& path, bool ask, bool log) {
     if (path.empty()) return false;
-    const bool isThere = exists(path), isFree = !isThere && isMissing();
-    if (isThere && ask && !mayOverwrite(path)) return false;
-    if (isFree ? canCreate(path) : faccessat(AT_FDCWD, path.c_str(), W_OK, 0) == 0) return true;
+    // Where nobody is asked, a file that is gone by the time of the access test (another probe's,
+    // for one) is looked for again, but not for ever.
+    for (int attempts = ask ? 1 : patience; attempts > 0; --attempts) {
+        const Finding found = exists(path) ? Finding::isThere : tryToCreate(path);
+        if (found == Finding::canBeCreated) return true;
+        if (found == Finding::cannotBeCreated) break;
+        if (ask && !mayOverwrite(path)) return false;
+        if (faccessat(AT_FDCWD, path.c_str(), W_OK, 0) == 0) return true;
+        if (errno != ENOENT) break;
+    }
     report(wrongPermissions(path, "writable"), ask, log, "checkWrite:");
     return false;
 }
@@ -317,7 +380,7 @@ bool kxFile::createPath(const std::string& path) {
 
 bool kxFile::remove(const std::string& path) {
     if (path.empty()) return false;
-    return (!exists(path) && isMissing()) || std::remove(path.c_str()) == 0;
+    return isGone(path) || std::remove(path.c_str()) == 0;
 }
 
 bool kxFile::rename(const std::string& directory, const std::string& oldName,
@@ -334,10 +397,29 @@ void kxFile::perror(const std::string& text) {
 
 bool kxFile::read(const std::string& path, char* buffer) {
     if (path.empty() || !buffer) return false;
-    const FileHandle file(path, "rb");
+    const FileHandle file(path, "rbe");
     if (!file) return false;
     const off_t size = sizeOf(file.get());
     return size > 0 && std::fread(buffer, 1, static_cast<std::size_t>(size), file.get()) > 0;
+}
+
+bool kxFile::read(const std::string& path, char* buffer, std::size_t capacity, std::size_t& size,
+                  bool* more) {
+    size = 0;
+    if (more) *more = false;
+    if (!buffer && capacity > 0) {
+        errno = EINVAL;
+        return false;
+    }
+    const FileHandle file(path, "rbe");
+    if (!file || isDirectory(file.get())) return false;
+    if (!readUpTo(file.get(), buffer, capacity, size)) return false;
+    if (!more || size < capacity) return true;
+    char next = 0;
+    std::size_t count = 0;
+    if (!readUpTo(file.get(), &next, 1, count)) return false;
+    *more = count == 1;
+    return true;
 }
 
 bool kxFile::read(const std::string& path, std::string& content) {
@@ -349,17 +431,17 @@ bool kxFile::read(const std::string& path, std::vector<char>& content) {
 }
 
 bool kxFile::write(const std::string& path, const std::string& content) {
-    return writeWhole(path, content, "wb");
+    return writeWhole(path, content, "wbe");
 }
 
 bool kxFile::append(const std::string& path, const std::string& content) {
-    return writeWhole(path, content, "ab");
+    return writeWhole(path, content, "abe");
 }
 
 bool kxFile::copy(const std::string& source, const std::string& destination) {
-    const FileHandle in(source, "rb");
+    const FileHandle in(source, "rbe");
     if (!in) return false;
-    const FileHandle out(destination, "wb");
+    const FileHandle out(destination, "wbe");
     if (!out) return false;
     char chunk[1024];
     std::size_t n = sizeof chunk;
@@ -372,7 +454,7 @@ bool kxFile::copy(const std::string& source, const std::string& destination) {
 
 std::uint64_t kxFile::getFileSize(const std::string& path) {
     if (path.empty()) return 0;
-    const FileHandle file(path, "rb");
+    const FileHandle file(path, "rbe");
     if (!file) return 0;
     return static_cast<std::uint64_t>(std::max<off_t>(sizeOf(file.get()), 0));
 }
@@ -469,15 +551,17 @@ void kxFile::addTmpFile(const std::string& path) {
 }
 
 bool kxFile::removeTmpFile(const std::string& name) {
-    const std::string file = getFileName(name);
-    if (file.empty()) return false;
+    if (name.empty()) return false;
+    const std::string directory = getTmpDir(), file = getFileName(name);
+    const std::string path = directory + '/' + file;
+    if (file.empty()) return isGone(path);  // the directory itself, which is never removed
     // Without a directory nothing of that name is in it; "/" + file would be somebody else's.
-    const std::string directory = getTmpDir();
-    return directory.empty() || remove(directory + '/' + file);
+    return directory.empty() || remove(path);
 }
 
 void kxFile::removeTmpFiles() {
-    for (const std::string& path : _tmp_files) remove(path);
+    for (const std::string& path : _tmp_files)
+        if (exists(path)) std::remove(path.c_str());
     _tmp_files.clear();
 }
 
@@ -493,7 +577,7 @@ constexpr std::size_t blockSize = 8192;
 
 std::uint32_t kxFile::getChecksum(const std::string& path, int skip) {
     if (path.empty()) return 0;
-    const FileHandle file(openUnbuffered(path.c_str(), "rb"));
+    const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
     if (!file) return 0;
     if (skip > 0 && fseeko(file.get(), skip, SEEK_SET) != 0)  // a pipe: they are read away
         kx::detail::crc32Of(file.get(), static_cast<std::uint64_t>(skip), blockSize);
@@ -544,7 +628,7 @@ std::string kxFile::getFileID(const std::string& path) {
     if (path.empty()) return {};
     std::uint32_t crc = 0;
     off_t size = 0;
-    const FileHandle file(openUnbuffered(path.c_str(), "rb"));
+    const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
     if (file) {
         crc = kx::detail::crc32Of(file.get(), blockSize, blockSize);
         size = std::max<off_t>(sizeOf(file.get()), 0);
@@ -566,7 +650,7 @@ bool kxFile::executeW(const std::string& command, bool wait, void (*progress)(un
 }
 
 int kxFile::execute_no_output(const std::string& command) {
-    std::FILE* const output = popen(command.c_str(), "r");
+    std::FILE* const output = kx::detail::openCommandOutput(command.c_str());
     if (!output) return 0;
     char line[1024];
     // A signal must not end the reading: the command would end as well, unable to write on.

@@ -4,6 +4,7 @@
 // Path names, file operations, temporary files, file checksums and external commands.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <functional>
 #include <ios>
@@ -153,6 +154,13 @@ public:
     // No state and no locks: any thread may call these. What becomes of a file that several use at
     // the same time is the system's answer. Questions to the user run on the calling thread. After
     // a failure errno is that of the call that failed, so perror() can follow.
+    //
+    // A path may lead to a pipe or a device. On a pipe checkRead(), getFileSize() and all that read
+    // or write wait until somebody has its other end open, and copy() reads on until that is
+    // closed; on a device without an end, as /dev/zero, copy() never returns. A read() of the whole
+    // file is false for both, since they have no size. The same holds for the checksums below, of
+    // which getChecksum() is the one that reads to the end. Where a path comes from elsewhere, ask
+    // std::filesystem::is_regular_file() first.
 
     /// True if the path is not empty and leads to a file, a directory or anything else. The flags
     /// are accepted and ignored.
@@ -162,12 +170,17 @@ public:
     /// `ask` shows the reason to the user through the host and `log` logs it as an error.
     static bool checkRead(const std::string& path, bool ask, bool log);
 
-    /// True if the file may be written. A file that does not exist is created and deleted again to
-    /// find out (deliberate: a symbolic link that leads nowhere is deleted, and the file it led to
-    /// stays, empty); one that the system cannot look at counts as existing, without a question,
-    /// and keeps its content. For one that exists `ask` first lets the user refuse through the host
-    /// (a host that cannot ask lets it pass); then its access rights are tested. Where writing is
-    /// impossible, `ask` shows the reason and `log` logs it as an error; a refusal is not logged.
+    /// True if the file may be written. Where exists() finds nothing, the file is created and
+    /// deleted again to find out; for a symbolic link that leads nowhere, where it leads: the link
+    /// stays. That also decides where the system does not let look (below a closed directory). For
+    /// a file that exists `ask` first lets the user refuse through the host (a host that cannot ask
+    /// lets it pass); then its access rights are tested, for the real user as access(2) does. Where
+    /// writing is impossible, `ask` shows the reason and `log` logs it as an error; a refusal is
+    /// not logged.
+    ///
+    /// The file is created exclusively: one that others create meanwhile is never emptied or
+    /// deleted, and goes on as one that exists, question included. Who opens the empty file while
+    /// it is there, though, and has written nothing yet when it is deleted, writes into nowhere.
     static bool checkWrite(const std::string& path, bool ask, bool log);
 
     /// Creates one directory (mode 0777 less the umask), no parents. False if it exists already.
@@ -180,6 +193,8 @@ public:
     static bool createPath(const std::string& path);
 
     /// Removes a file or an empty directory. True also if nothing exists at the path; false for "".
+    /// Where the system does not let look whether something exists, as below a closed directory,
+    /// removing is tried: a file there stays (false), a link that leads there goes (true).
     static bool remove(const std::string& path);
 
     /// Renames `directory`/`oldName` to `directory`/`newName`, replacing a file of that name. False
@@ -193,11 +208,31 @@ public:
     /// Reads the whole file into `buffer`, the caller's, of at least getFileSize(path) bytes. True
     /// if at least one byte was read: false for an empty file, a directory, "" or a null buffer.
     /// A short read is not detected.
+    ///
+    /// WARNING: writes beyond the buffer where the file has grown since its size was asked for. Use
+    /// the next function, which knows the buffer's size, or read into a string.
     static bool read(const std::string& path, char* buffer);
 
+    /// Reads at most `capacity` bytes from the start of the file into `buffer`, the caller's;
+    /// `size` becomes their number, and the rest of the buffer stays as it was. True if the file
+    /// was read up to there or to its end, also if it is empty; `more`, if given, tells whether the
+    /// file goes on (which takes the read of one byte more).
+    ///
+    /// Otherwise false: `more` is false, `size` the number of bytes read before the failure (0 for
+    /// "", a file that cannot be opened, a directory, or a null buffer with a capacity above 0) and
+    /// errno the cause. A read that is interrupted or comes back short is continued.
+    ///
+    ///     std::size_t size = 0;
+    ///     bool more = false;
+    ///     char head[512];
+    ///     if (!kxFile::read("scene.osb", head, sizeof head, size, &more)) return false;
+    static bool read(const std::string& path, char* buffer, std::size_t capacity, std::size_t& size,
+                     bool* more = nullptr);
+
     /// Replaces `content` by the file's bytes. True if at least one byte was read; otherwise
-    /// `content` is empty. False, not an exception, if the file does not fit into memory. A file
-    /// that shrinks while it is read, or cannot be read on, leaves zero bytes at the end.
+    /// `content` is empty. False, not an exception, if the file does not fit into memory, in which
+    /// a sparse file takes its full size, holes included. A file that shrinks while it is read, or
+    /// cannot be read on, leaves zero bytes at the end.
     /// @{
     static bool read(const std::string& path, std::string& content);
     static bool read(const std::string& path, std::vector<char>& content);
@@ -224,6 +259,13 @@ public:
     // --- Temporary files -------------------------------------------------------------------------
     // One directory per process, published in the environment variable TALO_TMP_DIR so that child
     // processes and plug-ins find the same place. Main thread only.
+    //
+    // The directory below /tmp is shared, and belongs to whoever was the first to create it. As far
+    // as its mode lets them, other users read, replace and delete what is in it, and plant links
+    // under names that can be guessed, those of getTmpName() included: writing to such a name
+    // writes where the link leads. Where that matters, make a directory of your own with
+    // mkdtemp(3), name it in TALO_TMP_DIR before the first of these calls, and remove it in the
+    // end.
 
     /// Chooses the directory, once in the life of the process (an empty name is refused with a
     /// warning and does not count). A TALO_TMP_DIR set by the user wins and is never changed;
@@ -235,8 +277,10 @@ public:
     /// then has no directory to report.
     static void initTmpDir(const std::string& name);
 
-    /// The temporary directory, after initTmpDir("talo") if none was chosen yet. "" with a log
-    /// entry if there is none. It is not checked whether the directory still exists.
+    /// The temporary directory, after initTmpDir("talo") if none was chosen yet: the value that
+    /// TALO_TMP_DIR has at the moment. It is not checked whether the directory still exists. "" if
+    /// there is none: with an information in the log if the variable is not set, and without a
+    /// report if it is set but empty (of which initTmpDir() warns).
     static std::string getTmpDir();
 
     /// The sub-directory "teamcenter" of getTmpDir(), created if it is missing. If it cannot be
@@ -244,20 +288,24 @@ public:
     static std::string getTeamcenterTmpDir();
 
     /// A name (`prefix` and a number, without the directory) that does not exist in `directory`.
-    /// The numbers never repeat within a process (after 2147483647 negative ones follow), and no
-    /// file is created: two processes can be
-    /// given the same name. "" if an argument is empty.
+    /// The numbers never repeat within a process (after 2147483647 negative ones follow). No file
+    /// is created: two processes can be given the same name, and a link that leads nowhere counts
+    /// as a free name. "" if an argument is empty.
     static std::string getTmpName(const std::string& directory, const std::string& prefix);
 
     /// Registers a path for removeTmpFiles(); an empty one is ignored.
     static void addTmpFile(const std::string& path);
 
     /// Removes the file of that name (only the last component of `name` counts) from the temporary
-    /// directory. True if it is gone or was not there, also where there is no temporary directory;
-    /// false for "" and a name that ends in a slash. Registered paths are untouched.
+    /// directory, by the rules of remove(). True if it is gone or was not there, also where there
+    /// is no temporary directory; false for "". A name that ends in a slash stands for the
+    /// directory itself, which is never removed: false while it exists. Registered paths are
+    /// untouched.
     static bool removeTmpFile(const std::string& name);
 
-    /// Removes all registered files and forgets them. The library never calls this itself: a host
+    /// Removes all registered files that exists() finds, in the order of their registration, and
+    /// forgets every path, also of those that could not be removed. A link that leads nowhere, or
+    /// to where the system does not let look, stays. The library never calls this itself: a host
     /// does when it shuts down.
     static void removeTmpFiles();
 
@@ -321,7 +369,7 @@ public:
     /// nothing is thrown; and a file that cannot be read, which passes there, shows in `error`.
     ///
     /// The file is read in blocks and closed in any case; `progress`, if set, is called for each
-    /// block. A path to a pipe or a device may block or be read without end, as with fopen(3).
+    /// block.
     static ChecksumInfo findChecksum(const std::string& path, std::uint32_t offset = 0,
                                      const Progress& progress = {});
 
@@ -335,6 +383,9 @@ public:
     ///     footer matches                         true    "Found correct file checksum %s."
     ///     footer does not match                  false   "Found incorrect file checksum %s != %s!"
     ///                                                    (computed, stored)
+    ///
+    /// Deliberate: also a file that cannot be opened or read passes. findChecksum() tells it from
+    /// one that is intact, by its `error`.
     ///
     /// The eight characters are compared as text: lower-case digits never match (deliberate). After
     /// a meta footer "Found meta footer." comes first, and a footer that is not where it says
@@ -359,8 +410,9 @@ public:
     static std::string getFileID(const std::string& path);
 
     // --- External commands -----------------------------------------------------------------------
-    // The system shell parses the command: nothing is quoted or escaped. No state: any thread may
-    // call these; a call that waits blocks its own thread only.
+    // The system shell parses the command: nothing is quoted or escaped. It inherits none of the
+    // files and pipes that the library has open at that moment. No state: any thread may call
+    // these; a call that waits blocks its own thread only.
 
     /// Runs a command. With `wait`, true if it ended with exit status 0 (and not by a signal);
     /// without, it runs in the background and true only says that the shell started it. False for

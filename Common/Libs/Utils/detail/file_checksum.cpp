@@ -119,7 +119,7 @@ std::string checksumFooter(std::uint32_t checksum) {
 kxFile::ChecksumInfo inspectChecksum(const std::string& path, std::uint32_t offset,
                                      const kxFile::Progress& progress) {
     kxFile::ChecksumInfo info;
-    const FileHandle file(openUnbuffered(path.c_str(), "rb"));
+    const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
     if (file) inspect(file.get(), offset, progress, info);
     if (!file || std::ferror(file.get()) != 0) info.error = errno;
     return info;

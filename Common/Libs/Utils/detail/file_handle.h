@@ -25,6 +25,7 @@ private:
 };
 
 /// Owns a FILE*. Closing it implicitly keeps errno; close() reports whether closing succeeded.
+/// Every mode has an "e": a program that another thread starts meanwhile must not inherit the file.
 class FileHandle {
 public:
     FileHandle(const std::string& path, const char* mode) : _file(std::fopen(path.c_str(), mode)) {}
@@ -50,15 +51,18 @@ private:
     std::FILE* _file;
 };
 
+/// True, with errno set, for a directory (which opens for reading), and where nobody can tell.
+inline bool isDirectory(std::FILE* file) {
+    struct stat info {};
+    if (fstat(fileno(file), &info) != 0) return true;
+    if (S_ISDIR(info.st_mode)) errno = EISDIR;
+    return S_ISDIR(info.st_mode);
+}
+
 /// The size of an open file, its position put back to the start; -1, with errno set, if it has none
 /// (a directory, a pipe).
 inline off_t sizeOf(std::FILE* file) {
-    struct stat info {};
-    if (fstat(fileno(file), &info) != 0) return -1;
-    if (S_ISDIR(info.st_mode)) {  // opens for reading, and some report an end of 2^63 - 1
-        errno = EISDIR;
-        return -1;
-    }
+    if (isDirectory(file)) return -1;  // some report an end of 2^63 - 1
     if (fseeko(file, 0, SEEK_END) != 0) return -1;
     const off_t size = ftello(file);
     return fseeko(file, 0, SEEK_SET) == 0 ? size : -1;

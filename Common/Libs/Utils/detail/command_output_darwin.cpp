@@ -1,0 +1,17 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
+#include <fcntl.h>
+
+#include "detail/command_output.h"
+
+namespace kx::detail {
+
+// The mode "e" is none that this system promises.
+std::FILE* openCommandOutput(const char* command) {
+    std::FILE* const output = popen(command, "r");
+    if (output) fcntl(fileno(output), F_SETFD, FD_CLOEXEC);
+    return output;
+}
+
+}  // namespace kx::detail

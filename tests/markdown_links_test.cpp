@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cctype>
 #include <filesystem>
+#include <map>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -50,9 +51,13 @@ Texts anchorsOf(const fs::path& file) {
     Texts anchors;
     const std::string prose = '\n' + proseOf(kxtest::slurp(file.string()));
     const std::regex heading("\n#+ ([^\n]*)");
+    std::map<std::string, int> seen;  // the hosts count headings of the same words
     for (std::sregex_iterator match(prose.begin(), prose.end(), heading), end; match != end;
-         ++match)
-        anchors.push_back(anchorOf((*match)[1]));
+         ++match) {
+        const std::string anchor = anchorOf((*match)[1]);
+        const int before = seen[anchor]++;
+        anchors.push_back(before == 0 ? anchor : anchor + '-' + std::to_string(before));
+    }
     return anchors;
 }
 
@@ -112,9 +117,9 @@ TEST(MarkdownLinks, DeadOnesAreFound) {
         "[e](https://kxutils.example/gone.md) `[f](gone.md)` [`g`](sub/there.md)\n"
         "```\n[h](gone.md)\n```\n    [i](gone.md)\n"
         "[wrapped over\ntwo lines](gone.md) ![picture](gone.png) [j](sub/there.md#no-heading)\n"
-        "[k](#nowhere)\n");
+        "[k](#nowhere) [l](#added-1) [m](#added-2)\n## Added\n## Added\n");
     const Links links = linksBelow(dir.path());
-    EXPECT_EQ(links.count, 10U);
-    EXPECT_EQ(links.dead, (Texts{"top.md: #nowhere", "top.md: gone.md", "top.md: gone.png",
-                                 "top.md: sub/there.md#no-heading"}));
+    EXPECT_EQ(links.count, 12U);
+    EXPECT_EQ(links.dead, (Texts{"top.md: #added-2", "top.md: #nowhere", "top.md: gone.md",
+                                 "top.md: gone.png", "top.md: sub/there.md#no-heading"}));
 }

@@ -190,6 +190,39 @@ TEST_F(LogFile, FifoIsWrittenToAndNotMoved) {
     EXPECT_EQ(kxtest::list(dir.path()), Names{"app.log"});
 }
 
+// A program that waits for a reader is ended by its alarm clock.
+TEST_F(LogFile, FifoThatNobodyReadsCannotBeOpened) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    alarm(20);
+    for (const int format : {1, 2, 3, 0}) {
+        kxLog::_log_format = format;
+        EXPECT_EQ(choose(path), failing(path));
+        EXPECT_EQ(kxLog::getLogFile(), nullptr);
+        EXPECT_EQ(consoleOf([] { kxLog::writeCSVHeader(nullptr); }).out, "");
+        EXPECT_EQ(consoleOf([&] { kxLog::writeCSVHeader(path.c_str()); }), Console());
+    }
+    alarm(0);
+    EXPECT_EQ(kxtest::list(dir.path()), Names{"app.log"});
+}
+
+TEST_F(LogFile, LinesToAFifoAreLostWhileNobodyReads) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    alarm(20);
+    for (const int format : {1, 3}) {
+        kxLog::_log_format = format;
+        kxLog::_log_file = path;
+        EXPECT_EQ(consoleOf([] { kxLog::info("lost"); }), levels[0].console("lost"));
+        const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
+        EXPECT_EQ(consoleOf([] { kxLog::info("x"); }), levels[0].console("x"));
+        char text[100];
+        const ssize_t n = read(reader, text, sizeof text);
+        close(reader);
+        EXPECT_EQ(std::string(text, n > 0 ? static_cast<std::size_t>(n) : 0), "x\n");
+        EXPECT_STREQ(kxLog::getLogFile(), path.c_str());
+    }
+    alarm(0);
+}
+
 // A file that can be appended to but not read has an age that nobody knows.
 TEST_F(LogFile, UnreadableFileIsAppendedTo) {
     dir.write("app.log", "2017-03-01 14:05:09 old\n");

@@ -192,14 +192,15 @@ std::string logFilePath(const std::string& name) {
 bool openLogFile(const std::string& name, Moment& now, std::string& path) {
     path = logFilePath(name);
     const bool isCsv = kxLog::_log_format == csvFormat;
-    const std::string stamp = kx::detail::staleStamp(path, isCsv, now.stamp());
+    const std::string stamp = kx::detail::staleStamp(path.c_str(), isCsv, now.stamp());
     if (!stamp.empty() && std::rename(path.c_str(), (path + stamp).c_str()) != 0)
         std::fputs("kxLog::setLogFile: couldn't rename old log file!\n", stderr);
     if (isCsv) kxLog::writeCSVHeader(path.c_str());
 
     std::fprintf(stdout, "Setting log file to '%s'.\n", path.c_str());
     const bool isHtml = kxLog::_log_format == htmlFormat;
-    const bool isOpen = kx::detail::appendToFile(path, isHtml ? kx::detail::htmlHead() : "");
+    const bool isOpen =
+        kx::detail::appendToFile(path.c_str(), isHtml ? kx::detail::htmlHead() : "");
     kxLog::_log_file = isOpen ? path : "";
     return isOpen;
 }
@@ -208,12 +209,12 @@ bool openLogFile(const std::string& name, Moment& now, std::string& path) {
 bool writeLine(std::string_view line, Moment& now, std::string& failedPath) {
     if (kxLog::_log_file.empty()) return true;
     if (kxLog::_log_format == csvFormat &&
-        !kx::detail::staleStamp(kxLog::_log_file, /*isCsv=*/true, now.stamp()).empty()) {
+        !kx::detail::staleStamp(kxLog::_log_file.c_str(), /*isCsv=*/true, now.stamp()).empty()) {
         std::puts("create new log file, new day started!");
         const std::string name = kxLog::_log_file;  // which opening replaces
         if (!openLogFile(name, now, failedPath)) return false;
     }
-    kx::detail::appendToFile(kxLog::_log_file, line);
+    kx::detail::appendToFile(kxLog::_log_file.c_str(), line);
     return true;
 }
 

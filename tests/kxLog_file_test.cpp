@@ -141,6 +141,27 @@ TEST_F(LogFile, FailureTurnsFileLoggingOffAndIsAnError) {
     EXPECT_EQ(slurp(dir.file("file")), "kept");
 }
 
+// The report then has the console and the last error only, the output being busy.
+TEST_F(LogFile, CallbackMayChooseAFileThatCannotBeOpened) {
+    const std::string below = dir.write("file", "") + "/app.log";
+    static std::string name;
+    name = below;
+    std::string buffer;
+    kxLog::_log_format = 1;
+    kxLog::enableOutputBuffer(buffer);
+    listen();
+    kxLog::setInfoCB([](const char*) { kxLog::setLogFile(name.c_str()); });
+    alarm(20);
+    const Console console = consoleOf([] { kxLog::info("x"); });
+    alarm(0);
+    EXPECT_EQ(console.out, failing(below).out + "x\n");
+    EXPECT_EQ(console.err, failing(below).err);
+    EXPECT_EQ(kxLog::getLastError(), "Couldn't create log file '" + below + "'!");
+    EXPECT_EQ(heard(), Hearings());
+    EXPECT_EQ(buffer, "x\n");
+    EXPECT_EQ(kxLog::getLogFile(), nullptr);
+}
+
 TEST_F(LogFile, FailureInCsvConcernsTheHeaderToo) {
     const std::string below = dir.write("file", "") + "/app.log";
     kxLog::setLogFormat(3);

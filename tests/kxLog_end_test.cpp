@@ -77,8 +77,8 @@ TEST_F(LogEnd, NameThatNoFileCanHaveMeansNoFile) {
 // Each ends while its threads log: most, but not all, in the middle of a message.
 TEST_F(LogEnd, ThreadsMayLogUntilTheProcessHasEnded) {
     using Clock = std::chrono::steady_clock;
-    const auto end = Clock::now() + std::chrono::seconds(20);
-    for (int i = 0; i < 300 && Clock::now() < end; ++i) {
+    const auto end = Clock::now() + std::chrono::seconds(10);
+    for (int i = 0; i < 200 && Clock::now() < end; ++i) {
         const Outcome outcome = probe("threads");
         ASSERT_EQ(outcome.exitCode, 0) << outcome.err.substr(0, 5000);
         ASSERT_EQ(outcome.signal, 0);

@@ -19,6 +19,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <string>
@@ -63,6 +64,12 @@ void choose() {
     kxLog::info("lost");
 }
 
+// By slashes, to one character more than a path may have.
+std::string lengthened(std::string path) {
+    path.insert(path.rfind('/'), PATH_MAX - path.size(), '/');
+    return path;
+}
+
 std::atomic<bool> isHanging{false};
 void hang(const char* /*text*/) {
     isHanging = true;
@@ -100,7 +107,7 @@ extern "C" [[gnu::visibility("default")]] void logEarly(const char* chosen, cons
     }
     kxLog::_log_format = 1;
     if (mode == "overlong")
-        kxLog::_log_file = std::string(5000, '/') + file;
+        kxLog::_log_file = lengthened(file);
     else
         kxLog::setLogFile(file);
     if (mode == "late") kxLog::info("early");

@@ -141,6 +141,27 @@ TEST_F(LogFile, FailureTurnsFileLoggingOffAndIsAnError) {
     EXPECT_EQ(slurp(dir.file("file")), "kept");
 }
 
+// The report then has the console and the last error only, the output being busy.
+TEST_F(LogFile, CallbackMayChooseAFileThatCannotBeOpened) {
+    const std::string below = dir.write("file", "") + "/app.log";
+    static std::string name;
+    name = below;
+    std::string buffer;
+    kxLog::_log_format = 1;
+    kxLog::enableOutputBuffer(buffer);
+    listen();
+    kxLog::setInfoCB([](const char*) { kxLog::setLogFile(name.c_str()); });
+    alarm(20);
+    const Console console = consoleOf([] { kxLog::info("x"); });
+    alarm(0);
+    EXPECT_EQ(console.out, failing(below).out + "x\n");
+    EXPECT_EQ(console.err, failing(below).err);
+    EXPECT_EQ(kxLog::getLastError(), "Couldn't create log file '" + below + "'!");
+    EXPECT_EQ(heard(), Hearings());
+    EXPECT_EQ(buffer, "x\n");
+    EXPECT_EQ(kxLog::getLogFile(), nullptr);
+}
+
 TEST_F(LogFile, FailureInCsvConcernsTheHeaderToo) {
     const std::string below = dir.write("file", "") + "/app.log";
     kxLog::setLogFormat(3);
@@ -188,6 +209,39 @@ TEST_F(LogFile, FifoIsWrittenToAndNotMoved) {
     close(fifo);
     EXPECT_EQ(std::string(text, n > 0 ? static_cast<std::size_t>(n) : 0), "x\nx\n");
     EXPECT_EQ(kxtest::list(dir.path()), Names{"app.log"});
+}
+
+// A program that waits for a reader is ended by its alarm clock.
+TEST_F(LogFile, FifoThatNobodyReadsCannotBeOpened) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    alarm(20);
+    for (const int format : {1, 2, 3, 0}) {
+        kxLog::_log_format = format;
+        EXPECT_EQ(choose(path), failing(path));
+        EXPECT_EQ(kxLog::getLogFile(), nullptr);
+        EXPECT_EQ(consoleOf([] { kxLog::writeCSVHeader(nullptr); }).out, "");
+        EXPECT_EQ(consoleOf([&] { kxLog::writeCSVHeader(path.c_str()); }), Console());
+    }
+    alarm(0);
+    EXPECT_EQ(kxtest::list(dir.path()), Names{"app.log"});
+}
+
+TEST_F(LogFile, LinesToAFifoAreLostWhileNobodyReads) {
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    alarm(20);
+    for (const int format : {1, 3}) {
+        kxLog::_log_format = format;
+        kxLog::_log_file = path;
+        EXPECT_EQ(consoleOf([] { kxLog::info("lost"); }), levels[0].console("lost"));
+        const int reader = open(path.c_str(), O_RDONLY | O_NONBLOCK);
+        EXPECT_EQ(consoleOf([] { kxLog::info("x"); }), levels[0].console("x"));
+        char text[100];
+        const ssize_t n = read(reader, text, sizeof text);
+        close(reader);
+        EXPECT_EQ(std::string(text, n > 0 ? static_cast<std::size_t>(n) : 0), "x\n");
+        EXPECT_STREQ(kxLog::getLogFile(), path.c_str());
+    }
+    alarm(0);
 }
 
 // A file that can be appended to but not read has an age that nobody knows.

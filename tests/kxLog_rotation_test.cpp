@@ -247,6 +247,21 @@ TEST_F(Rotation, CsvFileMovesAtItsFirstMessage) {
     EXPECT_EQ(consoleOf([] { kxLog::info("b"); }), levels[0].console("b"));
 }
 
+// Deliberate, and the sum of two moves to one name: a file that was no log is gone after the first
+// message.
+TEST_F(Rotation, CsvTakesThePlaceOfAFileThatWasNoLog) {
+    const std::string text = "Chapter 1\nIt was a dark and stormy night.\n";
+    dir.write("app.log", text);
+    kxLog::setLogFormat(3);
+    choose();
+    EXPECT_EQ(slurp(path + undated), text);
+    EXPECT_EQ(slurp(path), header);
+    consoleOf([] { kxLog::info("a"); });
+    EXPECT_EQ(slurp(path + undated), header);
+    EXPECT_EQ(slurp(path).substr(0, header.size()), header);
+    EXPECT_EQ(kxtest::list(dir.path()), (Names{"app.log", std::string("app.log") + undated}));
+}
+
 TEST_F(Rotation, CsvWithoutStampsMovesAtEveryMessage) {
     kxLog::setLogFormat(3);
     kxLog::_add_time_stamp = false;

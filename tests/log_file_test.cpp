@@ -7,14 +7,17 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/ioctl.h>
 #include <sys/resource.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "descriptors.h"
@@ -24,7 +27,7 @@
 namespace {
 
 std::string staleStamp(const std::string& path, bool isCsv) {
-    return kx::detail::staleStamp(path, isCsv, kx::detail::stampNow());
+    return kx::detail::staleStamp(path.c_str(), isCsv, kx::detail::stampNow());
 }
 
 /// The stamp in a rotated file's name, read by the C library.
@@ -130,7 +133,7 @@ TEST(StaleStamp, ReadsWhatScanfReads) {
 TEST(LogFile, LeavesNoDescriptorOpen) {
     const kxtest::TempDir dir;
     const int before = kxtest::nextDescriptor();
-    EXPECT_TRUE(kx::detail::appendToFile(dir.file("log"), "x\n"));
+    EXPECT_TRUE(kx::detail::appendToFile(dir.file("log").c_str(), "x\n"));
     EXPECT_NE(staleStamp(dir.file("log"), /*isCsv=*/true), "");
     staleStamp(dir.path(), /*isCsv=*/true);
     EXPECT_EQ(kxtest::nextDescriptor(), before);
@@ -158,7 +161,7 @@ TEST(Stamps, HaveFieldsOfFixedWidthButTheYear) {
 TEST(AppendToFile, LeavesThePermissionsToTheUmask) {
     const kxtest::TempDir dir;
     const mode_t old = umask(027);
-    EXPECT_TRUE(kx::detail::appendToFile(dir.file("log"), "x\n"));
+    EXPECT_TRUE(kx::detail::appendToFile(dir.file("log").c_str(), "x\n"));
     umask(old);
     struct stat info {};
     ASSERT_EQ(stat(dir.file("log").c_str(), &info), 0);
@@ -168,9 +171,9 @@ TEST(AppendToFile, LeavesThePermissionsToTheUmask) {
 TEST(AppendToFile, FailsOnlyIfTheFileCannotBeOpened) {
     const kxtest::TempDir dir;
     EXPECT_TRUE(kx::detail::appendToFile("/dev/full", "lost"));
-    EXPECT_FALSE(kx::detail::appendToFile(dir.path(), ""));
-    EXPECT_FALSE(kx::detail::appendToFile(dir.file("missing/file"), ""));
-    EXPECT_TRUE(kx::detail::appendToFile(dir.file("new"), ""));
+    EXPECT_FALSE(kx::detail::appendToFile(dir.path().c_str(), ""));
+    EXPECT_FALSE(kx::detail::appendToFile(dir.file("missing/file").c_str(), ""));
+    EXPECT_TRUE(kx::detail::appendToFile(dir.file("new").c_str(), ""));
     EXPECT_EQ(kxtest::slurp(dir.file("new")), "");
 }
 
@@ -181,7 +184,7 @@ TEST(AppendToFile, TakesThePartBackThatHadRoom) {
     bool isOpened = false;
     {
         const kxtest::ScopedFileLimit limit(10);
-        isOpened = kx::detail::appendToFile(log, "second\n");
+        isOpened = kx::detail::appendToFile(log.c_str(), "second\n");
     }
     EXPECT_TRUE(isOpened);
     EXPECT_EQ(kxtest::slurp(log), "first\n");
@@ -210,8 +213,151 @@ TEST(AppendToFile, TakesNothingBackBehindWhichAnotherProcessHasWritten) {
     {
         const kxtest::ScopedFileLimit limit(10);
         std::signal(SIGXFSZ, appendAsOtherProcess);
-        kx::detail::appendToFile(log, "second\n");
+        kx::detail::appendToFile(log.c_str(), "second\n");
     }
     close(otherProcess);
     EXPECT_EQ(kxtest::slurp(log), "first\nsecoother\n");
 }
+
+// --- Pipes ---------------------------------------------------------------------------------------
+
+namespace {
+
+class Pipe : public testing::Test {
+protected:
+    Pipe() {
+        EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+        alarm(20);  // ends a program that waits for ever
+    }
+    ~Pipe() override { alarm(0); }
+
+    int openReader() const { return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }
+
+    /// As many bytes, as soon as they come.
+    static std::string readAll(int reader, std::size_t size) {
+        std::string bytes;
+        while (bytes.size() < size) {
+            char part[4096];
+            const ssize_t n = read(reader, part, sizeof part);
+            if (n > 0) bytes.append(part, static_cast<std::size_t>(n));
+        }
+        return bytes;
+    }
+
+    /// Until the long text has begun to come: whoever writes it waits then, or soon.
+    static void waitForStart(int reader) {
+        for (int filled = 0; filled < 4096;) ioctl(reader, FIONREAD, &filled);
+    }
+
+    static sigset_t onlySigpipe() {
+        sigset_t set{};
+        sigemptyset(&set);
+        sigaddset(&set, SIGPIPE);
+        return set;
+    }
+    static bool isSigpipePending() {
+        sigset_t set{};
+        sigpending(&set);
+        return sigismember(&set, SIGPIPE) == 1;
+    }
+    static bool isSigpipeBlocked() {
+        sigset_t set{};
+        pthread_sigmask(SIG_BLOCK, nullptr, &set);
+        return sigismember(&set, SIGPIPE) == 1;
+    }
+
+    const kxtest::TempDir dir;
+    const std::string path = dir.file("pipe");
+    const std::string longText = std::string(300000, 'x') + "end";  // no pipe has room for it
+};
+
+}  // namespace
+
+TEST_F(Pipe, WithoutReaderCannotBeOpened) {
+    EXPECT_FALSE(kx::detail::appendToFile(path.c_str(), "lost"));
+    const int reader = openReader();
+    EXPECT_TRUE(kx::detail::appendToFile(path.c_str(), "x"));
+    EXPECT_EQ(readAll(reader, 1), "x");
+    close(reader);
+    EXPECT_FALSE(kx::detail::appendToFile(path.c_str(), "lost"));
+}
+
+TEST_F(Pipe, WaitsForASlowReader) {
+    const int reader = openReader();
+    // What is known of one path is not taken for true of the next.
+    EXPECT_TRUE(kx::detail::appendToFile(dir.file("file").c_str(), "x"));
+    std::thread writer([&] { EXPECT_TRUE(kx::detail::appendToFile(path.c_str(), longText)); });
+    waitForStart(reader);
+    EXPECT_TRUE(readAll(reader, longText.size()) == longText);
+    writer.join();
+    close(reader);
+}
+
+// SIGPIPE would end the program.
+TEST_F(Pipe, WhoseReaderLeavesRaisesNoSignal) {
+    const int reader = openReader();
+    std::thread writer([&] {
+        EXPECT_TRUE(kx::detail::appendToFile(path.c_str(), longText));
+        EXPECT_FALSE(isSigpipePending());
+        EXPECT_FALSE(isSigpipeBlocked());
+    });
+    waitForStart(reader);
+    close(reader);
+    writer.join();
+}
+
+TEST_F(Pipe, LeavesASignalThatWasPending) {
+    const int reader = openReader();
+    std::thread writer([&] {
+        const sigset_t set = onlySigpipe();
+        pthread_sigmask(SIG_BLOCK, &set, nullptr);
+        pthread_kill(pthread_self(), SIGPIPE);
+        EXPECT_TRUE(kx::detail::appendToFile(path.c_str(), longText));
+        EXPECT_TRUE(isSigpipePending());
+        EXPECT_TRUE(isSigpipeBlocked());
+    });
+    waitForStart(reader);
+    close(reader);
+    writer.join();
+}
+
+// What a path leads to is asked once a second.
+TEST_F(Pipe, ThatTakesThePlaceOfAFileIsNoticed) {
+    const std::string file = dir.write("file", "");
+    EXPECT_TRUE(kx::detail::appendToFile(file.c_str(), "x"));
+    ASSERT_EQ(rename(path.c_str(), file.c_str()), 0);
+    const int reader = open(file.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const std::time_t start = std::time(nullptr);
+    while (std::time(nullptr) <= start) std::this_thread::yield();
+    std::thread writer([&] { EXPECT_TRUE(kx::detail::appendToFile(file.c_str(), longText)); });
+    waitForStart(reader);
+    EXPECT_TRUE(readAll(reader, longText.size()) == longText);
+    writer.join();
+    close(reader);
+}
+
+#ifdef F_SETLEASE
+namespace {
+
+int leased = -1;
+volatile std::sig_atomic_t wasAskedToLeave = 0;
+void leave(int /*signal*/) {
+    wasAskedToLeave = 1;
+    fcntl(leased, F_SETLEASE, F_UNLCK);
+}
+
+}  // namespace
+
+TEST(AppendToFile, WaitsForAProgramThatHoldsALease) {
+    const kxtest::TempDir dir;
+    const std::string log = dir.write("log", "");
+    leased = open(log.c_str(), O_RDONLY | O_CLOEXEC);
+    std::signal(SIGIO, leave);
+    if (fcntl(leased, F_SETLEASE, F_RDLCK) != 0) GTEST_SKIP() << "no leases on this file system";
+    EXPECT_TRUE(kx::detail::appendToFile(log.c_str(), "x\n"));
+    std::signal(SIGIO, SIG_DFL);
+    close(leased);
+    EXPECT_EQ(wasAskedToLeave, 1);
+    EXPECT_EQ(kxtest::slurp(log), "x\n");
+}
+#endif

@@ -144,11 +144,10 @@ constexpr Call calls[] = {
 
 // Calls that cannot fail, or (`brk`) have another one to take their place.
 constexpr long sureCalls[] = {
-    SYS_brk,         SYS_clock_gettime, SYS_futex,        SYS_getegid,
-    SYS_geteuid,     SYS_getgid,        SYS_getpid,       SYS_getrandom,
-    SYS_gettid,      SYS_gettimeofday,  SYS_getuid,       SYS_madvise,
-    SYS_munmap,      SYS_prctl,         SYS_rt_sigaction, SYS_rt_sigprocmask,
-    SYS_sched_yield, SYS_time};
+    SYS_brk,           SYS_clock_gettime,  SYS_futex,           SYS_getegid,     SYS_geteuid,
+    SYS_getgid,        SYS_getpid,         SYS_getrandom,       SYS_gettid,      SYS_gettimeofday,
+    SYS_getuid,        SYS_madvise,        SYS_munmap,          SYS_prctl,       SYS_rt_sigaction,
+    SYS_rt_sigpending, SYS_rt_sigprocmask, SYS_rt_sigtimedwait, SYS_sched_yield, SYS_time};
 
 using Registers = std::remove_reference_t<decltype(ucontext_t{}.uc_mcontext.gregs)>;
 

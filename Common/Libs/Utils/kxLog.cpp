@@ -3,6 +3,11 @@
 
 #include "kxLog.h"
 
+#include <pthread.h>
+
+#include <atomic>
+#include <chrono>
+#include <climits>
 #include <cstdarg>
 #include <cstdio>
 #include <cstdlib>
@@ -10,7 +15,10 @@
 #include <new>
 #include <ostream>
 #include <string_view>
+#include <thread>
+#include <type_traits>
 
+#include "detail/log_end.h"
 #include "detail/log_file.h"
 #include "detail/text/ascii.h"
 #include "kxFile.h"
@@ -29,8 +37,67 @@ std::string kxLog::_log_file;
 
 namespace {
 
-// Held from the first to the last output of a message.
-std::mutex _mutex;
+// --- Mutexes -------------------------------------------------------------------------------------
+
+// A static object that static destruction leaves alone, since threads use it until the process
+// ends.
+template <class T, bool = std::is_trivially_destructible_v<T>>
+struct Lasting {
+    T value;
+};
+template <class T>
+struct Lasting<T, false> {  // libc++'s mutex
+    constexpr Lasting() : value() {}
+    ~Lasting() {}  // NOLINT(modernize-use-equals-default): that would be deleted
+    Lasting(const Lasting&) = delete;
+    Lasting& operator=(const Lasting&) = delete;
+    union {
+        T value;
+    };
+};
+
+void renew(Lasting<std::mutex>& mutex) { new (&mutex.value) std::mutex; }
+
+// Held from the first to the last output of a message. Knows which thread holds it.
+class OutputMutex {
+public:
+    void lock() {
+        _mutex.value.lock();
+        hold();
+    }
+    /// A second at most: a callback that hangs holds it for ever.
+    bool lockInTime() {
+        const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+        while (!_mutex.value.try_lock()) {
+            if (std::chrono::steady_clock::now() > end) return false;
+            std::this_thread::sleep_for(std::chrono::microseconds(100));
+        }
+        hold();
+        return true;
+    }
+    void unlock() {
+        _holder.store({}, std::memory_order_relaxed);
+        _mutex.value.unlock();
+    }
+
+    bool isMine() const {
+        return pthread_equal(_holder.load(std::memory_order_relaxed), pthread_self()) != 0;
+    }
+
+    /// In a child process, which has none of the other threads.
+    void renewUnlessMine() {
+        if (isMine()) return;
+        renew(_mutex);
+        _holder.store({}, std::memory_order_relaxed);
+    }
+
+private:
+    void hold() { _holder.store(pthread_self(), std::memory_order_relaxed); }
+
+    Lasting<std::mutex> _mutex;
+    std::atomic<pthread_t> _holder{};
+} _mutex;
+const char* _textOnItsWay = nullptr;  // for the holder of the mutex
 
 enum Format { textFormat = 1, htmlFormat = 2, csvFormat = 3 };
 enum Flags { callCallback = 2, writeLines = 4 };
@@ -66,20 +133,99 @@ public:
 
     KXUTILS_PRINTF(3, 0)
     void log(Output output, const char* format, std::va_list arguments) {
-        const std::lock_guard<std::mutex> guard(_bufferMutex);
+        const std::lock_guard<std::mutex> guard(_bufferMutex.value);
         // Whatever becomes of it, the last character stays a 0.
         std::vsnprintf(_text, sizeof _text, format, arguments);
         output(_text, callCallback | writeLines, /*alternate=*/false);
     }
 
+    /// In a child process: unless its only thread holds it, by a callback that has forked.
+    void renewUnlessMine() {
+        if (!_mutex.isMine() || _textOnItsWay != _text) renew(_bufferMutex);
+    }
+
 private:
-    std::mutex _bufferMutex;
+    Lasting<std::mutex> _bufferMutex;
     char _text[maxTextLength + 1] = {};
 };
 
 EntryPoint infoEntry, infoNumberEntry;
 EntryPoint warningEntry, warningNumberEntry;
 EntryPoint errorEntry, errorNumberEntry;
+
+// --- Child processes -----------------------------------------------------------------------------
+
+// The output's mutex is held while a process forks, so that the child finds no message half written
+// to the console's buffers and the strings. The text buffers need no such care: their content is of
+// no use to the child, where their mutexes start anew.
+
+bool _isHeldForFork = false;  // for the holder of the mutex
+
+void beforeFork() {
+    // A callback that forks holds it, in the child too until it returns there.
+    if (!_mutex.isMine() && _mutex.lockInTime()) _isHeldForFork = true;
+}
+
+void afterFork() {
+    if (!_mutex.isMine() || !_isHeldForFork) return;
+    _isHeldForFork = false;
+    _mutex.unlock();
+}
+
+void afterForkInChild() {
+    afterFork();
+    _mutex.renewUnlessMine();  // as of a thread whose callback hangs
+    infoEntry.renewUnlessMine(), infoNumberEntry.renewUnlessMine();
+    warningEntry.renewUnlessMine(), warningNumberEntry.renewUnlessMine();
+    errorEntry.renewUnlessMine(), errorNumberEntry.renewUnlessMine();
+}
+
+// Without memory for it a child may hang, and nobody could be told. The C library forgets the
+// handlers when the library is unloaded.
+const int _forkHandlers = pthread_atfork(beforeFork, afterFork, afterForkInChild);
+
+// --- Strings -------------------------------------------------------------------------------------
+
+// Static destruction takes the strings away while threads may still log. From then on their texts
+// stand here, where nothing is destroyed.
+struct Kept {
+    char logFile[PATH_MAX];  // the system opens no longer path
+    char lastError[maxTextLength + 1];
+    char appName[maxTextLength + 1];
+};
+Kept _kept;
+std::atomic<bool> _isKept{false};
+
+// Destroyed before the strings.
+const kx::detail::LogEnd _end;
+
+template <std::size_t size>
+void keep(char (&kept)[size], std::string_view text) {
+    kept[text.copy(kept, size - 1)] = '\0';
+}
+void keepLogFile(std::string_view path) {
+    keep(_kept.logFile, path.size() < sizeof _kept.logFile ? path : "");  // a part is another path
+}
+
+const char* lastError() { return _isKept ? _kept.lastError : kxLog::_last_error.c_str(); }
+void setLastError(std::string_view text) {
+    if (_isKept)
+        keep(_kept.lastError, text);
+    else
+        kxLog::_last_error = text;
+}
+
+// "" if there is none.
+const char* logFile() { return _isKept ? _kept.logFile : kxLog::_log_file.c_str(); }
+bool hasLogFile() { return *logFile() != '\0'; }
+void storeLogFile(const std::string& path) {
+    if (_isKept)
+        keepLogFile(path);
+    else
+        kxLog::_log_file = path;
+}
+
+// --- Lines ---------------------------------------------------------------------------------------
 
 // Text put together on the stack, where formatted messages fit; a longer one moves to the heap.
 class Composition {
@@ -180,7 +326,8 @@ void print(int type, std::string_view text) {
 
 // Where the log file of that name really goes.
 std::string logFilePath(const std::string& name) {
-    const std::string variable = kx::detail::toUpper(kxPlatform::getAppName()) + "_LOG_DIR";
+    const char* const appName = _isKept ? _kept.appName : kxPlatform::getAppName();
+    const std::string variable = kx::detail::toUpper(appName) + "_LOG_DIR";
     const char* const directory = std::getenv(variable.c_str());
     if (!directory || !*directory) return name;
     kxFile::createPath(directory);
@@ -192,37 +339,30 @@ std::string logFilePath(const std::string& name) {
 bool openLogFile(const std::string& name, Moment& now, std::string& path) {
     path = logFilePath(name);
     const bool isCsv = kxLog::_log_format == csvFormat;
-    const std::string stamp = kx::detail::staleStamp(path, isCsv, now.stamp());
+    const std::string stamp = kx::detail::staleStamp(path.c_str(), isCsv, now.stamp());
     if (!stamp.empty() && std::rename(path.c_str(), (path + stamp).c_str()) != 0)
         std::fputs("kxLog::setLogFile: couldn't rename old log file!\n", stderr);
     if (isCsv) kxLog::writeCSVHeader(path.c_str());
 
     std::fprintf(stdout, "Setting log file to '%s'.\n", path.c_str());
     const bool isHtml = kxLog::_log_format == htmlFormat;
-    const bool isOpen = kx::detail::appendToFile(path, isHtml ? kx::detail::htmlHead() : "");
-    kxLog::_log_file = isOpen ? path : "";
+    const bool isOpen =
+        kx::detail::appendToFile(path.c_str(), isHtml ? kx::detail::htmlHead() : "");
+    storeLogFile(isOpen ? path : "");
     return isOpen;
 }
 
 // Writes a line, after a change of day to a new file. False as openLogFile.
 bool writeLine(std::string_view line, Moment& now, std::string& failedPath) {
-    if (kxLog::_log_file.empty()) return true;
+    if (!hasLogFile()) return true;
     if (kxLog::_log_format == csvFormat &&
-        !kx::detail::staleStamp(kxLog::_log_file, /*isCsv=*/true, now.stamp()).empty()) {
+        !kx::detail::staleStamp(logFile(), /*isCsv=*/true, now.stamp()).empty()) {
         std::puts("create new log file, new day started!");
-        const std::string name = kxLog::_log_file;  // which opening replaces
+        const std::string name = logFile();  // which opening replaces
         if (!openLogFile(name, now, failedPath)) return false;
     }
-    kx::detail::appendToFile(kxLog::_log_file, line);
+    kx::detail::appendToFile(logFile(), line);
     return true;
-}
-
-// A text of its own, cut as the entry point `error` would cut it: that one's buffer may hold the
-// message on its way.
-void reportUnopened(const std::string& path) {
-    const std::string text = "Couldn't create log file '" + path + "'!";
-    kxLog::errorI(text.substr(0, maxTextLength).c_str(), callCallback | writeLines,
-                  /*alternate=*/false);
 }
 
 // A step of the output for which memory runs out is left out: logging never fails.
@@ -234,19 +374,33 @@ void tryStep(const Step& step) {
     }
 }
 
+// A text of its own, cut as the entry point `error` would cut it: that one's buffer may hold the
+// message on its way.
+void reportUnopened(const std::string& path) {
+    const std::string text = ("Couldn't create log file '" + path + "'!").substr(0, maxTextLength);
+    if (!_mutex.isMine()) {
+        kxLog::errorI(text.c_str(), callCallback | writeLines, /*alternate=*/false);
+        return;
+    }
+    // A callback has chosen the file, and the output is busy with its message.
+    setLastError(text);
+    print(errorLevel.consoleType, text);
+}
+
 void output(const Level& level, void (*const& callback)(const char*), const char* text, int flags,
             bool alternate) {
     std::string failedPath;
     bool isFileOpen = true;
     {
-        const std::lock_guard<std::mutex> guard(_mutex);
-        if (&level == &errorLevel) tryStep([&] { kxLog::_last_error = text; });
-        if ((flags & callCallback) != 0 && callback) callback(text);
+        const std::lock_guard<OutputMutex> guard(_mutex);
+        _textOnItsWay = text;
         const std::string_view view = text;
+        if (&level == &errorLevel) tryStep([&] { setLastError(view); });
+        if ((flags & callCallback) != 0 && callback) callback(text);
         tryStep([&] { print(alternate ? level.alternateConsoleType : level.consoleType, view); });
 
         if ((flags & writeLines) == 0) return;
-        if (!kxLog::_output_streambuf && !kxLog::_output_buffer && kxLog::_log_file.empty()) return;
+        if (!kxLog::_output_streambuf && !kxLog::_output_buffer && !hasLogFile()) return;
         tryStep([&] {
             Composition line;
             Moment now;
@@ -265,6 +419,16 @@ void output(const Level& level, void (*const& callback)(const char*), const char
 }
 
 }  // namespace
+
+void kx::detail::moveLogOffStatics() noexcept {
+    if (_isKept) return;
+    const bool isLocked = !_mutex.isMine() && _mutex.lockInTime();  // a callback may call exit()
+    keepLogFile(kxLog::_log_file);
+    keep(_kept.lastError, kxLog::_last_error);
+    keep(_kept.appName, kxPlatform::getAppName());
+    _isKept = true;
+    if (isLocked) _mutex.unlock();
+}
 
 // --- Messages ------------------------------------------------------------------------------------
 
@@ -358,8 +522,8 @@ void kxLog::colorOutput(int type, const char* text) { print(type, text); }
 
 // --- Last error, callbacks, buffer and stream ----------------------------------------------------
 
-const char* kxLog::getLastError() { return _last_error.c_str(); }
-void kxLog::clearLastError() { _last_error.clear(); }
+const char* kxLog::getLastError() { return lastError(); }
+void kxLog::clearLastError() { setLastError(""); }
 
 void kxLog::setInfoCB(void (*callback)(const char*)) { _info_fp = callback; }
 void kxLog::setWarningCB(void (*callback)(const char*)) { _warning_fp = callback; }
@@ -388,10 +552,10 @@ void kxLog::setLogFile(const char* name) {
     if (!openLogFile(std::string(name), now, path)) reportUnopened(path);
 }
 
-const char* kxLog::getLogFile() { return _log_file.empty() ? nullptr : _log_file.c_str(); }
+const char* kxLog::getLogFile() { return hasLogFile() ? logFile() : nullptr; }
 
 void kxLog::writeCSVHeader(const char* name) {
-    const std::string path = name ? name : _log_file;
+    const std::string path = name ? name : logFile();
     if (kxFile::exists(path, false, false)) return;
     // Appended, since a file that could not be looked at keeps what it has.
     if (!kxFile::append(path, "Date;Time;Type of Message;Message Number;Description\n"))

@@ -23,7 +23,8 @@
 ///     kxLog::warning("%d faces dropped", n);
 ///
 /// Texts pass through unchanged to the console and to text and CSV lines: terminal escapes, ";" and
-/// newlines in a message stay what they are. Do not log untrusted text where that matters.
+/// newlines in a message stay what they are, and a spreadsheet takes a CSV field that starts with
+/// "=", "+", "-" or "@" for a formula. Do not log untrusted text where that matters.
 ///
 /// ## Threads
 /// Any thread may log. One mutex is held from the first to the last output of a message (last
@@ -38,6 +39,27 @@
 /// thread only, while no other thread logs. The first message of a new day opens a CSV file on the
 /// thread that logs, which reads the environment and the application's name then; neither may
 /// change meanwhile.
+///
+/// ## The end of the process
+/// Logging works until the process has ended, in threads that still run and in destructors of
+/// static objects too. Once the library's own static objects are destroyed, the public strings
+/// below are gone; the functions, which have copies, are not. What you hand to the log (callbacks,
+/// buffer, stream) must live as long as anybody logs, so take it away, or join your threads, before
+/// you destroy it. Where a message is on its way in another thread, the end of the process waits
+/// for it, a second at most. Before the library is unloaded (dlclose), all threads must have left
+/// it.
+///
+/// ## Child processes
+/// `fork` waits for the message on its way, a second at most, and the child's log works, whatever
+/// other threads were doing. A callback may fork. What standard output has not written yet is
+/// written by both processes, as always with fork: end a child with _exit(). Handlers of
+/// pthread_atfork that were registered before the library was loaded must not log.
+///
+/// ## Signals
+/// A signal handler must not log: it may have interrupted a message, whose mutex it would wait for.
+/// SIGXFSZ (a file has reached the limit of its size) and SIGPIPE (nobody reads standard output, or
+/// the pipe behind a stream buffer) are the application's: they end it unless it ignores or handles
+/// them. Only the log file, where it is a pipe, raises no SIGPIPE.
 class KXUTILS_API kxLog {
 public:
     // --- Messages --------------------------------------------------------------------------------
@@ -119,9 +141,11 @@ public:
     //   2 HTML  <span style="color:#b4b400;">the text, escaped</span><br>
     //   3 CSV   01.03.2017;14:05:09;WARN;200;the text
     //
-    // Any other format makes the lines empty. Stamps are local time. CSV has no quoting: a ";" in a
-    // message makes one field more. With stamps cleared in format 3, the day of the first line
-    // cannot be read and the file is moved aside at EVERY message.
+    // Any other format makes the lines empty. Stamps are local time. The time zone (the variable
+    // TZ, or the system's) is read once, at its first use in the process: a later change counts
+    // after tzset(). CSV has no quoting: a ";" in a message makes one field more. With stamps
+    // cleared in format 3, the day of the first line cannot be read and the file is moved aside at
+    // EVERY message.
 
     /// Chooses the format; 1 and 3 also turn stamps on. Call it before setLogFile, so that the
     /// file's head matches.
@@ -136,9 +160,19 @@ public:
     /// An existing file whose first message is not of today is moved aside, to its path followed
     /// directly by that message's stamp ("app.log20170301-140509"). Deliberate: HTML, and text
     /// without stamps, cannot be dated, so such a file always moves to path + "00000-000000",
-    /// replacing an earlier one of that name. Only a regular file is moved.
+    /// replacing an earlier one of that name. Only a regular file is moved; where the path is a
+    /// link to one, the link itself is moved, and the new file takes its place.
     ///
-    /// If the file cannot be opened, file logging is off and an error says so.
+    /// Do not choose a file that is no log. It is moved aside as undated, and in CSV format the
+    /// first message moves a second file, the new one with its header only, to the same name: the
+    /// content of the file that was there is then gone.
+    ///
+    /// A name that does not start with "/" is looked up in the working directory anew for each
+    /// line, so that the log goes elsewhere after a change of directory.
+    ///
+    /// If the file cannot be opened, file logging is off and an error says so (called by a
+    /// callback: only on the console and as the last error). A pipe that nobody reads cannot be
+    /// opened.
     static void setLogFile(const char* name);
 
     /// The path of the log file, valid until it changes; null if there is none.
@@ -155,7 +189,8 @@ public:
     /// Appends a line to the log file in one write, so that lines of several processes stay whole
     /// (the system may cut that of a process killed within it); nothing if there is no file. A line
     /// that cannot be written, or not completely, is lost silently and as a whole; later ones are
-    /// written once the disk has space again.
+    /// written once the disk has space again. Where the file is a pipe, a line is lost while nobody
+    /// reads and waits for a reader that is slow, and one longer than PIPE_BUF may be parted.
     ///
     /// In CSV format a file whose first message is not of today is moved aside first and a new one
     /// started; deliberate: a file that holds its header only counts as undated and moves to path +
@@ -166,7 +201,7 @@ public:
     /// one moved before. Give each its own file where every line counts.
     ///
     /// The output does this for every message; called directly it is not guarded against other
-    /// threads' messages, and a callback must not call it: that error takes the log's mutex.
+    /// threads' messages.
     static void addToLogFile(const std::string& line);
 
     /// With stamps on, replaces `line` by the start of a text line: time, type and number + _nr.

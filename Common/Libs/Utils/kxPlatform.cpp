@@ -13,6 +13,7 @@
 #include "detail/canonical_path.h"
 #include "detail/entered_directory.h"
 #include "detail/executable_path.h"
+#include "detail/log_end.h"
 #include "detail/make_path.h"
 #include "kxFile.h"
 #include "kxLog.h"
@@ -24,6 +25,7 @@ std::string kxPlatform::_preferences_dir;
 std::string kxPlatform::_full_app_name;
 std::string kxPlatform::_version_year;
 std::string kxPlatform::_app_version_name;
+static const kx::detail::LogEnd _logEnd;  // after the name of the application
 
 bool kxPlatform::_taloCompact = false;
 bool kxPlatform::_taloPrism = false;

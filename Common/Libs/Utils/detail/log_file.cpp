@@ -4,17 +4,93 @@
 #include "detail/log_file.h"
 
 #include <fcntl.h>
+#include <signal.h>  // NOLINT(modernize-deprecated-headers): sigpending, sigwait
 #include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
 #include <charconv>
+#include <climits>
 #include <cstdio>
+#include <cstring>
 #include <ctime>
 #include <limits>
 
 namespace kx::detail {
 namespace {
+
+// A pipe that nobody reads would make the open wait, so that is not waited for (ENXIO).
+int openToAppend(const char* path) {
+    const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
+    const mode_t mode = 0666;  // less the umask
+    const int descriptor = open(path, flags | O_NONBLOCK, mode);
+    // A program that holds a lease on the file gets the time to give it up.
+    if (descriptor < 0 && errno == EWOULDBLOCK) return open(path, flags, mode);
+    return descriptor;
+}
+
+// Asking the system takes a twentieth of the time of a line, so its answer holds for a second.
+bool isRegular(const char* path, int descriptor) {
+    static struct {
+        char path[PATH_MAX];
+        std::time_t time;
+        bool isRegular;
+    } last;
+    const std::time_t now = std::time(nullptr);
+    if (last.time == now && std::strcmp(last.path, path) == 0) return last.isRegular;
+    struct stat info {};
+    last.isRegular = fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
+    last.time = now;
+    std::strcpy(last.path, path);  // which the system has opened, so it is no longer
+    return last.isRegular;
+}
+
+// Keeps the SIGPIPE of a write to a pipe that nobody reads any more from the application, which may
+// not survive it. One that was pending before stays.
+class NoBrokenPipeSignal {
+public:
+    NoBrokenPipeSignal() : _wasPending(isPending()) {
+        sigset_t set = onlySigpipe();
+        pthread_sigmask(SIG_BLOCK, &set, &_before);
+    }
+    ~NoBrokenPipeSignal() {
+        const sigset_t set = onlySigpipe();
+        int signal = 0;
+        if (!_wasPending && isPending()) sigwait(&set, &signal);
+        pthread_sigmask(SIG_SETMASK, &_before, nullptr);
+    }
+    NoBrokenPipeSignal(const NoBrokenPipeSignal&) = delete;
+    NoBrokenPipeSignal& operator=(const NoBrokenPipeSignal&) = delete;
+
+private:
+    static sigset_t onlySigpipe() {
+        sigset_t set{};
+        sigemptyset(&set);
+        sigaddset(&set, SIGPIPE);
+        return set;
+    }
+    static bool isPending() {
+        sigset_t set{};
+        sigpending(&set);
+        return sigismember(&set, SIGPIPE) == 1;
+    }
+
+    const bool _wasPending;
+    sigset_t _before{};
+};
+
+// How many of the bytes could be written.
+std::size_t writeAll(int descriptor, std::string_view bytes) {
+    std::size_t done = 0;
+    while (done < bytes.size()) {
+        const ssize_t n = write(descriptor, bytes.data() + done, bytes.size() - done);
+        if (n > 0)
+            done += static_cast<std::size_t>(n);
+        else if (errno != EINTR)
+            break;
+    }
+    return done;
+}
 
 // Removes what has just been appended, unless another process has appended since.
 void takeBack(int descriptor, std::size_t size) {
@@ -180,9 +256,9 @@ std::string htmlHead() {
            rule + "<font color=\"#b40000\">Log file from " + date + "</font><br>" + rule + "</p>\n";
 }
 
-std::string staleStamp(const std::string& path, bool isCsv, const Stamp& now) {
+std::string staleStamp(const char* path, bool isCsv, const Stamp& now) {
     // Not blocking, since the path may lead to a pipe; only a regular file is an old log.
-    const int descriptor = open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC);
+    const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return {};
     const Stamp first = readFirstStamp(descriptor, isCsv);
     struct stat info {};
@@ -197,17 +273,16 @@ std::string staleStamp(const std::string& path, bool isCsv, const Stamp& now) {
     return text;
 }
 
-bool appendToFile(const std::string& path, std::string_view bytes) {
-    const int descriptor =
-        open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);  // less the umask
+bool appendToFile(const char* path, std::string_view bytes) {
+    const int descriptor = openToAppend(path);
     if (descriptor < 0) return false;
     std::size_t done = 0;
-    while (done < bytes.size()) {
-        const ssize_t n = write(descriptor, bytes.data() + done, bytes.size() - done);
-        if (n > 0)
-            done += static_cast<std::size_t>(n);
-        else if (errno != EINTR)
-            break;
+    if (isRegular(path, descriptor)) {
+        done = writeAll(descriptor, bytes);
+    } else {
+        const NoBrokenPipeSignal keepAway;
+        fcntl(descriptor, F_SETFL, O_APPEND);  // no longer O_NONBLOCK
+        done = writeAll(descriptor, bytes);
     }
     // The next line, when the disk has space again, must not continue the start of this one.
     if (done > 0 && done < bytes.size()) takeBack(descriptor, done);

@@ -34,10 +34,13 @@ std::string htmlHead();
 /// If `path` is a regular file that can be read, and its first message is not of the day of `now`,
 /// the stamp of that message as rotated files carry it ("20170301-140509", with 0 for what cannot
 /// be read); otherwise "".
-std::string staleStamp(const std::string& path, bool isCsv, const Stamp& now);
+std::string staleStamp(const char* path, bool isCsv, const Stamp& now);
 
 /// Appends `bytes` in one write that no other process's write can part, creating the file if
-/// needed. False if the file cannot be opened; bytes that cannot be written are lost.
-bool appendToFile(const std::string& path, std::string_view bytes);
+/// needed. False if the file cannot be opened; bytes that cannot be written are lost. A pipe that
+/// nobody reads cannot be opened; a reader that is slow is waited for, and one that leaves raises
+/// no SIGPIPE. A path where a pipe takes the place of a file is noticed within a second. Not by
+/// several threads at once.
+bool appendToFile(const char* path, std::string_view bytes);
 
 }  // namespace kx::detail

@@ -1,0 +1,93 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
+// The log after it has left its static strings, which it does for good: each test starts by it, and
+// passes after the others too. What happens at the end of a process is seen by kxLog_end_test.
+#include "detail/log_end.h"
+
+#include <gtest/gtest.h>
+
+#include <climits>
+#include <string>
+#include <vector>
+
+#include "kxLog_fixture.h"
+
+using kx::detail::moveLogOffStatics;
+using kxtest::consoleOf;
+using kxtest::slurp;
+
+namespace {
+
+class LogOffStatics : public testing::Test {
+protected:
+    LogOffStatics() {
+        kxPlatform::setAppName("anApplicationWithALongName");
+        kxLog::setLogFormat(1);
+        kxLog::_add_time_stamp = false;
+    }
+    ~LogOffStatics() override {
+        kxLog::setInfoCB(nullptr);
+        consoleOf([] { kxLog::setLogFile("/"); });
+        kxLog::clearLastError();
+    }
+    const kxtest::TempDir dir;
+    const std::string path = dir.file("a log file whose name is long.txt");
+};
+
+}  // namespace
+
+TEST_F(LogOffStatics, KeepsFileAndLastError) {
+    consoleOf([&] {
+        kxLog::setLogFile(path.c_str());
+        kxLog::error("an error that a short string has no room for");
+    });
+    moveLogOffStatics();
+    EXPECT_STREQ(kxLog::getLogFile(), path.c_str());
+    EXPECT_STREQ(kxLog::getLastError(), "an error that a short string has no room for");
+    consoleOf([] { kxLog::info("x"); });
+    moveLogOffStatics();
+    consoleOf([] { kxLog::info("y"); });
+    EXPECT_EQ(slurp(path), "an error that a short string has no room for\nx\ny\n");
+}
+
+TEST_F(LogOffStatics, TakesOtherFilesAndErrors) {
+    moveLogOffStatics();
+    consoleOf([&] {
+        kxLog::setLogFile(path.c_str());
+        kxLog::setLogFile(kxLog::getLogFile());  // its own storage
+    });
+    EXPECT_STREQ(kxLog::getLogFile(), path.c_str());
+    const std::string text(3000, 'e');
+    consoleOf([&] { kxLog::errorIPython(text.c_str()); });
+    EXPECT_EQ(kxLog::getLastError(), text.substr(0, 2047));
+    EXPECT_EQ(slurp(path), text + '\n');
+    kxLog::clearLastError();
+    EXPECT_STREQ(kxLog::getLastError(), "");
+    consoleOf([] { kxLog::setLogFile("/"); });
+    EXPECT_EQ(kxLog::getLogFile(), nullptr);
+    EXPECT_STREQ(kxLog::getLastError(), "Couldn't create log file '/'!");
+}
+
+TEST_F(LogOffStatics, FindsTheDirectoryOfTheApplication) {
+    moveLogOffStatics();
+    const kxtest::ScopedEnv variable("ANAPPLICATIONWITHALONGNAME_LOG_DIR", dir.path().c_str());
+    consoleOf([] { kxLog::setLogFile("elsewhere/a.log"); });
+    EXPECT_EQ(kxLog::getLogFile(), dir.file("a.log"));
+}
+
+TEST_F(LogOffStatics, TakesNoPartOfANameThatIsTooLong) {
+    consoleOf([] { kxLog::setLogFile("/"); });
+    kxLog::_log_file.assign(PATH_MAX, 'x');
+    moveLogOffStatics();
+    EXPECT_EQ(kxLog::getLogFile(), nullptr);
+    kxLog::_log_file.clear();
+}
+
+// Which holds the log's mutex and may end the process.
+TEST_F(LogOffStatics, HappensInACallbackToo) {
+    consoleOf([&] { kxLog::setLogFile(path.c_str()); });
+    kxLog::setInfoCB([](const char*) { moveLogOffStatics(); });
+    consoleOf([] { kxLog::info("x"); });
+    EXPECT_EQ(slurp(path), "x\n");
+}

@@ -11,11 +11,11 @@
 #include <cstring>
 #include <string>
 
-#include "detail/browser.h"
-#include "detail/command_output.h"
-#include "detail/entered_directory.h"
-#include "detail/executable_path.h"
-#include "detail/find_last.h"
+#include "detail/platform/browser.h"
+#include "detail/platform/command_output.h"
+#include "detail/platform/entered_directory.h"
+#include "detail/platform/executable_path.h"
+#include "detail/platform/find_last.h"
 
 namespace {
 std::string runningProgram;

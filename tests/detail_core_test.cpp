@@ -15,10 +15,10 @@
 #include <emmintrin.h>
 #endif
 
-#include "detail/browser.h"
 #include "detail/cpu/kernel_table.h"
-#include "detail/executable_path.h"
-#include "detail/same_file.h"
+#include "detail/files/same_file.h"
+#include "detail/platform/browser.h"
+#include "detail/platform/executable_path.h"
 #include "detail/truncate.h"
 #include "detail/word_bytes.h"
 #include "kxtest.h"

@@ -3,7 +3,7 @@
 
 // What entering a directory would do, compared with doing it, in processes that may go where they
 // like.
-#include "detail/entered_directory.h"
+#include "detail/platform/entered_directory.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/file_checksum.h"
+#include "detail/files/footer.h"
 
 #include <gtest/gtest.h>
 
@@ -19,7 +19,7 @@ const std::string mark("\0TALOCRC", 8);
 Info inspect(const std::string& bytes, std::uint32_t offset) {
     const kxtest::TempDir dir;
     kxtest::Captured out(stdout), err(stderr);
-    Info found = kx::detail::inspectChecksum(dir.write("f", bytes), offset);
+    Info found = kxFile::findChecksum(dir.write("f", bytes), offset);
     EXPECT_EQ(out.text() + err.text(), "");
     return found;
 }
@@ -28,8 +28,8 @@ Info inspect(const std::string& bytes, std::uint32_t offset) {
 
 TEST(InspectChecksum, TellsAMissingFileFromAMissingFooter) {
     const kxtest::TempDir dir;
-    EXPECT_EQ(kx::detail::inspectChecksum("", 0).state, State::notOpened);
-    EXPECT_EQ(kx::detail::inspectChecksum(dir.file("missing"), 0).state, State::notOpened);
+    EXPECT_EQ(kxFile::findChecksum("", 0).state, State::notOpened);
+    EXPECT_EQ(kxFile::findChecksum(dir.file("missing"), 0).state, State::notOpened);
     EXPECT_EQ(inspect("no footer in these bytes", 0).state, State::noFooter);
     EXPECT_FALSE(inspect("no footer in these bytes", 0).hasMetaFooter);
 }

@@ -3,7 +3,7 @@
 
 // The log after it has left its static strings, which it does for good: each test starts by it, and
 // passes after the others too. What happens at the end of a process is seen by kxLog_end_test.
-#include "detail/log_end.h"
+#include "detail/log/end.h"
 
 #include <gtest/gtest.h>
 

@@ -3,7 +3,9 @@
 
 // What the log does with its file that is unsafe to try through the log itself: run by the
 // super-user, a mistake would move the system's devices.
-#include "detail/log_file.h"
+#include "detail/log/file.h"
+#include "detail/log/rotation.h"
+#include "detail/log/stamp.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/tmp_name.h"
+#include "detail/files/temporary_name.h"
 
 #include <gtest/gtest.h>
 

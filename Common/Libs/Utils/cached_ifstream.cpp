@@ -3,7 +3,7 @@
 
 #include "cached_ifstream.h"
 
-#include "detail/open_unbuffered.h"
+#include "detail/files/handle.h"
 
 namespace {
 

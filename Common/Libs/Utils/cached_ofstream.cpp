@@ -3,7 +3,7 @@
 
 #include "cached_ofstream.h"
 
-#include "detail/open_unbuffered.h"
+#include "detail/files/handle.h"
 
 cached_streambuf::cached_streambuf(int size, const char* name) : _counting(!name) {
     if (size >= 1) {

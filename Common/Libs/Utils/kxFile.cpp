@@ -15,19 +15,19 @@
 #include <cstring>
 #include <limits>
 #include <new>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
-#include "detail/command_output.h"
-#include "detail/file_checksum.h"
-#include "detail/file_handle.h"
-#include "detail/find_last.h"
-#include "detail/make_path.h"
-#include "detail/open_unbuffered.h"
+#include "detail/files/footer.h"
+#include "detail/files/handle.h"
+#include "detail/files/make_path.h"
+#include "detail/files/temporary_name.h"
 #include "detail/paths/expand.h"
 #include "detail/paths/relative.h"
+#include "detail/platform/command_output.h"
+#include "detail/platform/find_last.h"
 #include "detail/text/ascii.h"
-#include "detail/tmp_name.h"
 #include "kxLog.h"
 #include "kxMessage.h"
 #include "kxUtils.h"
@@ -333,10 +333,9 @@ bool readUpTo(std::FILE* file, char* buffer, std::size_t capacity, std::size_t& 
 
 bool writeWhole(const std::string& path, const std::string& content, const char* mode) {
     if (path.empty()) return false;
-    FileHandle file(path, mode);
-    if (!file) return false;
     // Without a buffer every byte goes to the system here, where its answer can be heard.
-    std::setvbuf(file.get(), nullptr, _IONBF, 0);
+    FileHandle file(openUnbuffered(path.c_str(), mode));
+    if (!file) return false;
     return std::fwrite(content.data(), 1, content.size(), file.get()) == content.size() &&
            file.close();
 }
@@ -571,7 +570,7 @@ void kxFile::clearTmpDir() { kxLog::error("kxFile::clearTmpDir: NOT IMPLEMENTED 
 
 namespace {
 
-constexpr std::size_t blockSize = 8192;
+constexpr std::size_t summingBlockSize = 8192;
 
 }  // namespace
 
@@ -580,9 +579,9 @@ std::uint32_t kxFile::getChecksum(const std::string& path, int skip) {
     const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
     if (!file) return 0;
     if (skip > 0 && fseeko(file.get(), skip, SEEK_SET) != 0)  // a pipe: they are read away
-        kx::detail::crc32Of(file.get(), static_cast<std::uint64_t>(skip), blockSize);
+        kx::detail::crc32Of(file.get(), static_cast<std::uint64_t>(skip), summingBlockSize);
     constexpr auto toTheEnd = std::numeric_limits<std::uint64_t>::max();
-    return kx::detail::crc32Of(file.get(), toTheEnd, blockSize);
+    return kx::detail::crc32Of(file.get(), toTheEnd, summingBlockSize);
 }
 
 bool kxFile::appendChecksum(const std::string& path, std::uint32_t checksum) {
@@ -591,7 +590,11 @@ bool kxFile::appendChecksum(const std::string& path, std::uint32_t checksum) {
 
 kxFile::ChecksumInfo kxFile::findChecksum(const std::string& path, std::uint32_t offset,
                                           const Progress& progress) {
-    return kx::detail::inspectChecksum(path, offset, progress);
+    ChecksumInfo info;
+    const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
+    if (file) kx::detail::findFooter(file.get(), offset, progress, info);
+    if (!file || std::ferror(file.get()) != 0) info.error = errno;
+    return info;
 }
 
 bool kxFile::checkChecksum(const std::string& path, std::uint32_t& checksum, std::uint32_t offset) {
@@ -606,7 +609,7 @@ bool kxFile::checkChecksum(const std::string& path, std::uint32_t& checksum, std
             std::puts("Couldn't find file checksum!");
             break;
         case State::badMetaDistance:
-            std::stoul("");  // throws what the conversion of such a number throws
+            throw std::invalid_argument("stoul");  // what the conversion of such a number throws
             break;
         case State::correct:
             checksum = found.computed;
@@ -630,7 +633,7 @@ std::string kxFile::getFileID(const std::string& path) {
     off_t size = 0;
     const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
     if (file) {
-        crc = kx::detail::crc32Of(file.get(), blockSize, blockSize);
+        crc = kx::detail::crc32Of(file.get(), summingBlockSize, summingBlockSize);
         size = std::max<off_t>(sizeOf(file.get()), 0);
     }
     return std::to_string(size) + std::to_string(crc);

@@ -18,8 +18,10 @@
 #include <thread>
 #include <type_traits>
 
-#include "detail/log_end.h"
-#include "detail/log_file.h"
+#include "detail/log/end.h"
+#include "detail/log/file.h"
+#include "detail/log/rotation.h"
+#include "detail/log/stamp.h"
 #include "detail/text/ascii.h"
 #include "kxFile.h"
 #include "kxPlatform.h"
@@ -558,7 +560,7 @@ void kxLog::writeCSVHeader(const char* name) {
     const std::string path = name ? name : logFile();
     if (kxFile::exists(path, false, false)) return;
     // Appended, since a file that could not be looked at keeps what it has.
-    if (!kxFile::append(path, "Date;Time;Type of Message;Message Number;Description\n"))
+    if (!kxFile::append(path, kx::detail::csvHead))
         std::fprintf(stderr, "kxLog::writeCSVHeader: couldn't write log file '%s'!\n",
                      path.c_str());
 }

@@ -10,11 +10,11 @@
 #include <string_view>
 #include <utility>
 
-#include "detail/canonical_path.h"
-#include "detail/entered_directory.h"
-#include "detail/executable_path.h"
-#include "detail/log_end.h"
-#include "detail/make_path.h"
+#include "detail/files/make_path.h"
+#include "detail/log/end.h"
+#include "detail/paths/canonical.h"
+#include "detail/platform/entered_directory.h"
+#include "detail/platform/executable_path.h"
 #include "kxFile.h"
 #include "kxLog.h"
 

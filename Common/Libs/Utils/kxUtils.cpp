@@ -11,8 +11,8 @@
 #include <iostream>
 #include <vector>
 
-#include "detail/browser.h"
 #include "detail/bytes/little_endian.h"
+#include "detail/platform/browser.h"
 #include "detail/truncate.h"
 #include "kxCrypt.h"
 

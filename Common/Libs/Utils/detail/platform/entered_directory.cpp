@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/entered_directory.h"
+#include "detail/platform/entered_directory.h"
 
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -9,8 +9,8 @@
 
 #include <climits>
 
-#include "detail/canonical_path.h"
-#include "detail/same_file.h"
+#include "detail/files/same_file.h"
+#include "detail/paths/canonical.h"
 
 namespace kx::detail {
 

@@ -3,7 +3,7 @@
 
 #include <cstring>
 
-#include "detail/find_last.h"
+#include "detail/platform/find_last.h"
 
 std::size_t kx::detail::findLast(std::string_view text, char c) {
     const void* const found = memrchr(text.data(), c, text.size());

@@ -5,7 +5,7 @@
 
 #include <climits>
 
-#include "detail/entered_directory.h"
+#include "detail/platform/entered_directory.h"
 
 namespace kx::detail {
 

@@ -3,7 +3,7 @@
 
 #include <unistd.h>
 
-#include "detail/executable_path.h"
+#include "detail/platform/executable_path.h"
 
 namespace kx::detail {
 

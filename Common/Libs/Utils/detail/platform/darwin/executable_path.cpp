@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-#include "detail/executable_path.h"
+#include "detail/platform/executable_path.h"
 
 namespace kx::detail {
 

@@ -3,7 +3,7 @@
 
 #include <fcntl.h>
 
-#include "detail/command_output.h"
+#include "detail/platform/command_output.h"
 
 namespace kx::detail {
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/file_checksum.h"
+#include "detail/files/footer.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -11,13 +11,12 @@
 #include <string_view>
 
 #include "detail/crc/boost_lanes.h"
-#include "detail/file_handle.h"
-#include "detail/open_unbuffered.h"
+#include "detail/files/handle.h"
 
 namespace kx::detail {
 namespace {
 
-constexpr std::size_t footerSize = 16, markSize = 8, blockSize = 81920;
+constexpr std::size_t footerSize = 16, markSize = 8, verifyingBlockSize = 81920;
 
 constexpr std::string_view checksumMark("\0TALOCRC", markSize), metaMark = "TALOMETA";
 
@@ -57,9 +56,30 @@ std::uint32_t crc32OfBlocks(std::FILE* file, std::uint64_t length, std::size_t m
     return crc.checksum();
 }
 
-// Fills what follows from the file's content; errno is that of the last call that failed.
-void inspect(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
-             kxFile::ChecksumInfo& info) {
+}  // namespace
+
+std::uint32_t crc32Of(const void* data, std::size_t size) {
+    BoostCrc32 crc;
+    processBytesInLanes(crc, data, size);
+    return crc.checksum();
+}
+
+std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock) {
+    return crc32OfBlocks(file, length, maxBlock, [](std::size_t) {});
+}
+
+std::string checksumDigits(std::uint32_t checksum) {
+    char digits[9];
+    std::snprintf(digits, sizeof digits, "%08" PRIX32, checksum);
+    return digits;
+}
+
+std::string checksumFooter(std::uint32_t checksum) {
+    return std::string(checksumMark) + checksumDigits(checksum);
+}
+
+void findFooter(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
+                kxFile::ChecksumInfo& info) {
     using State = kxFile::ChecksumInfo::State;
     info.state = State::noFooter;
     const off_t size = sizeOf(file);
@@ -87,42 +107,12 @@ void inspect(std::FILE* file, std::uint32_t offset, const kxFile::Progress& prog
     info.footerAt = position;
     info.stored = footer.substr(markSize);
     if (!goTo(file, offset, info)) return;
-    info.computed = crc32OfBlocks(file, position - offset, blockSize, [&](std::size_t bytes) {
-        info.covered += bytes;
-        if (progress) progress(bytes);
-    });
+    info.computed =
+        crc32OfBlocks(file, position - offset, verifyingBlockSize, [&](std::size_t bytes) {
+            info.covered += bytes;
+            if (progress) progress(bytes);
+        });
     info.state = info.stored == checksumDigits(info.computed) ? State::correct : State::incorrect;
-}
-
-}  // namespace
-
-std::uint32_t crc32Of(const void* data, std::size_t size) {
-    BoostCrc32 crc;
-    processBytesInLanes(crc, data, size);
-    return crc.checksum();
-}
-
-std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock) {
-    return crc32OfBlocks(file, length, maxBlock, [](std::size_t) {});
-}
-
-std::string checksumDigits(std::uint32_t checksum) {
-    char digits[9];
-    std::snprintf(digits, sizeof digits, "%08" PRIX32, checksum);
-    return digits;
-}
-
-std::string checksumFooter(std::uint32_t checksum) {
-    return std::string(checksumMark) + checksumDigits(checksum);
-}
-
-kxFile::ChecksumInfo inspectChecksum(const std::string& path, std::uint32_t offset,
-                                     const kxFile::Progress& progress) {
-    kxFile::ChecksumInfo info;
-    const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
-    if (file) inspect(file.get(), offset, progress, info);
-    if (!file || std::ferror(file.get()) != 0) info.error = errno;
-    return info;
 }
 
 }  // namespace kx::detail

@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/command_output.h"
+#include "detail/platform/browser.h"
 
 namespace kx::detail {
 
-std::FILE* openCommandOutput(const char* command) { return popen(command, "re"); }
+std::string browserCommand() { return "open -a Safari "; }
 
 }  // namespace kx::detail

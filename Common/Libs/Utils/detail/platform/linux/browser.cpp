@@ -9,8 +9,8 @@
 #include <optional>
 #include <string_view>
 
-#include "detail/browser.h"
-#include "detail/same_file.h"
+#include "detail/files/same_file.h"
+#include "detail/platform/browser.h"
 
 namespace kx::detail {
 

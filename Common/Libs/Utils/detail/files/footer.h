@@ -34,8 +34,9 @@ std::string checksumDigits(std::uint32_t checksum);
 /// The 16 bytes of a checksum footer.
 std::string checksumFooter(std::uint32_t checksum);
 
-/// kxFile::findChecksum.
-kxFile::ChecksumInfo inspectChecksum(const std::string& path, std::uint32_t offset,
-                                     const kxFile::Progress& progress = {});
+/// kxFile::findChecksum of an open file: fills `info`, which is as it was made, with what follows
+/// from the file's content. After a read that failed errno is that read's.
+void findFooter(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
+                kxFile::ChecksumInfo& info);
 
 }  // namespace kx::detail

@@ -1,12 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/make_path.h"
+#include "detail/files/make_path.h"
 
 #include <algorithm>
 #include <cerrno>
 
-#include "detail/file_handle.h"
+#include "detail/files/handle.h"
 #include "kxFile.h"
 
 namespace kx::detail {

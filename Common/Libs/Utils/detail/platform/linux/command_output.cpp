@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-#include "detail/browser.h"
+#include "detail/platform/command_output.h"
 
 namespace kx::detail {
 
-std::string browserCommand() { return "open -a Safari "; }
+std::FILE* openCommandOutput(const char* command) { return popen(command, "re"); }
 
 }  // namespace kx::detail

@@ -1,0 +1,18 @@
+// SPDX-FileCopyrightText: 2026 The kxUtils authors
+// SPDX-License-Identifier: MIT
+
+// The age of a log file, which decides whether it is moved aside.
+#pragma once
+
+#include <string>
+
+#include "detail/log/stamp.h"
+
+namespace kx::detail {
+
+/// If `path` is a regular file that can be read, and its first message is not of the day of `now`,
+/// the stamp of that message as rotated files carry it ("20170301-140509", with 0 for what cannot
+/// be read); otherwise "".
+std::string staleStamp(const char* path, bool isCsv, const Stamp& now);
+
+}  // namespace kx::detail

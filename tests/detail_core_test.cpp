@@ -19,7 +19,7 @@
 #include "detail/files/same_file.h"
 #include "detail/platform/browser.h"
 #include "detail/platform/executable_path.h"
-#include "detail/truncate.h"
+#include "detail/numbers/truncate.h"
 #include "detail/word_bytes.h"
 #include "kxtest.h"
 

@@ -13,6 +13,7 @@
 #include <cstdlib>
 #include <mutex>
 #include <new>
+#include <optional>
 #include <ostream>
 #include <string_view>
 #include <thread>
@@ -336,10 +337,13 @@ std::string logFilePath(const std::string& name) {
     return std::string(directory) + '/' + kxFile::getFileName(name);
 }
 
-// Opens the log file, moving an old one aside. False if it cannot be opened; `path` is then what
-// was tried, for the report: the caller may hold the lock that reporting takes.
-bool openLogFile(const std::string& name, Moment& now, std::string& path) {
-    path = logFilePath(name);
+// The path of a log file that could not be opened, if that is what happened. It is reported once
+// the log's mutex is free, since the report is a message, too.
+using Unopened = std::optional<std::string>;
+
+// Opens the log file, moving an old one aside.
+Unopened openLogFile(const std::string& name, Moment& now) {
+    const std::string path = logFilePath(name);
     const bool isCsv = kxLog::_log_format == csvFormat;
     const std::string stamp = kx::detail::staleStamp(path.c_str(), isCsv, now.stamp());
     if (!stamp.empty() && std::rename(path.c_str(), (path + stamp).c_str()) != 0)
@@ -351,28 +355,30 @@ bool openLogFile(const std::string& name, Moment& now, std::string& path) {
     const bool isOpen =
         kx::detail::appendToFile(path.c_str(), isHtml ? kx::detail::htmlHead() : "");
     storeLogFile(isOpen ? path : "");
-    return isOpen;
+    return isOpen ? Unopened() : path;
 }
 
-// Writes a line, after a change of day to a new file. False as openLogFile.
-bool writeLine(std::string_view line, Moment& now, std::string& failedPath) {
-    if (!hasLogFile()) return true;
+// Writes a line, after a change of day to a new file.
+Unopened writeLine(std::string_view line, Moment& now) {
+    if (!hasLogFile()) return {};
     if (kxLog::_log_format == csvFormat &&
         !kx::detail::staleStamp(logFile(), /*isCsv=*/true, now.stamp()).empty()) {
         std::puts("create new log file, new day started!");
         const std::string name = logFile();  // which opening replaces
-        if (!openLogFile(name, now, failedPath)) return false;
+        if (Unopened unopened = openLogFile(name, now)) return unopened;
     }
     kx::detail::appendToFile(logFile(), line);
-    return true;
+    return {};
 }
 
-// A step of the output for which memory runs out is left out: logging never fails.
+// A step of the output for which memory runs out is left out: logging never fails. False if so.
 template <typename Step>
-void tryStep(const Step& step) {
+bool attempt(const Step& step) {
     try {
         step();
-    } catch (const std::bad_alloc&) {  // NOLINT(bugprone-empty-catch)
+        return true;
+    } catch (const std::bad_alloc&) {
+        return false;
     }
 }
 
@@ -389,35 +395,37 @@ void reportUnopened(const std::string& path) {
     print(errorLevel.consoleType, text);
 }
 
-void output(const Level& level, void (*const& callback)(const char*), const char* text, int flags,
-            bool alternate) {
-    std::string failedPath;
-    bool isFileOpen = true;
-    {
-        const std::lock_guard<OutputMutex> guard(_mutex);
-        _textOnItsWay = text;
-        const std::string_view view = text;
-        if (&level == &errorLevel) tryStep([&] { setLastError(view); });
-        if ((flags & callCallback) != 0 && callback) callback(text);
-        tryStep([&] { print(alternate ? level.alternateConsoleType : level.consoleType, view); });
+using Callback = void (*)(const char*);
 
-        if ((flags & writeLines) == 0) return;
-        if (!kxLog::_output_streambuf && !kxLog::_output_buffer && !hasLogFile()) return;
-        tryStep([&] {
-            Composition line;
-            Moment now;
-            makeLine(line, now, level, view, alternate);
-            tryStep([&] {
-                if (kxLog::_output_buffer) *kxLog::_output_buffer += line.view();
-            });
-            if (kxLog::_output_streambuf) {
-                std::ostream stream(kxLog::_output_streambuf);
-                stream << level.before << line.view() << level.after;
-            }
-            isFileOpen = writeLine(line.view(), now, failedPath);
-        });
-    }
-    if (!isFileOpen) tryStep([&] { reportUnopened(failedPath); });
+// Brings a message to all its destinations, with the log's mutex held from the first to the last.
+Unopened deliver(const Level& level, const Callback& callback, const char* text, int flags,
+                 bool alternate) {
+    const std::lock_guard<OutputMutex> guard(_mutex);
+    _textOnItsWay = text;
+    const std::string_view view = text;
+    if (&level == &errorLevel) attempt([&] { setLastError(view); });
+    if ((flags & callCallback) != 0 && callback) callback(text);
+    attempt([&] { print(alternate ? level.alternateConsoleType : level.consoleType, view); });
+
+    if ((flags & writeLines) == 0) return {};
+    std::string* const buffer = kxLog::_output_buffer;
+    std::streambuf* const streambuf = kxLog::_output_streambuf;
+    if (!buffer && !streambuf && !hasLogFile()) return {};
+    Composition line;
+    Moment now;
+    if (!attempt([&] { makeLine(line, now, level, view, alternate); })) return {};
+    if (buffer) attempt([&] { *buffer += line.view(); });
+    if (streambuf)
+        attempt([&] { std::ostream(streambuf) << level.before << line.view() << level.after; });
+    Unopened unopened;
+    attempt([&] { unopened = writeLine(line.view(), now); });
+    return unopened;
+}
+
+void output(const Level& level, const Callback& callback, const char* text, int flags,
+            bool alternate) {
+    const Unopened unopened = deliver(level, callback, text, flags, alternate);
+    if (unopened) attempt([&] { reportUnopened(*unopened); });
 }
 
 }  // namespace
@@ -549,9 +557,8 @@ void kxLog::setLogFormat(int format) {
 void kxLog::setLogFile(const char* name) {
     if (!name) return;
     Moment now;
-    std::string path;
     // Copied first: the name may be the stored one, which opening replaces.
-    if (!openLogFile(std::string(name), now, path)) reportUnopened(path);
+    if (const Unopened unopened = openLogFile(std::string(name), now)) reportUnopened(*unopened);
 }
 
 const char* kxLog::getLogFile() { return hasLogFile() ? logFile() : nullptr; }
@@ -580,8 +587,7 @@ std::string kxLog::convertToHtml(const std::string& text) {
 
 void kxLog::addToLogFile(const std::string& line) {
     Moment now;
-    std::string failedPath;
-    if (!writeLine(line, now, failedPath)) reportUnopened(failedPath);
+    if (const Unopened unopened = writeLine(line, now)) reportUnopened(*unopened);
 }
 
 void kxLog::addExtraInfo(std::string& line, const std::string& type, int number) {

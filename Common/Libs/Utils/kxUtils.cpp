@@ -13,7 +13,7 @@
 
 #include "detail/bytes/little_endian.h"
 #include "detail/platform/browser.h"
-#include "detail/truncate.h"
+#include "detail/numbers/truncate.h"
 #include "kxCrypt.h"
 
 kxUtils::Callback kxUtils::_fp = nullptr;

@@ -100,17 +100,22 @@ TEST_F(PlatformMount, OverTheWorkingDirectoryDoesNotMoveIt) {
     EXPECT_EQ(answer, dir.file("mounted/bin/MAC ") + dir.file("mounted/bin/MAC"));
 }
 
+// Neither from the inside nor through a descriptor.
 TEST_F(PlatformMount, ThatIsGoneLeavesNoName) {
     dir.makeDir("mounted");
     const std::string answer = kxtest::inChild([&]() -> std::string {
         const std::string point = mountPoint(dir);
         if (point.empty() || !mountAt(point) || chdir(point.c_str()) != 0 ||
-            mkdir("bin", 0777) != 0 || umount2(point.c_str(), MNT_DETACH) != 0)
+            mkdir("bin", 0777) != 0)
             return "cannot";
-        return startedIn("bin");
+        const int descriptor = open("bin", O_PATH | O_CLOEXEC);
+        if (umount2(point.c_str(), MNT_DETACH) != 0) return "cannot";
+        const std::string inside = startedIn("bin");
+        if (chdir(dir.path().c_str()) != 0) return "cannot";
+        return inside + ',' + startedIn("/proc/self/fd/" + std::to_string(descriptor));
     });
     if (answer == "cannot") GTEST_SKIP() << "the system lets nobody mount anything";
-    EXPECT_EQ(answer, " ");
+    EXPECT_EQ(answer, " , ");
 }
 
 TEST_F(PlatformRoot, ADirectoryOutsideItHasNoName) {

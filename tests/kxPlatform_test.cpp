@@ -181,7 +181,8 @@ TEST_F(Platform, ADirectoryThatMayNotBeSearchedIsNotEntered) {
     install(dir, "Talo", "talo");
     const std::string closed = dir.makeDir("closed");
     const kxtest::ScopedCwd cwd(dir.path());
-    for (const mode_t mode : {0000U, 0100U, 0111U, 0444U, 0666U}) {
+    constexpr mode_t modes[] = {0000, 0100, 0111, 0444, 0666};
+    for (const mode_t mode : modes) {
         const bool isOpen =
             mode == 0111 || (mode == 0100 && !kxtest::isRoot());  // or not its owner
         ASSERT_EQ(chmod(closed.c_str(), mode), 0);

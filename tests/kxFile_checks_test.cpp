@@ -503,6 +503,24 @@ TEST_F(CheckWriteRace, EndsWhereTheSystemContradictsItself) {
     EXPECT_EQ(kxtest::slurp(file), "theirs");
 }
 
+TEST_F(CheckWriteRace, FileThatStaysIsLookedAtOnce) {
+    if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
+    chmod(dir.path().c_str(), 0777);
+    const std::string observed = kxtest::asOrdinaryUser([&] {
+        create();
+        chmod(file.c_str(), 0444);
+        int calls = 0;
+        afterStat = [&](const std::string&, int result) {
+            ++calls;
+            return result;
+        };
+        const bool isWritable = kxFile::checkWrite(file, /*ask=*/false, /*log=*/false);
+        afterStat = nullptr;
+        return std::to_string(isWritable) + " after " + std::to_string(calls);
+    });
+    EXPECT_EQ(observed, "0 after 1");
+}
+
 // What could not be seen, and is there: it is not created again.
 TEST_F(CheckWriteRace, FileThatCannotBeSeenAtFirstIsLeftAlone) {
     if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";

@@ -252,10 +252,11 @@ bool isGone(const std::string& path) { return !kxFile::exists(path) && isMissing
 void followLink(std::string& place) {
     char target[PATH_MAX];
     const ssize_t size = readlink(place.c_str(), target, sizeof target);
-    if (size <= 0) return;
-    const bool isAbsolute = target[0] == '/';
+    if (size == -1) return;
+    const std::string_view next(target, static_cast<std::size_t>(size));
+    const bool isAbsolute = next.substr(0, 1) == "/";
     place.erase(isAbsolute ? 0 : findLast(place, '/') + 1);  // 0 without a slash
-    place.append(target, static_cast<std::size_t>(size));
+    place += next;
 }
 
 // Deletes a file that was created here, unless others have written or replaced it meanwhile.

@@ -2,7 +2,6 @@
 // SPDX-License-Identifier: MIT
 
 // The units for macOS, compiled and run on any system with a stand-in for what they call there.
-#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <mach-o/dyld.h>
 #include <sys/resource.h>
@@ -13,7 +12,6 @@
 
 #include "detail/platform/browser.h"
 #include "detail/platform/command_output.h"
-#include "detail/platform/entered_directory.h"
 #include "detail/platform/executable_path.h"
 #include "detail/platform/find_last.h"
 
@@ -29,39 +27,6 @@ int _NSGetExecutablePath(char* buffer, std::uint32_t* size) {
     }
     std::memcpy(buffer, runningProgram.c_str(), needed);
     return 0;
-}
-
-namespace {
-std::string openedPath, heldPath;
-int openedWith = 0, openResult = 0, heldDescriptor = 0;
-}  // namespace
-
-int darwinOpen(const char* path, int flags) {
-    openedPath = path;
-    openedWith = flags;
-    return openResult;
-}
-
-int darwinFcntl(int descriptor, int command, char* path) {
-    if (descriptor != heldDescriptor || command != F_GETPATH) return -1;
-    std::memcpy(path, heldPath.c_str(), heldPath.size() + 1);
-    return 0;
-}
-
-TEST(DarwinEnteredDirectory, IsOpenedToBeSearchedAlone) {
-    for (const int descriptor : {7, -1}) {
-        openResult = descriptor;
-        EXPECT_EQ(kx::detail::openDirectory("some/directory"), descriptor);
-        EXPECT_EQ(openedPath, "some/directory");
-        EXPECT_EQ(openedWith, O_SEARCH | O_DIRECTORY | O_CLOEXEC);
-    }
-}
-
-TEST(DarwinEnteredDirectory, HasThePathThatTheSystemGives) {
-    heldDescriptor = 7;
-    heldPath = "/Users/anna/Desktop";
-    EXPECT_EQ(kx::detail::pathOfDescriptor(7), heldPath);
-    EXPECT_EQ(kx::detail::pathOfDescriptor(8), "");
 }
 
 TEST(DarwinExecutablePath, IsWhatTheSystemGives) {

@@ -149,13 +149,13 @@ void tmpFileRemove(Attempt& attempt) {
     });
 }
 
-// One file that stays does not keep the others.
+// One file that stays, as one does that cannot be seen, does not keep the others.
 void tmpFilesRemove(Attempt& attempt) {
     const TempDir dir;
     for (const char* name : {"a", "b", "c"}) kxFile::addTmpFile(dir.write(name, ""));
     attempt.run([&] { kxFile::removeTmpFiles(); });
     const std::size_t left = kxtest::list(dir.path()).size();
-    EXPECT_EQ(left != 0, attempt.failedAt("unlink"));
+    EXPECT_EQ(left != 0, attempt.failedAt("unlink") || attempt.failedAt("stat"));
     EXPECT_LE(left, attempt.failsOnward() ? 3u : 1u);
     kxFile::removeTmpFiles();  // forgotten
     EXPECT_EQ(kxtest::list(dir.path()).size(), left);

@@ -9,7 +9,7 @@
 #include <cstring>
 #include <string>
 
-#include "detail/entered_directory.h"
+#include "detail/platform/entered_directory.h"
 
 namespace {
 std::string openedPath, heldPath;

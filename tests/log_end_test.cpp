@@ -8,7 +8,9 @@
 #include <gtest/gtest.h>
 
 #include <climits>
+#include <future>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "kxLog_fixture.h"
@@ -46,7 +48,7 @@ TEST_F(LogOffStatics, KeepsFileAndLastError) {
     EXPECT_STREQ(kxLog::getLogFile(), path.c_str());
     EXPECT_STREQ(kxLog::getLastError(), "an error that a short string has no room for");
     consoleOf([] { kxLog::info("x"); });
-    moveLogOffStatics();
+    { const kx::detail::LogEnd again; }
     consoleOf([] { kxLog::info("y"); });
     EXPECT_EQ(slurp(path), "an error that a short string has no room for\nx\ny\n");
 }
@@ -89,5 +91,31 @@ TEST_F(LogOffStatics, HappensInACallbackToo) {
     consoleOf([&] { kxLog::setLogFile(path.c_str()); });
     kxLog::setInfoCB([](const char*) { moveLogOffStatics(); });
     consoleOf([] { kxLog::info("x"); });
+    EXPECT_EQ(slurp(path), "x\n");
+}
+
+namespace {
+
+std::promise<void> hangs, goesOn;
+
+}  // namespace
+
+// Which keeps the mutex; the copies are made without it, after a second.
+TEST_F(LogOffStatics, HappensBesideACallbackThatHangs) {
+    hangs = {};
+    goesOn = {};
+    consoleOf([&] {
+        kxLog::setLogFile(path.c_str());
+        kxLog::setInfoCB([](const char*) {
+            hangs.set_value();
+            goesOn.get_future().wait();
+        });
+        std::thread other([] { kxLog::info("x"); });
+        hangs.get_future().wait();
+        moveLogOffStatics();
+        EXPECT_STREQ(kxLog::getLogFile(), path.c_str());
+        goesOn.set_value();
+        other.join();
+    });
     EXPECT_EQ(slurp(path), "x\n");
 }

@@ -40,7 +40,7 @@ bool isRegular(const char* path, int descriptor) {
     struct stat info {};
     last.isRegular = fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
     last.time = now;
-    std::strcpy(last.path, path);  // which the system has opened, so it is no longer
+    std::memcpy(last.path, path, std::strlen(path) + 1);  // opened, so the system had room for it
     return last.isRegular;
 }
 

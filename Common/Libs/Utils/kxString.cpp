@@ -16,6 +16,7 @@
 
 #include "detail/ascii.h"
 #include "detail/decimal_float.h"
+#include "detail/find_text.h"
 #include "detail/parse_float.h"
 
 using kx::detail::isDigit;
@@ -290,7 +291,7 @@ std::string kxString::getStringOption(const std::string& option) {
 }
 
 bool kxString::getBoolOption(const std::string& option, const std::string& name) {
-    return option.find(name + "=true") != std::string::npos;
+    return kx::detail::findText(option, name + "=true", 0) != std::string::npos;
 }
 
 void kxString::replace(std::string& text, const std::string& search,

@@ -69,27 +69,4 @@ inline std::size_t countByte(std::string_view text, char value) {
     return count + static_cast<std::size_t>(std::count(text.begin(), text.end(), value));
 }
 
-/// Where `search`, which is not empty, begins in `text` from `at` on, or npos. Compares where the
-/// first and the last character are right, sixteen places at a time (Wojciech Mula, "SIMD-friendly
-/// algorithms for substring searching", 2016).
-inline std::size_t findText(std::string_view text, std::string_view search, std::size_t at) {
-    const Block first = blockOf(search.front()), last = blockOf(search.back());
-    const std::size_t toLast = search.size() - 1;
-    for (; text.size() >= at + toLast + sizeof(Block); at += sizeof(Block)) {
-        const char* const start = text.data() + at;
-        const Block found = (loadBlock(start) == first) & (loadBlock(start + toLast) == last);
-        const std::uint64_t halves[] = {
-            loadLittleEndian64(&found),
-            loadLittleEndian64(reinterpret_cast<const char*>(&found) + 8)};
-        if ((halves[0] | halves[1]) == 0) continue;
-        for (std::size_t half = 0; half < 2; ++half)
-            for (std::uint64_t left = halves[half] & everyByte(0x80); left != 0; left &= left - 1) {
-                const std::size_t place =
-                    at + 8 * half + static_cast<std::size_t>(bytesBelow(left));
-                if (text.compare(place, search.size(), search) == 0) return place;
-            }
-    }
-    return text.find(search, at);
-}
-
 }  // namespace kx::detail

@@ -427,6 +427,29 @@ void addReplace() {
         }
 }
 
+/// A search text that nearly fits everywhere: the time is that of the search alone.
+void addHostileReplace() {
+    for (const std::size_t size : {std::size_t{65536}, std::size_t{1} << 20}) {
+        const std::string text(size, 'a'), quarter(size / 4, 'a'), search = quarter + 'b' + quarter;
+        const auto add = [&](const char* name, auto find) {
+            const auto work = std::make_shared<std::string>(text);
+            kxbench::contender(
+                "kxString::replace nearly found everywhere", name, size,
+                [=] {
+                    find(*work, search);
+                    benchmark::DoNotOptimize(*work);
+                },
+                [=] { return *work == text; });
+        };
+        add("kxUtils", [](std::string& in, const std::string& what) {
+            kxString::replace(in, what, std::string());
+        });
+        add("memmem", [](const std::string& in, const std::string& what) {
+            benchmark::DoNotOptimize(memmem(in.data(), in.size(), what.data(), what.size()));
+        });
+    }
+}
+
 // The straight loop: all that no grouping can do without is to write the result once.
 std::string groupedByALoop(const std::string& run) {
     std::string out(run.size() + (run.size() - 1) / 3, '\0');
@@ -544,6 +567,22 @@ void addOthers() {
         return absl::SimpleAtod(first[0], &value) ? value : NAN;
     });
 #endif
+
+    static const std::string smooth = "smooth";
+    const auto addBool = [](const char* name, bool (*function)(const std::string&)) {
+        addCalls("getBoolOption", name, 22, options, function,
+                 [](const std::string&, bool value) { return value; });
+    };
+    addBool("kxUtils",
+            [](const std::string& text) { return kxString::getBoolOption(text, smooth); });
+    addBool("std::string::find", [](const std::string& text) {
+        return text.find(smooth + "=true") != std::string::npos;
+    });
+#if KXBENCH_ABSEIL
+    addBool("absl::StrContains", [](const std::string& text) {
+        return absl::StrContains(text, absl::StrCat(smooth, "=true"));
+    });
+#endif
 }
 
 const bool registered = [] {
@@ -554,6 +593,7 @@ const bool registered = [] {
     addGroupedText();
     addSplit();
     addReplace();
+    addHostileReplace();
     addOthers();
     return true;
 }();

@@ -7,6 +7,7 @@ function(kx_compile_options TARGET)
   target_compile_options(${TARGET} PRIVATE
     -Wall -Wextra -Wpedantic -Wconversion -Wshadow -Wformat=2 -Wold-style-cast -Wundef)
   set_target_properties(${TARGET} PROPERTIES CXX_EXTENSIONS OFF)
+  kx_harden(${TARGET})
   # What is delivered does not depend on the folder that it was built in.
   if(NOT CMAKE_BUILD_TYPE STREQUAL "Debug")
     target_compile_options(${TARGET} PRIVATE

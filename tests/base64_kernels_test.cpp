@@ -1,6 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
+#include <cstring>
+
 #include "base64_checks.h"
 #include "detail/base64/decoder.h"
 #include "detail/base64/kernel.h"
@@ -122,6 +124,45 @@ TEST_P(Base64KernelsDecode, ManyForeignBytesInsideAGroup) {
              {"Zm" + gap + "9v", "Zm9vZ" + gap, gap, "Zm9v" + gap + "Zg=="})
             ASSERT_NO_FATAL_FAILURE(expectDecoded(text));
     }
+}
+
+// A decoded byte is never ahead of the characters that it comes from, neither for a kernel that
+// takes many at a time.
+TEST_P(Base64KernelsDecode, InPlace) {
+    static const kxtest::Guarded little(4096), much(1 << 17);
+    const auto expectInPlace = [](const kxtest::Guarded& memory, const std::string& text,
+                                  char* at) {
+        const Decoded expected = decodeBase64(text);
+        memory.fill(kxtest::canary);
+        std::memcpy(at, text.data(), text.size());
+        ASSERT_EQ(GetParam().decode(at, text.size(), at),
+                  expected.complete ? expected.written.size() : 0)
+            << text;
+        ASSERT_EQ(std::string(at, expected.written.size()), expected.written) << text;
+        const std::size_t rest = text.size() - expected.written.size();
+        ASSERT_EQ(std::string(at + expected.written.size(), rest),
+                  text.substr(expected.written.size()))
+            << "what is behind the bytes stays: " << text;
+        ASSERT_TRUE(memory.filledOutside(at, text.size(), kxtest::canary)) << text;
+    };
+    for (const unsigned int oddOneIn : {3U, 5U, 30U, 100U, 1000000U})
+        for (std::size_t n = 0; n <= 300; ++n)
+            for (int i = 0; i < 2; ++i) {
+                const std::string text = randomText(_random, n, oddOneIn);
+                ASSERT_NO_FATAL_FAILURE(expectInPlace(little, text, little.begin() + pick(64)));
+                ASSERT_NO_FATAL_FAILURE(expectInPlace(little, text, little.end() - n));
+            }
+    const std::string clean = encodeBase64(randomBytes(_random, 30000));
+    ASSERT_NO_FATAL_FAILURE(expectInPlace(much, clean, much.begin()));
+    for (const std::size_t length : {4UL, 63UL, 64UL, 76UL, 1000UL, 5000UL}) {
+        std::string text;
+        for (std::size_t at = 0; at < clean.size(); at += length)
+            text += clean.substr(at, length) + "\r\n";
+        ASSERT_NO_FATAL_FAILURE(expectInPlace(much, text, much.end() - text.size()));
+    }
+    for (const unsigned int oddOneIn : {2U, 5U, 100U, 5000U})
+        ASSERT_NO_FATAL_FAILURE(
+            expectInPlace(much, randomText(_random, 30000, oddOneIn), much.begin() + pick(64)));
 }
 
 TEST_P(Base64KernelsDecode, GroupsEndBetweenGroupsAndBeforePadding) {

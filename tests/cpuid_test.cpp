@@ -324,6 +324,18 @@ TEST(CpuidHighestLeaf, LeavesAboveItAreNotRead) {
     EXPECT_EQ(readWith(7, 0x7FFFFFFF).l2SizeKiB, 0);
 }
 
+TEST(CpuidHighestLeaf, DoesNotKeepLeaf4FromBeingRead) {
+    for (const std::uint32_t highestLeaf : {0U, 1U, 3U, 4U}) {
+        FakeCpu cpu(highestLeaf, 0);
+        cpu.answers[{4, 0}] = {std::uint32_t{3} << 26 | 0x21, 63, 511, 0};
+        const Fields f = cpu.read();
+        EXPECT_EQ(f.cores, 3) << "deliberate: leaf 4 is asked for in any case";
+        EXPECT_EQ(f.lineSize, 63);
+        EXPECT_EQ(f.sets, 511);
+        EXPECT_EQ(lastRegisters(f), (std::vector<std::uint32_t>{0, 0, 0, 0})) << "sub-leaf 1";
+    }
+}
+
 // --- AVX2 and AVX-512 ----------------------------------------------------------------------------
 
 namespace {

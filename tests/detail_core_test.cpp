@@ -20,7 +20,7 @@
 #include "detail/platform/browser.h"
 #include "detail/platform/executable_path.h"
 #include "detail/numbers/truncate.h"
-#include "detail/word_bytes.h"
+#include "detail/text/byte_search.h"
 #include "kxtest.h"
 
 using kx::detail::truncateToInt32;

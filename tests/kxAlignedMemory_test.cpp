@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 #include <oneapi/tbb/scalable_allocator.h>
 
+#include <cerrno>
 #include <cstddef>
 #include <cstdint>
 #include <set>
@@ -88,6 +89,58 @@ TEST(AlignedMemoryFailure, ReallocKeepsTheBlock) {
     EXPECT_EQ(aligned_realloc(p, 1UL << 62, 64), nullptr);
     EXPECT_EQ(kept(p, 100), 100U);
     EXPECT_EQ(aligned_realloc(p, 0, 64), nullptr);  // frees it
+}
+
+TEST(AlignedMemoryFailure, SaysWhyInErrno) {
+    const auto errorOf = [](unsigned long size, unsigned long alignment) {
+        errno = 0;
+        EXPECT_EQ(aligned_malloc(size, alignment), nullptr);
+        return errno;
+    };
+    EXPECT_EQ(errorOf(0, 64), EINVAL);
+    EXPECT_EQ(errorOf(100, 24), EINVAL);
+    EXPECT_EQ(errorOf(0, 24), EINVAL);
+    EXPECT_EQ(errorOf(1UL << 62, 64), ENOMEM);
+}
+
+TEST(AlignedMemorySizeZero, ReallocOfNullIsABlock) {
+    for (const unsigned long alignment : {1UL, 8UL, 64UL, 4096UL}) {
+        errno = 0;
+        void* const p = aligned_realloc(nullptr, 0, alignment);
+        ASSERT_NE(p, nullptr);
+        EXPECT_EQ(errno, 0);
+        EXPECT_TRUE(isAligned(p, alignment));
+        aligned_free(p);
+    }
+}
+
+TEST(AlignedMemorySizeZero, ReallocFreesABlockAndLeavesErrnoAlone) {
+    for (int i = 0; i < 3; ++i) {
+        void* const p = aligned_malloc(1000, 64);
+        ASSERT_NE(p, nullptr);
+        errno = 0;
+        EXPECT_EQ(aligned_realloc(p, 0, 64), nullptr);
+        EXPECT_EQ(errno, 0);
+    }
+}
+
+TEST(AlignedMemorySizeZero, ReallocWithAWrongAlignmentFreesNothing) {
+    for (const unsigned long alignment : {0UL, 3UL, 24UL}) {
+        void* const p = aligned_malloc(100, 64);
+        ASSERT_NE(p, nullptr);
+        fill(p, 100);
+        errno = 0;
+        EXPECT_EQ(aligned_realloc(p, 0, alignment), nullptr);
+        EXPECT_EQ(errno, EINVAL);
+        void* const other = aligned_malloc(100, 64);
+        EXPECT_NE(other, p);
+        EXPECT_EQ(kept(p, 100), 100U);
+        aligned_free(other);
+        aligned_free(p);
+        errno = 0;
+        EXPECT_EQ(aligned_realloc(nullptr, 0, alignment), nullptr);
+        EXPECT_EQ(errno, EINVAL);
+    }
 }
 
 TEST(AlignedMemoryFree, IgnoresNull) { aligned_free(nullptr); }

@@ -173,6 +173,16 @@ TEST_P(Base64Texts, DecodeAgreesWithTheModel) {
 INSTANTIATE_TEST_SUITE_P(OddCharacterOneIn, Base64Texts, testing::Values(3U, 30U, 300U, 1000000U),
                          testing::PrintToStringParamName());
 
+TEST(Base64Memory, DecodesInPlace) {
+    for (const char* const text : {"Zm9vYmFy", "Zm9v\nYmFy", "Zg==", "Zg==Zm9v", "Zm9vY"}) {
+        const reference::Decoded expected = reference::decodeBase64(text);
+        std::string place = text;
+        EXPECT_EQ(kxBase64::decode(place.data(), place.size(), place.data()),
+                  expected.complete ? expected.written.size() : 0);
+        EXPECT_EQ(place.substr(0, expected.written.size()), expected.written);
+    }
+}
+
 TEST(Base64RoundTrip, EveryByteAtEveryPlaceOfAGroup) {
     for (const std::string& bytes : {everyByte(), "x" + everyByte(), "xy" + everyByte()}) {
         EXPECT_EQ(encodeString(bytes), reference::encodeBase64(bytes));

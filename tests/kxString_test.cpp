@@ -438,6 +438,13 @@ TEST(GetBoolOption, FindsNameAndTrueAnywhere) {
     EXPECT_FALSE(kxString::getBoolOption("x", ""));
 }
 
+// Work that grew with the square of the size would take minutes.
+TEST(GetBoolOption, TakesTimeInProportionToTheText) {
+    const std::string half(4 << 20, 'e');
+    EXPECT_FALSE(kxString::getBoolOption(half + half, half));
+    EXPECT_TRUE(kxString::getBoolOption(half + half + "=true", half));
+}
+
 // --- Text ----------------------------------------------------------------------------------------
 
 TEST(Replace, ReplacesFromLeftToRightAndNeverTwice) {
@@ -500,6 +507,25 @@ TEST(Replace, TakesTimeInProportionToTheText) {
     std::string text(1000000, 'a');
     kxString::replace(text, "a", "bc");
     EXPECT_EQ(text.size(), 2000000U);
+}
+
+// Places that nearly fit are all there is. One by one they would take minutes.
+TEST(Replace, TakesTimeInProportionToTheTextWhateverIsSearchedFor) {
+    const std::string half(4 << 20, 'a'), quarter(2 << 20, 'a'), old = half + half;
+    for (const std::string& search : {half + 'b', 'b' + half, quarter + 'b' + quarter}) {
+        std::string text = old;
+        kxString::replace(text, search, "x");
+        EXPECT_EQ(text, old);
+        text += search + old + search;
+        kxString::replace(text, search, "x");
+        EXPECT_TRUE(text == old + 'x' + old + 'x');
+    }
+    std::string text;
+    const std::string search = std::string(200, 'a') + 'b' + std::string(200, 'a');
+    while (text.size() < old.size()) text += std::string(4000, 'a') + search;
+    const std::size_t count = text.size() / (4000 + search.size());
+    kxString::replace(text, search, "");
+    EXPECT_EQ(text.size(), count * 4000);
 }
 
 TEST(Capitalize, RaisesTheFirstCharacterAndThoseAfterBlanks) {

@@ -17,8 +17,9 @@
 ///
 ///     std::vector<char> buffer(kxBase64::getEncodeSize(n) + 1);
 ///
-/// Both ways use the vector instructions that the processor offers (AVX-512 VBMI or AVX2; Mula and
-/// Lemire, 2018 and 2020); results do not depend on them.
+/// Both ways use the vector instructions that the processor offers (AVX-512 with VBMI and VBMI2, or
+/// AVX2; Mula and Lemire, 2018 and 2020), which is found out at the first use; results do not
+/// depend on them.
 ///
 /// All sizes are in bytes. Stateless: any thread may call any function. Nothing is thrown but
 /// std::bad_alloc and std::length_error, by the forms that fill a string, which
@@ -53,12 +54,15 @@ public:
     // --- Decoding --------------------------------------------------------------------------------
 
     /// Writes the bytes that `text[0, n)` stands for to `out`, which has room for
-    /// getDecodeSize(n) and does not overlap `text`; returns how many bytes were written. No
-    /// terminator is written, and nothing behind the bytes that are counted.
+    /// getDecodeSize(n), and returns how many bytes were written. No terminator is written, and
+    /// nothing behind the bytes of complete groups.
+    ///
+    /// `out` may be `text` itself: a text can be decoded in place, since its bytes are never ahead
+    /// of the characters that they come from. In any other way the two do not overlap.
     ///
     ///     "Zm9vYmFy"   -> 6, "foobar"
     ///     "Zm9v\nYmFy" -> 6, "foobar"   bytes outside the alphabet are skipped, wherever they are
-    ///     "Zm9vY"      -> 0             incomplete group; "foo" has been written nevertheless
+    ///     "Zm9vY"      -> 0             incomplete group at the end; "foo" has been written
     ///     "Zg==Zm9v"   -> 2, "ff"       see below
     ///     "Z=9v"       -> 2, "d\x0f"    "=" is six zero bits, wherever it stands
     ///

@@ -19,16 +19,22 @@
 /// where the first AVX instruction would fault.
 ///
 /// Threads: an object never changes once it is made, so any thread may read it. Nothing here
-/// throws but std::bad_alloc. Making an object takes some dozens of CPUID queries; a virtual
-/// machine traps each of them (microseconds), so keep the object or use the shared one.
+/// throws. Making an object takes some dozens of CPUID queries; a virtual machine traps each of
+/// them (microseconds), so keep the object or use the shared one. Standard leaves above 0xFFFF,
+/// extended ones above 0x8000FFFF and more than 256 caches are not asked for, whatever the
+/// processor claims to have.
 ///
 /// Sources: Intel 64 and IA-32 Architectures Software Developer's Manual, volume 2, CPUID; AMD64
 /// Architecture Programmer's Manual, volume 3, appendix E.
 class KXUTILS_API kxCPUInfo {
 public:
-    /// Everything that is read. A field whose leaf the processor does not have is 0 or false.
+    /// Everything that is read. A field whose leaf is above the highest one that the processor
+    /// names is 0 or false. Leaf 4 is the exception: deliberately, it is asked for whatever the
+    /// highest standard leaf is, and its fields hold what a processor without it answers (zeros, or
+    /// on some the registers of another leaf).
     struct Fields {
-        /// EAX, EBX, ECX and EDX of the most recent query; all ones before the first one.
+        /// EAX, EBX, ECX and EDX of the most recent query, which is the last one of leaf 4 once the
+        /// processor has been asked; all ones before the first one.
         std::uint32_t lastRegisters[4] = {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF};
 
         /// Leaf 1 EAX, each field as encoded: the extended ones are not added to the others.

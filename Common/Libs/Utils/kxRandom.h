@@ -10,8 +10,8 @@
 #include "kxExport.h"
 
 /// Storage only: the library defines no operation, so that the executable and all plug-ins draw
-/// from one generator, the application's. All members are zero (no words drawn) until the
-/// application fills them. Not guarded: main thread only.
+/// from one generator, the application's. The table and the index are zero (no words drawn) until
+/// the application fills them; the two factors are constants. Not guarded: main thread only.
 class KXUTILS_API kxRandom {
 public:
     /// Words of the generator's state, as many as a 32-bit Mersenne Twister has.

@@ -20,6 +20,7 @@
 #include "detail/numbers/read.h"
 #include "detail/numbers/write.h"
 #include "detail/text/ascii.h"
+#include "detail/text/find.h"
 
 using kx::detail::isDigit;
 
@@ -179,7 +180,7 @@ std::string kxString::getStringOption(const std::string& option) {
 }
 
 bool kxString::getBoolOption(const std::string& option, const std::string& name) {
-    return option.find(name + "=true") != std::string::npos;
+    return kx::detail::findText(option, name + "=true", 0) != std::string::npos;
 }
 
 void kxString::replace(std::string& text, const std::string& search,

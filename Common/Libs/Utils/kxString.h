@@ -102,7 +102,8 @@ public:
 
     /// Replaces every occurrence of `search` in `text`, from left to right; what was put in is not
     /// searched again ("aba", "a", "aa" -> "aabaa"). An empty `search` leaves the text unchanged.
-    /// `search` and `replacement` may be `text` itself.
+    /// `search` and `replacement` may be `text` itself. Time in proportion to the lengths of the
+    /// text, the search text and the result, whatever they hold.
     static void replace(std::string& text, const std::string& search,
                         const std::string& replacement);
 

@@ -16,7 +16,8 @@ struct Base64Progress {
 /// that holds a "=" or is not complete. Nothing is written but the bytes it counts.
 using Base64DecodeGroups = Base64Progress (*)(const char* text, unsigned long n, char* out);
 
-/// No pointer is null, and input and output do not overlap; `n` may be 0.
+/// No pointer is null; `n` may be 0. Input and output do not overlap, but decoding may be in place,
+/// with `out` equal to `text`.
 struct Base64Kernel {
     const char* name;
     bool (*usable)();

@@ -13,7 +13,7 @@
 
 #include "detail/bytes/little_endian.h"
 #include "detail/numbers/decimal.h"
-#include "detail/word_bytes.h"
+#include "detail/bytes/word.h"
 
 namespace kx::detail {
 

@@ -4,6 +4,7 @@
 // Preloaded into the example host: one call fails, as KXTEST_FAULT says with "FUNCTION NUMBER",
 // where the first call has the number 1. KXTEST_REACHED, a path, is created when that happens.
 //
+//     append                            fails with ENOSPC: write() to a log
 //     close pread pwrite rename write   fail with ENOSPC; close() has done its work, and calls for
 //                                       the standard streams are not counted
 //     remove stat unlink                fail with EIO
@@ -64,7 +65,9 @@ extern "C" ssize_t pwrite(int descriptor, const void* buffer, size_t size, off_t
 }
 
 extern "C" ssize_t write(int descriptor, const void* buffer, size_t size) {
-    if (descriptor > 2 && mustFail("write")) return failed(ENOSPC, -1);
+    const bool isLog = (fcntl(descriptor, F_GETFL) & O_APPEND) != 0;
+    if (descriptor > 2 && size > 0 && mustFail(isLog ? "append" : "write"))
+        return failed(ENOSPC, -1);
     return original(&write, "write")(descriptor, buffer, size);
 }
 

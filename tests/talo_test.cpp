@@ -179,7 +179,9 @@ TEST_F(Talo, FailsForAMissingFileAndGoesOn) {
     const std::string missing = dir.file("missing"), there = dir.write("there.txt", "x");
     const auto outcome = run({missing, there});
     EXPECT_EQ(outcome.err, red("checkRead:: File '" + missing + "' doesn't exist!"));
-    EXPECT_NE(outcome.out.find("readable   no\n"), std::string::npos);
+    EXPECT_NE(
+        outcome.out.find("  format     unknown\n  path       " + missing + "\n  readable   no\n"),
+        std::string::npos);
     EXPECT_NE(outcome.out.find("there.txt\n  extension  txt\n"), std::string::npos);
     EXPECT_EQ(outcome.exitCode, 1);
 }
@@ -424,9 +426,27 @@ TEST_F(Talo, DrawsItsBanner) {
 }
 
 TEST_F(Talo, FailsWhereTheBannerCannotBeWritten) {
-    const auto outcome = run({"--banner", dir.path()});
-    EXPECT_EQ(outcome.err, red("Couldn't write '" + dir.path() + "': Is a directory"));
-    EXPECT_EQ(outcome.exitCode, 1);
+    for (const std::string& place : {dir.path(), dir.makeDir("in") + "/missing/banner.ppm"}) {
+        const auto outcome = run({"--banner", place});
+        EXPECT_EQ(outcome.err,
+                  red("Couldn't write '" + place + "': " +
+                      (place == dir.path() ? "Is a directory" : "No such file or directory")));
+        EXPECT_EQ(outcome.exitCode, 1);
+    }
+}
+
+// A device, or where a link leads to, is written to; a file is replaced, with its permissions.
+TEST_F(Talo, WritesItsBannerToWhatIsThere) {
+    const std::string file = dir.write("banner.ppm", "old"), link = dir.file("link");
+    ASSERT_EQ(chmod(file.c_str(), 0640), 0);
+    ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+    for (const std::string& place : {file, link, std::string("/dev/null")}) {
+        EXPECT_EQ(run({"--banner", place}).exitCode, 0) << place;
+        EXPECT_EQ(kxtest::slurp(file).substr(0, 3), "P6\n");
+    }
+    EXPECT_TRUE(std::filesystem::is_symlink(link));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_EQ(std::filesystem::status(file).permissions(), std::filesystem::perms{0640});
 }
 
 // --- Other users of the machine ------------------------------------------------------------------
@@ -536,6 +556,19 @@ TEST_F(TaloByName, AsksNobodyWhereItKnowsItsOwnPlace) {
     EXPECT_EQ(start().out, started(tmp) + installedReport() + allWell);
 }
 
+TEST_F(Talo, FailsOutsideAnInstallation) {
+    if (kxtest::underEmulator()) GTEST_SKIP() << "started by a script, beside the program";
+    const std::string program = dir.makeDir("a/b") + "/talo";
+    for (const char* file : {"/talo", "/libkxUtils.so.1"}) {
+        if (kxtest::exists(root + "/bin/MAC" + file))
+            std::filesystem::copy(root + "/bin/MAC" + file, dir.file("a/b") + file);
+    }
+    const auto outcome = run({}, program);
+    EXPECT_EQ(outcome.err, red("There is no installation in '" + dir.path() + "'"));
+    EXPECT_EQ(outcome.out, "");
+    EXPECT_EQ(outcome.exitCode, 1);
+}
+
 // --- Files that are none -------------------------------------------------------------------------
 
 TEST_F(Talo, ReportsPipesAndDevicesWithoutReadingThem) {
@@ -570,6 +603,21 @@ TEST_F(Talo, FailsWhereAFileCannotBeRead) {
     EXPECT_EQ(outcome.err, red("Couldn't read '" + file + "': Input/output error"));
     EXPECT_EQ(outcome.out.find(allWell), std::string::npos);
     EXPECT_EQ(outcome.exitCode, 1);
+}
+
+TEST_F(Talo, RefusesAnEmptyPath) {
+    const auto outcome = run({"", "--copy-to", dir.file("out")});
+    EXPECT_EQ(outcome.err, red("An empty path leads nowhere"));
+    EXPECT_EQ(outcome.exitCode, 1);
+}
+
+TEST_F(TaloCopy, ReplacesNothingButFiles) {
+    dir.makeDir("out");
+    ASSERT_EQ(mkfifo(target.c_str(), 0666), 0);
+    const auto outcome = copy({"--answer", "yes"});
+    EXPECT_EQ(outcome.err, red("Couldn't copy to '" + target + "': File exists"));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_TRUE(std::filesystem::is_fifo(target));
 }
 
 // --- Output, and the working directory -----------------------------------------------------------
@@ -628,7 +676,8 @@ TEST_F(Talo, WorksBelowAVeryLongPath) {
 TEST_F(Talo, SaysSoWhereThereIsNoPlaceForPreferences) {
     environment["HOME"] = dir.write("regular", "");
     const auto outcome = run({});
-    EXPECT_NE(outcome.out.find("There is no directory for preferences\n"), std::string::npos);
+    EXPECT_EQ(outcome.err, red("There is no directory for preferences: Not a directory"));
+    EXPECT_EQ(outcome.exitCode, 0);
 }
 
 // --- Faults --------------------------------------------------------------------------------------
@@ -731,6 +780,35 @@ TEST_F(TaloFaults, NeverOverwriteWithoutAnAnswer) {
     for (; fails("stat", number, {"--answer", "no"}); ++number)
         EXPECT_EQ(kxtest::slurp(target), "old") << number;
     EXPECT_GE(number, 5);
+}
+
+TEST_F(TaloFaults, LeaveTheBannerAsItWas) {
+    const std::string file = dir.write("banner.ppm", "old");
+    for (const char* function : {"write", "close", "rename"}) {
+        EXPECT_TRUE(fails(function, 1, {"--banner", file})) << function;
+        EXPECT_NE(outcome.err.find("Couldn't write '" + file + "': No space left on device"),
+                  std::string::npos)
+            << outcome.err;
+        EXPECT_EQ(outcome.exitCode, 1) << function;
+        EXPECT_EQ(kxtest::slurp(file), "old") << function;
+    }
+}
+
+// The library does not say that it has lost a line.
+TEST_F(TaloFaults, OfTheLogAreNoticed) {
+    for (const char* format : {"text", "html", "csv"}) {
+        const std::string log = dir.file(format);
+        const std::vector<std::string> arguments = {"--answer", "yes",          "--log",
+                                                    log,        "--log-format", format};
+        int number = 1, said = 0;
+        for (; fails("append", number, arguments); ++number) {
+            std::filesystem::remove(log);
+            EXPECT_EQ(outcome.exitCode, 1) << format << number;
+            if (outcome.err.find("talo: the log file lacks lines\n") != std::string::npos) ++said;
+        }
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        EXPECT_GE(said, 4) << "start, processor, temporary directory and end";
+    }
 }
 
 TEST_F(TaloFaults, OfMemoryEndItWithAMessage) {

@@ -11,8 +11,8 @@
 #include <vector>
 
 #include "kxCRC32.h"
-#include "kxFile.h"
 #include "kxLog.h"
+#include "replacing_file.h"
 
 namespace {
 
@@ -53,52 +53,6 @@ ssize_t readAt(const OpenFile& file, char* block, std::size_t size, std::uint64_
     return n;
 }
 
-bool writeAll(const OpenFile& file, const char* block, std::size_t size) {
-    while (size > 0) {
-        const ssize_t n = write(file.descriptor(), block, size);
-        if (n < 0 && errno == EINTR) continue;
-        if (n < 0) return false;
-        block += n;
-        size -= static_cast<std::size_t>(n);
-    }
-    return true;
-}
-
-// A new file in a directory, under a name of its own until it is complete; removed unless it is
-// given another one.
-class Beside {
-public:
-    Beside(const std::string& directory, mode_t mode) {
-        const std::string prefix = ".talo" + std::to_string(getpid()) + '-';
-        for (int attempts = 0; attempts < 100; ++attempts) {
-            // getTmpName() only looks for a name that is free: creating the file makes it ours.
-            _path = directory + '/' + kxFile::getTmpName(directory, prefix);
-            _file = createNew(_path, mode);
-            if (_file || errno != EEXIST) break;
-        }
-        _isThere = static_cast<bool>(_file);
-    }
-    ~Beside() {
-        if (_isThere) unlink(_path.c_str());
-    }
-    Beside(const Beside&) = delete;
-    Beside& operator=(const Beside&) = delete;
-
-    const std::string& path() const { return _path; }
-    OpenFile& file() { return _file; }
-
-    bool rename(const std::string& target) {
-        if (std::rename(_path.c_str(), target.c_str()) != 0) return false;
-        _isThere = false;
-        return true;
-    }
-
-private:
-    std::string _path;
-    OpenFile _file;
-    bool _isThere = false;
-};
-
 }  // namespace
 
 bool copyContent(const SourceFile& source, OpenFile& copy, std::uint32_t& checksum) {
@@ -128,12 +82,9 @@ bool copyContent(const SourceFile& source, OpenFile& copy, std::uint32_t& checks
 }
 
 bool copyFile(const SourceFile& source, const std::string& target) {
-    Beside copy(kxFile::getFilePath(target), source.mode);
-    if (!copy.file()) return fail("Couldn't create '" + copy.path() + "'");
+    ReplacingFile copy(target, source.mode);
+    if (!copy.file()) return fail("Couldn't create a file beside '" + target + "'");
     std::uint32_t checksum = 0;
     if (!copyContent(source, copy.file(), checksum)) return false;
-    // What close() says counts: some file systems notice no earlier that they cannot keep the
-    // bytes.
-    if (!copy.file().close()) return fail("Couldn't write '" + copy.path() + "'");
-    return copy.rename(target) || fail("Couldn't create '" + target + "'");
+    return copy.commit() || fail("Couldn't write '" + target + "'");
 }

@@ -33,6 +33,7 @@
 #include "kxLog.h"
 #include "kxPlatform.h"
 #include "kxString.h"
+#include "log_watch.h"
 #include "open_file.h"
 #include "options.h"
 #include "private_directory.h"
@@ -92,8 +93,6 @@ bool startUp(const Options& options) {
     // Everything a user may have typed is data: it goes behind a "%s", never into the format.
     kxLog::info("%s, installed in %s", kxPlatform::getAppVersionName(), kxPlatform::getBaseDir());
     describeProcessor();
-    if (!kxFile::exists(kxPlatform::getPreferencesDir()))
-        kxLog::warning("There is no directory for preferences");
     return options.logFile.empty() || kxLog::getLogFile();
 }
 
@@ -107,28 +106,49 @@ kxFileExtension knownFormats() {
     return formats;
 }
 
-// The path in full, so that it can be shown relative to the installation. A path below a working
-// directory that is too long for the library stays as it is: relative, it leads there all the same.
+// The path in full, so that it can be shown relative to the installation; "", with an error in the
+// log, if it cannot be told. Below a working directory that is too long for the library the path
+// stays as it is: relative, it leads there all the same.
 std::string absolutePath(const std::string& path) {
     std::string expanded = kxFile::expandFilename(path);  // "~/x" and "$DIR/x"
+    if (expanded.empty()) kxLog::error("An empty path leads nowhere");
     if (!kxFile::isRelative(expanded)) return expanded;
-    const std::string absolute = kxFile::rel2Abs(kxFile::getCurrentDir(), expanded);
+    const std::string current = kxFile::getCurrentDir();
+    if (current.empty() && errno != ERANGE) {
+        fail("Couldn't find '" + path + "': working directory");
+        return {};
+    }
+    const std::string absolute = kxFile::rel2Abs(current, expanded);
     return absolute.empty() ? expanded : absolute;
+}
+
+// What a link leads to counts. False, with an error in the log, if it cannot be told.
+bool isDirectory(const std::filesystem::path& path, bool& answer) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    answer = std::filesystem::is_directory(status);
+    if (status.type() != std::filesystem::file_type::none) return true;
+    kxLog::error("Couldn't look at '%s': %s", path.c_str(), error.message().c_str());
+    return false;
 }
 
 // Appends the file itself, or all files below a directory, sorted. False if a directory cannot be
 // read.
 bool listFiles(const std::string& path, std::vector<std::string>& files) {
-    std::error_code ignored;  // whatever it is, opening the file will tell
-    if (!std::filesystem::is_directory(path, ignored)) {
+    bool isThere = false, isComplete = true;
+    if (!isDirectory(path, isThere)) return false;
+    if (!isThere) {
         files.push_back(path);
         return true;
     }
     std::vector<std::string> found;
-    bool isComplete = true;
     try {
-        for (const auto& entry : std::filesystem::recursive_directory_iterator(path))
-            if (!entry.is_directory(ignored)) found.push_back(entry.path().string());
+        for (const auto& entry : std::filesystem::recursive_directory_iterator(path)) {
+            if (!isDirectory(entry.path(), isThere))
+                isComplete = false;
+            else if (!isThere)
+                found.push_back(entry.path().string());
+        }
     } catch (const std::filesystem::filesystem_error& error) {
         kxLog::error("Couldn't list '%s': %s", path.c_str(), error.code().message().c_str());
         isComplete = false;
@@ -156,13 +176,14 @@ bool report(const SourceFile& source, const kxFileExtension& formats) {
     const std::string name = kxFile::getFileName(source.path);
     const std::string extension = kxFile::getExtension(name);
     const std::string format = formats.getName('.' + extension);
-    const std::string size = kxString::beautifyDigits(std::to_string(source.size), ",", 3);
     std::cout << name << '\n'
               << "  extension  " << extension << '\n'
               << "  base name  " << kxFile::getBaseName(name) << '\n'
-              << "  format     " << (format.empty() ? "unknown" : format) << '\n'
-              << "  size       " << size << '\n'
-              << "  path       " << kxFile::abs2Rel(kxPlatform::getBaseDir(), source.path) << '\n'
+              << "  format     " << (format.empty() ? "unknown" : format) << '\n';
+    if (isReadable)
+        std::cout << "  size       "
+                  << kxString::beautifyDigits(std::to_string(source.size), ",", 3) << '\n';
+    std::cout << "  path       " << kxFile::abs2Rel(kxPlatform::getBaseDir(), source.path) << '\n'
               << "  readable   " << (isReadable ? "yes" : "no") << '\n';
     return isReadable;
 }
@@ -172,10 +193,15 @@ bool isSameFile(const std::string& a, const std::string& b) {
     return std::filesystem::equivalent(a, b, ignored);
 }
 
-// Whether nothing is at a path, or only a link that leads nowhere. False if that cannot be told.
+// Whether nothing is at a path, or only a link that leads nowhere. False if that cannot be told, or
+// if it is something that a copy cannot replace.
 bool look(const std::string& path, bool& isFree) {
     struct stat info {};
     isFree = stat(path.c_str(), &info) != 0;
+    if (!isFree && !S_ISREG(info.st_mode)) {
+        errno = S_ISDIR(info.st_mode) ? EISDIR : EEXIST;
+        return false;
+    }
     return !isFree || errno == ENOENT;
 }
 
@@ -187,7 +213,7 @@ bool copyTo(const std::string& directory, const SourceFile& source) {
         return false;
     }
     bool isFree = false;
-    if (!look(target, isFree)) return fail("Couldn't look at '" + target + "'");
+    if (!look(target, isFree)) return fail("Couldn't copy to '" + target + "'");
     // Where nothing is, checkWrite() would create a file to find out, also where a link leads to:
     // copyFile() finds out by itself, and follows no link.
     if (!isFree) {
@@ -226,33 +252,50 @@ int run(int argc, char** argv) {
     // First of all, before anything asks for a directory: where are we installed?
     const char* const program = argc > 0 ? argv[0] : "talo";
     kxPlatform::init(program);
+    if (!kxFile::exists(kxPlatform::getBinDir())) {
+        kxLog::error("There is no installation in '%s'", kxPlatform::getBaseDir());
+        return 1;
+    }
     if (!isRootTrusted(program)) return 1;
 
     Options options;
     int exitCode = 0;
     if (!parseOptions(argc, argv, options, exitCode)) return exitCode;
+    if (!kxFile::exists(kxPlatform::getPreferencesDir()))
+        kxFile::perror("There is no directory for preferences");  // a real host might need it
+    LogWatch log;
     bool allWell = startUp(options);
-    PrivateDirectory scratch;
-    if (scratch.path().empty()) return 1;
+    log.begin();
 
     if (options.paths.empty()) options.paths.emplace_back(kxPlatform::getDataDir());
-    if (!options.copyTo.empty()) options.copyTo = absolutePath(options.copyTo);
-    if (!options.copyTo.empty() && !kxFile::createPath(options.copyTo)) {
-        kxFile::perror("Couldn't create '" + options.copyTo + "'");
-        return 1;
+    if (!options.copyTo.empty()) {
+        options.copyTo = absolutePath(options.copyTo);
+        if (options.copyTo.empty()) return 1;
+        if (!kxFile::createPath(options.copyTo)) {
+            kxFile::perror("Couldn't create '" + options.copyTo + "'");
+            return 1;
+        }
     }
     if (!options.banner.empty() && !writeBanner(options.banner, kxPlatform::getAppVersionName()))
         allWell = fail("Couldn't write '" + options.banner + "'");
 
     const kxFileExtension formats = knownFormats();
     std::vector<std::string> files;
-    for (const std::string& path : options.paths)
-        allWell = listFiles(absolutePath(path), files) && allWell;
+    for (const std::string& given : options.paths) {
+        const std::string path = absolutePath(given);
+        allWell = !path.empty() && listFiles(path, files) && allWell;
+    }
+    PrivateDirectory scratch;
+    if (scratch.path().empty()) return 1;
     for (const std::string& file : files)
         allWell = work(file, formats, options, scratch.path()) && allWell;
     allWell = scratch.remove() && allWell;
     allWell = isOutputWritten() && allWell;
     kxLog::info("%s", allWell ? "All files are well." : "Some files failed.");
+    if (!log.isComplete()) {
+        complain("the log file lacks lines");
+        return 1;
+    }
     return allWell ? 0 : 1;
 }
 
@@ -262,7 +305,8 @@ int run(int argc, char** argv) {
 bool fillStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         const int mode = stream == STDIN_FILENO ? O_WRONLY : O_RDONLY;
-        if (fcntl(stream, F_GETFD) < 0 && open("/dev/null", mode) != stream) return false;
+        const bool isClosed = fcntl(stream, F_GETFD) < 0 && errno == EBADF;
+        if (isClosed && open("/dev/null", mode) != stream) return false;
     }
     return true;
 }
@@ -270,7 +314,10 @@ bool fillStandardStreams() {
 }  // namespace
 
 int main(int argc, char** argv) {
-    if (!fillStandardStreams()) return 1;
+    if (!fillStandardStreams()) {
+        complain("no standard streams");
+        return 1;
+    }
     std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is an error like any other
     int exitCode = 1;
     // What a host does not catch ends it at once: nothing is removed, and nobody told why.

@@ -11,6 +11,12 @@
 
 #include "kxFile.h"
 
+OpenFile::~OpenFile() {
+    const int error = errno;
+    close();
+    errno = error;
+}
+
 bool OpenFile::close() {
     if (_descriptor < 0) {
         errno = EBADF;
@@ -37,6 +43,17 @@ SourceFile::SourceFile(const std::string& name)
 
 OpenFile createNew(const std::string& path, mode_t mode) {
     return OpenFile(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, mode));
+}
+
+bool writeAll(const OpenFile& file, const char* block, std::size_t size) {
+    while (size > 0) {
+        const ssize_t n = write(file.descriptor(), block, size);
+        if (n < 0 && errno == EINTR) continue;
+        if (n < 0) return false;
+        block += n;
+        size -= static_cast<std::size_t>(n);
+    }
+    return true;
 }
 
 bool fail(const std::string& text) {

@@ -7,6 +7,7 @@
 
 #include <sys/types.h>
 
+#include <cstddef>
 #include <cstdint>
 #include <string>
 #include <utility>
@@ -15,7 +16,7 @@
 class OpenFile {
 public:
     explicit OpenFile(int descriptor = -1) : _descriptor(descriptor) {}
-    ~OpenFile() { close(); }
+    ~OpenFile();  ///< errno stays that of an earlier failure
     OpenFile(OpenFile&& other) noexcept : _descriptor(std::exchange(other._descriptor, -1)) {}
     OpenFile& operator=(OpenFile&& other) noexcept {
         std::swap(_descriptor, other._descriptor);
@@ -49,6 +50,9 @@ struct SourceFile {
 /// Creates a file that was not there and opens it for writing. Whatever is there already, a
 /// symbolic link that leads nowhere included, makes it fail with EEXIST.
 OpenFile createNew(const std::string& path, mode_t mode);
+
+/// Writes all of `block[0, size)`; false, with errno set, if the system does not accept it.
+bool writeAll(const OpenFile& file, const char* block, std::size_t size);
 
 /// Logs "text: description of errno" as an error; false, to be returned.
 bool fail(const std::string& text);

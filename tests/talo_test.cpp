@@ -479,6 +479,20 @@ TEST_F(Talo, FollowsNoLinkInTheTemporaryDirectory) {
     EXPECT_EQ(kxtest::list(tmp).size(), 9U);  // the links
 }
 
+// The same for the directory that copies go to.
+TEST_F(Talo, FollowsNoLinkBesideACopy) {
+    environment["FILE"] = dir.write("file.txt", "secret");
+    environment["VICTIM"] = dir.makeDir("victim");
+    environment["OUT"] = dir.makeDir("out");
+    const auto outcome = shell(
+        "i=0; while [ $i -lt 9 ]; do ln -s $VICTIM/$i $OUT/.talo$$-$i; i=$((i+1)); done;"
+        "exec $T --copy-to $OUT $FILE");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(kxtest::list(dir.file("victim")), std::vector<std::string>());
+    EXPECT_EQ(kxtest::list(dir.file("out")).size(), 10U);  // the links and the copy
+    EXPECT_EQ(kxtest::slurp(dir.file("out/file.txt")), "secret");
+}
+
 // In a directory that is not sticky others could exchange ours for one of theirs.
 TEST_F(Talo, WorksInTheSystemsTemporaryDirectoryWhereTheSharedOneIsOpenToAll) {
     dir.makeDir("tmp");

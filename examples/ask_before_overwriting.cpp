@@ -15,14 +15,19 @@
 
 namespace {
 
-bool userSaysYes = false;
+bool userSaysYes = false, isRefused = false;
 
 // Every request of the library comes here; false means "not shown".
 bool answer(const char* request, kxMessage& message, int /*flags*/) {
     if (std::strcmp(request, "showMainWarning") != 0) return false;
-    std::string text;
+    std::string text, button;
     getFromMessage(message, "text", text);
+    if (!getFromMessage(message, "button0", button)) {  // a notice, that asks nothing
+        std::cout << text << '\n';
+        return true;
+    }
     std::cout << text << (userSaysYes ? " yes" : " no") << '\n';
+    isRefused = !userSaysYes;
     // The buttons are in the message as well: the first one is "Yes", the second one "No".
     message.set("button", userSaysYes ? 0 : 1, /*overwrite=*/true);
     return true;
@@ -37,12 +42,14 @@ int main(int argc, char** argv) {
     kxUtils::init(answer);
 
     if (!kxFile::checkWrite(path, /*ask=*/true, /*log=*/true)) {
+        if (!isRefused) return 1;  // it cannot be written; an error on standard error has said so
         std::cout << "kept\n";
-        return 0;
+        return std::cout.flush() ? 0 : 1;
     }
     if (!kxFile::write(path, "new content\n")) {
         kxFile::perror(path);
         return 1;
     }
     std::cout << "written\n";
+    return std::cout.flush() ? 0 : 1;  // the terminal may be a full disk
 }

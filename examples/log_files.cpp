@@ -32,7 +32,12 @@ int main(int argc, char** argv) {
     kxLog::warning("%d of %d faces dropped", 3, 1200);
     kxLog::info("done");
 
+    // The log does not tell whether a line has reached the file: who must know looks.
     std::string lines;
-    kxFile::read(kxLog::getLogFile(), lines);
+    if (!kxFile::read(kxLog::getLogFile(), lines)) {
+        kxFile::perror(kxLog::getLogFile());
+        return 1;
+    }
     std::cout << "status line: " << statusLine << '\n' << lines;
+    return std::cout.flush() ? 0 : 1;  // the terminal may be a full disk
 }

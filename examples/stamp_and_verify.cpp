@@ -5,6 +5,7 @@
 // again.
 //
 //     stamp_and_verify FILE
+#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <string>
@@ -13,12 +14,25 @@
 
 namespace {
 
-void verify(const std::string& path) {
-    std::uint32_t checksum = 0;
-    // Files without a checksum are fine for this function; it says on standard output what it
-    // finds.
-    const bool intact = kxFile::checkChecksum(path, checksum);
-    std::cout << (intact ? "intact" : "DAMAGED") << '\n';
+// False if the file could not be read. kxFile::checkChecksum() would print what it finds by itself,
+// but says that a file is fine where it has no checksum, or cannot be read.
+bool verify(const std::string& path) {
+    using State = kxFile::ChecksumInfo::State;
+    const kxFile::ChecksumInfo found = kxFile::findChecksum(path);
+    if (found.error != 0) {
+        errno = found.error;
+        kxFile::perror(path);
+        return false;
+    }
+    std::cout << found.stored << (found.state == State::correct ? " intact" : " DAMAGED") << '\n';
+    return true;
+}
+
+bool changeOneByte(const std::string& path) {
+    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
+    file.put('X');
+    file.close();  // what has been written arrives here, or not
+    return file.good();
 }
 
 }  // namespace
@@ -27,12 +41,18 @@ int main(int argc, char** argv) {
     if (argc != 2) return 2;
     const std::string path = argv[1];
 
+    // appendChecksum() would create a file that is missing.
+    if (!kxFile::checkRead(path, /*ask=*/false, /*log=*/true)) return 1;
     if (!kxFile::appendChecksum(path, kxFile::getChecksum(path))) {
         kxFile::perror(path);
         return 1;
     }
-    verify(path);
+    if (!verify(path)) return 1;
 
-    std::fstream(path, std::ios::in | std::ios::out | std::ios::binary).put('X');
-    verify(path);
+    if (!changeOneByte(path)) {
+        kxFile::perror(path);
+        return 1;
+    }
+    if (!verify(path)) return 1;
+    return std::cout.flush() ? 0 : 1;  // the terminal may be a full disk
 }

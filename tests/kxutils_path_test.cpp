@@ -164,6 +164,11 @@ TEST_F(Tool, DirsTakesItselfForTheApplication) {
 
 // --- tmp -----------------------------------------------------------------------------------------
 
+// No test leaves anything in the directory that all users share.
+TEST_F(Tool, TmpIsTheTestsOwnHere) {
+    EXPECT_EQ(run({"tmp"}).out, "temporary    exists   " + dir.file("tmp") + "\n");
+}
+
 TEST_F(Tool, TmpCreatesAndShowsTheDirectory) {
     const std::string path = dir.file("scratch");
     environment["TALO_TMP_DIR"] = path;

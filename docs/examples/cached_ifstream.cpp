@@ -8,7 +8,7 @@
 #include <kxFile.h>
 
 int main() {
-    kxFile::write("mesh.txt", "vertices 1200 faces 400");
+    if (!kxFile::write("mesh.txt", "vertices 1200 faces 400")) return 1;
     cached_ifstream in("mesh.txt", 65536);
     if (!in) return 1;
 

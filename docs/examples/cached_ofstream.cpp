@@ -21,7 +21,7 @@ int main() {
     std::cout << (out.bad() ? "not written" : "written") << '\n';
 
     std::string text;
-    kxFile::read("mesh.txt", text);
+    if (!kxFile::read("mesh.txt", text)) return 1;
     std::cout << text;
 }
 // Prints:

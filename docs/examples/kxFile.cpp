@@ -16,7 +16,7 @@ int main() {
         kxFile::perror("engine.osb");  // errno is still that of the failure
         return 1;
     }
-    kxFile::appendChecksum("engine.osb", kxFile::getChecksum("engine.osb"));
+    if (!kxFile::appendChecksum("engine.osb", kxFile::getChecksum("engine.osb"))) return 1;
     std::uint32_t checksum = 0;
     const bool intact = kxFile::checkChecksum("engine.osb", checksum);  // prints what it finds
     std::cout << intact << ' ' << kxFile::getFileSize("engine.osb") << " bytes\n";

@@ -8,7 +8,7 @@
 #include <kxPlatform.h>
 
 int main() {
-    kxFile::createPath("app/bin/MAC");  // an installation, for this example
+    if (!kxFile::createPath("app/bin/MAC")) return 1;  // an installation, for this example
     kxPlatform::init("app", "viewer");
     kxPlatform::setFullAppName("The Viewer");
     kxPlatform::setDisplayVersionYearString("2017");

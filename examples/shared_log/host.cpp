@@ -27,9 +27,13 @@ int main(int argc, char** argv) {
     }
     using Run = void (*)();
     const auto run = reinterpret_cast<Run>(kxUtils::resolveSymbol(plugin, "run"));
-    if (!run) return 1;
+    if (!run) {
+        std::cerr << kxUtils::getLastError() << '\n';
+        return 1;
+    }
     run();
 
     kxLog::setWarningCB(nullptr);
     kxUtils::unloadSharedLibrary(plugin);
+    return std::cout.flush() ? 0 : 1;  // the terminal may be a full disk
 }

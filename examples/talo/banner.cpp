@@ -3,10 +3,36 @@
 
 #include "banner.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <cerrno>
 #include <vector>
 
 #include "kxFile.h"
 #include "kxFont.h"
+#include "replacing_file.h"
+
+namespace {
+
+// A regular file keeps its content until the new one is complete. Anything else, such as a device
+// or a link, is written to, not replaced.
+bool save(const std::string& path, const std::string& content) {
+    struct stat info {};
+    mode_t mode = 0666;
+    if (lstat(path.c_str(), &info) == 0) {
+        if (!S_ISREG(info.st_mode)) return kxFile::write(path, content);
+        if (faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) != 0) return false;
+        mode = info.st_mode & 0777;
+    } else if (errno != ENOENT) {
+        return false;
+    }
+    ReplacingFile file(path, mode);
+    return file.file() && writeAll(file.file(), content.data(), content.size()) && file.commit();
+}
+
+}  // namespace
 
 bool writeBanner(const std::string& path, const std::string& text) {
     constexpr std::size_t cellWidth = 6, height = 7, scale = 3, bytesPerPixel = 3;
@@ -25,5 +51,5 @@ bool writeBanner(const std::string& path, const std::string& text) {
             const unsigned char* const pixel = &image[bytesPerPixel * (row * width + x / scale)];
             ppm.append(pixel, pixel + bytesPerPixel);
         }
-    return kxFile::write(path, ppm);
+    return save(path, ppm);
 }

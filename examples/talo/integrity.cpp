@@ -3,51 +3,65 @@
 
 #include "integrity.h"
 
+#include <fcntl.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <cstdint>
-#include <cstdio>
-#include <fstream>
+#include <iomanip>
+#include <iostream>
 
 #include "file_copy.h"
 #include "kxFile.h"
+#include "kxLog.h"
 
 namespace {
 
-void damageByte(const std::string& path, std::uint64_t position) {
-    std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
-    file.seekg(static_cast<std::streamoff>(position));
-    const char damaged = static_cast<char>(~file.get());
-    file.seekp(static_cast<std::streamoff>(position));
-    file.put(damaged);
+using State = kxFile::ChecksumInfo::State;
+
+bool damageByte(const std::string& path, std::uint64_t position) {
+    OpenFile file(open(path.c_str(), O_RDWR | O_NOFOLLOW | O_CLOEXEC));
+    const auto at = static_cast<off_t>(position);
+    char byte = 0;
+    if (!file || pread(file.descriptor(), &byte, 1, at) != 1) return false;
+    byte = static_cast<char>(~byte);
+    return pwrite(file.descriptor(), &byte, 1, at) == 1 && file.close();
 }
 
-bool stampAndVerify(const std::string& copy) {
+// Prints the checksum of the copy's content as a row of the report. checkChecksum() would say that
+// a file is fine also where it cannot be read: whoever must know asks findChecksum().
+bool verify(const std::string& copy, State expected, const char* title) {
+    const kxFile::ChecksumInfo found = kxFile::findChecksum(copy);
+    if (found.error != 0) {
+        errno = found.error;
+        return fail("Couldn't read '" + copy + "'");
+    }
+    const bool isExpected = found.state == expected;
+    if (!isExpected) kxLog::error("'%s' has an unexpected checksum", copy.c_str());
+    std::cout << "  " << title << std::hex << std::uppercase << std::setfill('0') << std::setw(8)
+              << found.computed << std::dec << (isExpected ? "" : " (unexpected)") << '\n';
+    return isExpected;
+}
+
+bool copyAndVerify(const SourceFile& source, const std::string& copy) {
     std::uint32_t checksum = 0;
-    return kxFile::appendChecksum(copy, kxFile::getChecksum(copy)) &&
-           kxFile::checkChecksum(copy, checksum);
+    OpenFile file = createNew(copy, 0600);
+    if (!file) return fail("Couldn't create '" + copy + "'");
+    if (!copyContent(source, file, checksum)) return false;
+    if (!file.close()) return fail("Couldn't write '" + copy + "'");
+    // The checksum of what was read: that the copy matches it shows that all has arrived.
+    if (!kxFile::appendChecksum(copy, checksum)) return fail("Couldn't stamp '" + copy + "'");
+    if (!verify(copy, State::correct, "checksum   ")) return false;
+    if (source.size == 0) return true;  // nothing to damage
+    if (!damageByte(copy, source.size / 2)) return fail("Couldn't change '" + copy + "'");
+    return verify(copy, State::incorrect, "damaged    ");
 }
 
 }  // namespace
 
-bool tryChecksum(const std::string& path) {
-    const std::string directory = kxFile::getTmpDir();
-    if (directory.empty()) return false;  // the log says why
-
-    // getTmpName() creates no file, so another process could be given the same name: ours carries
-    // the process's number. Registered at once, the copy goes whatever happens to it.
-    const std::string prefix = "talo" + std::to_string(getpid()) + '-';
-    const std::string copy = directory + '/' + kxFile::getTmpName(directory, prefix);
-    kxFile::addTmpFile(copy);
-
-    bool isAsItShould = copyFile(path, copy) && stampAndVerify(copy);
-    const std::uint64_t size = kxFile::getFileSize(path);
-    if (isAsItShould && size > 0) {
-        std::puts("Damaging one byte of the copy:");
-        damageByte(copy, size / 2);
-        std::uint32_t checksum = 0;
-        isAsItShould = !kxFile::checkChecksum(copy, checksum);
-    }
-    kxFile::removeTmpFiles();
-    return isAsItShould;
+bool tryChecksum(const SourceFile& source, const std::string& directory) {
+    const std::string copy = directory + '/' + kxFile::getTmpName(directory, "copy");
+    kxFile::addTmpFile(copy);  // so that it goes at the end, whatever happens
+    const bool isAsItShould = copyAndVerify(source, copy);
+    return (kxFile::remove(copy) || fail("Couldn't remove '" + copy + "'")) && isAsItShould;
 }

@@ -6,7 +6,9 @@
 
 #include <string>
 
-/// Copies the file into the temporary directory, stamps the copy with a checksum footer, verifies
-/// it, damages one byte and looks whether that is noticed; the library reports each finding on
-/// standard output. True if all went as it should. The copy is removed.
-bool tryChecksum(const std::string& path);
+#include "open_file.h"
+
+/// Copies the file into `directory`, a private one, stamps the copy with a checksum footer,
+/// verifies it, damages one byte and looks whether that is noticed; prints what was found. True if
+/// all went as it should; otherwise the log says what did not. The copy is removed.
+bool tryChecksum(const SourceFile& source, const std::string& directory);

@@ -3,6 +3,15 @@
 
 #include "options.h"
 
+#include <exception>
+
+#include "complain.h"
+
+// CLI11's header has static objects that need memory before main() can catch anything. This one,
+// which is first in this file, is made before them.
+[[maybe_unused]] static const std::terminate_handler handlerBefore =
+    std::set_terminate(endWithComplaint);
+
 #include <CLI/CLI.hpp>
 
 bool parseOptions(int argc, char** argv, Options& options, int& exitCode) {

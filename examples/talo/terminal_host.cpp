@@ -15,6 +15,7 @@ namespace {
 
 // The callback is a plain function, so what it needs to know is kept here.
 std::string fixedAnswer;
+int answered = 0;
 
 // "&Yes" becomes "yes": the "&" marks the accelerator, and case does not matter to whoever types.
 std::string plainLabel(const std::string& label) {
@@ -33,6 +34,7 @@ int findButton(const std::vector<std::string>& labels, const std::string& answer
 
 int askUser(const std::vector<std::string>& labels, int defaultButton, int escapeButton) {
     if (!fixedAnswer.empty()) return findButton(labels, fixedAnswer, escapeButton);
+    if (!std::cerr) return escapeButton;  // nobody has seen the question
     std::string line;
     if (!std::getline(std::cin, line)) return escapeButton;  // nobody is there to ask
     if (line.empty()) return defaultButton;
@@ -69,6 +71,7 @@ bool answerRequest(const char* request, kxMessage& message, int /*flags*/) {
 
     // The reply goes into the same record, as an int.
     message.set("button", button, /*overwrite=*/true);
+    ++answered;
     return true;
 }
 
@@ -78,3 +81,5 @@ void installTerminalHost(const std::string& answer) {
     fixedAnswer = answer;
     kxUtils::init(answerRequest);
 }
+
+int answeredQuestions() { return answered; }

@@ -9,3 +9,6 @@
 /// Installs the callback. `answer` ("yes", "no", "cancel") presses that button in every question;
 /// empty asks on standard input.
 void installTerminalHost(const std::string& answer);
+
+/// The questions that have been answered, by the user or by `answer`.
+int answeredQuestions();

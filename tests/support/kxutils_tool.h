@@ -52,7 +52,9 @@ protected:
     }
 
     kxtest::TempDir dir;
-    std::map<std::string, std::string> environment = {{"HOME", dir.makeDir("home")}};
+    // Without the second one a run that asks for the temporary directory would make "/tmp/talo".
+    std::map<std::string, std::string> environment = {{"HOME", dir.makeDir("home")},
+                                                      {"TALO_TMP_DIR", dir.file("tmp")}};
     kxtest::RunOptions options = inDirectory(dir.path());
 
 private:

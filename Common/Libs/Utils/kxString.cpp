@@ -20,6 +20,7 @@
 #include "detail/numbers/read.h"
 #include "detail/numbers/write.h"
 #include "detail/text/ascii.h"
+#include "detail/text/byte_search.h"
 #include "detail/text/find.h"
 
 using kx::detail::isDigit;

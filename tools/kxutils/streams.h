@@ -60,10 +60,12 @@ private:
     std::optional<std::uint64_t> _remaining;
 };
 
-/// The lines of an input, without the bytes that end them. A line of more than 1 MiB comes in
-/// pieces.
+/// The lines of an input, without the bytes that end them.
 class LineReader {
 public:
+    /// A line of more bytes comes in pieces of that many.
+    static constexpr std::size_t maxLine = 1 << 20;
+
     explicit LineReader(Input& input, char lineEnd = '\n') : _input(input), _lineEnd(lineEnd) {}
 
     /// False at the end. A last line that is not ended counts.
@@ -73,8 +75,6 @@ public:
     bool mustRead() const { return _data.find(_lineEnd, _begin) == std::string::npos; }
 
 private:
-    static constexpr std::size_t maxLine = 1 << 20;
-
     Input& _input;
     const char _lineEnd;
     std::string _data;  // what is read; the next line starts at _begin

@@ -228,6 +228,25 @@ TEST_F(Faults, AFileThatCannotBeOpenedIsUnreadable) {
               "kxutils: f: Permission denied\n");
 }
 
+TEST_F(Faults, InspectHearsThatItCannotOpenTheFileAgain) {
+    dir.write("f", stamped);
+    environment["KXTEST_FILE"] = "f";
+    expectRun(runWithFault("reopen", {"inspect", "f"}), 3, "", "kxutils: f: Permission denied\n");
+}
+
+TEST_F(Faults, VerifyWorksWithTheThreadsThatItGets) {
+    std::vector<std::string> arguments = {"verify", "-j", "4", "--quiet"};
+    std::string lines;
+    for (int i = 10; i < 60; ++i) {
+        const std::string name = std::to_string(i);
+        dir.write(name, i % 2 == 0 ? stamped : 'x' + stamped);
+        arguments.push_back(name);
+        if (i % 2 != 0) lines += "BAD          " + name + '\n';
+    }
+    for (const char* const fault : {"threads", "memory"})
+        expectRun(runWithFault(fault, arguments), 1, lines, "");
+}
+
 // A file system across the network reports a full disk here.
 TEST_F(Faults, AnOutputThatCannotBeClosedIsExitCode3) {
     dir.write("f", "foo");

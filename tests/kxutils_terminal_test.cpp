@@ -253,6 +253,8 @@ TEST_F(Faults, AnOutputThatCannotBeClosedIsExitCode3) {
     expectRun(runWithFault("close", {"base64", "f", "-o", "out"}), 3, "",
               "kxutils: f: cannot write 'out': Input/output error\n"
               "kxutils: standard output: Input/output error\n");
+    EXPECT_EQ(kxtest::list(dir.path()),
+              (std::vector<std::string>{"damaged", "f", "good", "home", "plain"}));
     expectRun(runWithFault("close", {"path", "name", "x"}), 3, "x\n",
               "kxutils: standard output: Input/output error\n");
 }

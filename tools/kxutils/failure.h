@@ -34,6 +34,9 @@ struct Failure : std::runtime_error {
 /// A failure of the system's, named by errno.
 Failure systemFailure(Status status);
 
+/// The same for an output: "cannot write 'NAME': ...".
+Failure cannotWrite(const std::string& name);
+
 /// Does what concerns one file and no item; a Failure then leaves with the file's name.
 template <typename Work>
 void forFile(const std::string& name, const Work& work) {

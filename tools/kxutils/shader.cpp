@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "kxUtils.h"
+#include "output.h"
 #include "session.h"
 
 namespace {
@@ -77,7 +78,8 @@ std::string checkName(const std::string& text) {
 void run(const Options& options, Session& session) {
     const bool isPacking = options.operation == "pack";
     if (!isPacking && !options.array.empty()) throw UsageError("--array is for pack");
-    if (session.report.asJson && options.output == "-") throw UsageError("--json needs --output");
+    if (session.report.asJson && isStandardOutput(options.output))
+        throw UsageError("--json needs --output");
     requireDifferentFiles(options.input, options.output);
     session.report.add(options.input, [&](Item&) {
         const std::string content = readWhole(options.input);

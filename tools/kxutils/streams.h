@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// Bytes that are read or written at once: whole groups of three, which Base64 encodes.
 constexpr std::size_t blockSize = 3 << 15;
@@ -84,8 +85,9 @@ private:
 /// Buffered output. What remains in the buffer when the object dies is lost: call close().
 class Writer {
 public:
-    /// Creates or truncates a file. Failures are of Status::unwritable.
-    explicit Writer(const std::string& path);
+    /// Writes to a file that is open. Failures are of Status::unwritable and have its name.
+    Writer(Descriptor file, std::string name)
+        : _descriptor(std::move(file)), _name(std::move(name)) {}
     /// Writes to standard output, whose descriptor it owns. Failures are OutputLost.
     explicit Writer(int standardOutput);
 
@@ -99,28 +101,9 @@ private:
     [[noreturn]] void fail();
 
     Descriptor _descriptor;
-    std::string _path;  // empty: standard output
+    std::string _name;  // empty: standard output
     std::string _buffer;
 };
-
-/// The file of a name, created or truncated, or standard output for "-".
-class Output {
-public:
-    Output(const std::string& name, Writer& standardOutput)
-        : _writer(name == "-" ? standardOutput : _file.emplace(name)) {}
-
-    Writer& writer() { return _writer; }
-    void close() {
-        if (_file) _file->close();
-    }
-
-private:
-    std::optional<Writer> _file;
-    Writer& _writer;
-};
-
-/// Throws UsageError if both names lead to one file, which writing would empty before it is read.
-void requireDifferentFiles(const std::string& input, const std::string& output);
 
 /// Catches what the library prints on descriptors 1 and 2, as long as the object lives.
 class LibraryMessages {

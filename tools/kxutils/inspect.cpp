@@ -58,7 +58,7 @@ void inspect(const std::string& name, const Options& options, Session& session, 
     }
     setValues(item.fields, info);
     if (hasFooter(info)) {
-        add("stored", info.stored);
+        add("stored", session.report.shown(info.stored));  // any bytes of the file
         add("computed", checksumDigits(info.computed));
     }
     item.fields["identifier"] = identifier;

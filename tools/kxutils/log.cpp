@@ -116,7 +116,7 @@ void requireRoom(const std::string& path, LogFormat format, const Options& optio
         if (!options.isForced)
             throw Failure(Status::unwritable, '\'' + foreign + "' is not " + names.at(format) +
                                                   " log to go on with; --force moves it aside");
-        report.note('\'' + foreign + "' is now '" + moveAside(foreign) + '\'');
+        report.note('\'' + foreign + "' is now '" + moveAside(foreign) + '\'', {foreign});
     }
 }
 
@@ -133,7 +133,7 @@ std::optional<LogFile> openLogFile(const Options& options, Report& report) {
         said = messages.text();
     }
     if (!kxLog::getLogFile()) throw Failure(Status::unwritable, kxLog::getLastError());
-    if (!said.empty()) report.note(said);
+    if (!said.empty()) report.note(said, {path});
     file.expectHead(format);
     return file;
 }

@@ -173,6 +173,17 @@ LibraryMessages::~LibraryMessages() {
     if (_file) std::fclose(_file);
 }
 
+std::string withoutColours(std::string text) {
+    for (std::size_t at = 0; (at = text.find("\033[", at)) != std::string::npos;) {
+        const std::size_t end = text.find_first_not_of("0123456789", at + 2);
+        if (end == std::string::npos || text[end] != 'm')
+            at += 2;
+        else
+            text.erase(at, end - at + 1);
+    }
+    return text;
+}
+
 std::string LibraryMessages::text() {
     std::string text;
     char block[4096];
@@ -182,8 +193,7 @@ std::string LibraryMessages::text() {
         text.append(block, static_cast<std::size_t>(n));
         at += n;
     }
-    for (std::size_t at = 0; (at = text.find("\033[", at)) != std::string::npos;)
-        text.erase(at, std::min(text.find('m', at), text.size()) - at + 1);
+    text = withoutColours(std::move(text));
     while (!text.empty() && text.back() == '\n') text.pop_back();
     return text;
 }

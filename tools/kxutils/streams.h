@@ -105,6 +105,9 @@ private:
     std::string _buffer;
 };
 
+/// A text without what sets the colours of a terminal ("\033[31m").
+std::string withoutColours(std::string text);
+
 /// Catches what the library prints on descriptors 1 and 2, as long as the object lives.
 class LibraryMessages {
 public:

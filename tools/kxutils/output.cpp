@@ -64,7 +64,7 @@ void removeOnSignals(const std::string& path) {
         struct sigaction action {};
         if (sigaction(signal, nullptr, &action) != 0 || action.sa_handler != SIG_DFL) continue;
         action.sa_handler = removeUnfinished;
-        action.sa_flags = SA_RESETHAND;
+        action.sa_flags = static_cast<int>(SA_RESETHAND);
         sigaction(signal, &action, nullptr);
     }
 }
@@ -73,10 +73,11 @@ void removeOnSignals(const std::string& path) {
 
 // Owner and mode as far as the system allows. Where the group must change, it gets no rights.
 void takeRights(int descriptor, const struct stat& from) {
-    mode_t mode = from.st_mode & (S_IRWXU | S_IRWXG | S_IRWXO);
+    constexpr mode_t all = 0777, group = 0070;
+    mode_t mode = from.st_mode & all;
     if (fchown(descriptor, from.st_uid, from.st_gid) != 0 &&
         fchown(descriptor, static_cast<uid_t>(-1), from.st_gid) != 0)
-        mode &= ~static_cast<mode_t>(S_IRWXG);
+        mode &= ~group;
     static_cast<void>(fchmod(descriptor, mode));
 }
 

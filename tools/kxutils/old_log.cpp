@@ -111,7 +111,7 @@ std::vector<std::string> foreignFiles(const std::string& path, LogFormat format)
 
 std::string moveAside(const std::string& path) {
     for (int number = 1;; ++number) {
-        const std::string name = path + ".~" + std::to_string(number) + '~';
+        std::string name = path + ".~" + std::to_string(number) + '~';
         // An empty file of ours holds the name, so that renaming replaces nothing else.
         const Descriptor reserved(
             open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));

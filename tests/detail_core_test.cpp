@@ -17,9 +17,9 @@
 
 #include "detail/cpu/kernel_table.h"
 #include "detail/files/same_file.h"
+#include "detail/numbers/truncate.h"
 #include "detail/platform/browser.h"
 #include "detail/platform/executable_path.h"
-#include "detail/numbers/truncate.h"
 #include "detail/text/byte_search.h"
 #include "kxtest.h"
 

@@ -171,6 +171,36 @@ TEST_F(Tool, CrcCheckSaysWhatIsWrong) {
     EXPECT_EQ(run({"crc", "-c", "list", "a"}).exitCode, 2);
 }
 
+// What has no end ends the check, and memory does not grow with it.
+TEST_F(Tool, CrcCheckEndsWithWhatIsNoList) {
+    const std::string head = "kxutils: ", limits = "ulimit -v 2000000; ulimit -t 20; ";
+    const std::string tooLong = "not a list of checksums: a line of 1 MiB or more\n";
+    const bool isLimited = !kxtest::underSanitizer();  // which take all addresses there are
+    const auto check = [&](const std::string& command) {
+        return shell((isLimited ? limits : "") + command);
+    };
+    dir.write("long", std::string(1 << 20, 'x') + "\n00000000  missing\n");
+    expectRun(check("\"$K\" crc -c long"), 3, "", head + "long: " + tooLong);
+    expectRun(check("\"$K\" crc -c /dev/zero"), 3, "", head + "/dev/zero: " + tooLong);
+    expectRun(check("yes | tr -d '\\n' | \"$K\" crc -c -"), 3, "", head + "-: " + tooLong);
+    dir.write("zero", std::string("E8B7BE43  a\0E8B7BE43  b\0", 24));
+    expectRun(check("\"$K\" crc -c zero"), 3, "",
+              head + "zero: a zero byte in a line: was the list written with -z?\n");
+    // Lines without an end, and none of them of a list.
+    std::string improper;
+    for (int i = 1; i <= 100; ++i)
+        improper += head + "-:" + std::to_string(i) + ": not a line of a checksum and a name\n";
+    expectRun(check("yes | \"$K\" crc -c -"), 1, "",
+              improper + head + "-: not a list of checksums\n");
+    EXPECT_EQ(check("\"$K\" crc -z -c /dev/zero").exitCode, 1);
+    // With one line of a list all are looked at.
+    dir.write("a", "a");
+    std::string list = "E8B7BE43  a\n";
+    for (int i = 0; i < 200; ++i) list += "x\n";
+    dir.write("list", list + "E8B7BE43  a\n");
+    EXPECT_EQ(run({"crc", "-c", "list"}).out, "ok           a\nok           a\n");
+}
+
 // --- shader --------------------------------------------------------------------------------------
 
 TEST_F(Tool, ShaderPacksWhatTheLibraryReads) {

@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <regex>
 
+#include "file_limit.h"
 #include "kxFont.h"
 #include "kxutils_tool.h"
 
@@ -110,6 +111,178 @@ TEST_F(Tool, LogNoticesALineThatIsLost) {
     options.input = std::string(1000, 'x') + '\n' + std::string(1000, 'y') + '\n';
     expectRun(shell("ulimit -f 2; \"$K\" log --file a.log"), 3, "",
               "kxutils: Setting log file to 'a.log'.\nkxutils: -: a line was not written\n");
+}
+
+// --- Files that are no logs ----------------------------------------------------------------------
+
+namespace {
+
+const std::string header = "Date;Time;Type of Message;Message Number;Description\n";
+const std::string headBlock =
+    "<head><style type=\"text/css\">span { white-space: pre-wrap;}</style></head><br>"
+    "<p align=\"middle\">";
+
+struct Standing {
+    const char* name;
+    const char* format;
+    std::string bytes;
+    bool isLog;
+};
+void PrintTo(const Standing& s, std::ostream* os) { *os << s.name; }
+
+std::string refusal(const std::string& file, const std::string& format) {
+    return "kxutils: -: '" + file + "' is not " + format +
+           " log to go on with; --force moves it aside\n";
+}
+
+}  // namespace
+
+class LogOntoFile : public Tool, public testing::WithParamInterface<Standing> {};
+
+TEST_P(LogOntoFile, GoesOnWithALogAndLeavesOthersAlone) {
+    const auto& [name, format, bytes, isLog] = GetParam();
+    dir.write("f", bytes);
+    const auto before = kxtest::list(dir.path());
+    const auto outcome = runWith("new\n", {"log", "--format", format, "--file", "f"});
+    EXPECT_EQ(outcome.exitCode, isLog ? 0 : 3);
+    EXPECT_EQ(outcome.out, "");
+    if (isLog) {
+        EXPECT_EQ(outcome.err, "kxutils: Setting log file to 'f'.\n");
+        EXPECT_NE(kxtest::slurp(dir.file("f")).find("new"), std::string::npos);
+        return;
+    }
+    EXPECT_EQ(outcome.err.substr(0, 24), "kxutils: -: 'f' is not a");
+    EXPECT_EQ(kxtest::slurp(dir.file("f")), bytes);
+    EXPECT_EQ(kxtest::list(dir.path()), before);
+}
+
+TEST_P(LogOntoFile, ForceLosesNothing) {
+    const auto& [name, format, bytes, isLog] = GetParam();
+    dir.write("f", bytes);
+    dir.write("f.~1~", "earlier");
+    const auto outcome = runWith("new\n", {"log", "--format", format, "--file", "f", "--force"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_NE(kxtest::slurp(dir.file("f")).find("new"), std::string::npos);
+    EXPECT_EQ(kxtest::slurp(dir.file("f.~1~")), "earlier");
+    EXPECT_EQ(kxtest::exists(dir.file("f.~2~")), !isLog);
+    if (isLog) return;
+    EXPECT_EQ(outcome.err, "kxutils: 'f' is now 'f.~2~'\nkxutils: Setting log file to 'f'.\n");
+    EXPECT_EQ(kxtest::slurp(dir.file("f.~2~")), bytes);
+}
+
+static const Standing standingFiles[] = {
+    {"Text", "text", "2017-03-01 14:05:09 INFO 100 old\n", true},
+    {"TextEmpty", "text", "", true},
+    {"TextNoStamp", "text", "my letters\n", false},
+    {"TextStampCut", "text", "2017-03-01 14:05:09", false},
+    {"TextStampBehind", "text", "x\n2017-03-01 14:05:09 INFO 100 old\n", false},
+    {"TextNoDigit", "text", "2017-03-0x 14:05:09 INFO 100 old\n", false},
+    {"TextOtherMark", "text", "2017/03/01 14:05:09 INFO 100 old\n", false},
+    {"TextCsv", "text", header, false},
+    {"Csv", "csv", header + "01.03.2017;14:05:09;INFO;100;old\n", true},
+    {"CsvHeaderOnly", "csv", header, true},
+    {"CsvEmpty", "csv", "", true},
+    {"CsvNone", "csv", "x;y\n1;2\n", false},
+    {"CsvHeaderCut", "csv", header.substr(0, header.size() - 1), false},
+    {"CsvHeaderLonger", "csv", header.substr(0, header.size() - 1) + ";More\n", false},
+    {"CsvNoStamps", "csv", header + "old\n", false},
+    {"CsvText", "csv", "2017-03-01 14:05:09 INFO 100 old\n", false},
+    {"Html", "html", headBlock + "<font>...</p>\n", true},
+    {"HtmlEmpty", "html", "", true},
+    {"HtmlHeadCut", "html", headBlock.substr(0, headBlock.size() - 1), false},
+    {"HtmlPage", "html", "<html><body>mine</body></html>\n", false},
+    {"HtmlText", "html", "2017-03-01 14:05:09 INFO 100 old\n", false},
+};
+INSTANTIATE_TEST_SUITE_P(Table, LogOntoFile, testing::ValuesIn(standingFiles),
+                         [](const auto& test) { return std::string(test.param.name); });
+
+TEST_F(Tool, LogSaysWhichFileIsNoLog) {
+    dir.write("f", "mine");
+    options.input = "x\n";
+    expectRun(run({"log", "--file", "f"}), 3, "", refusal("f", "a text"));
+    expectRun(run({"log", "--file", "f", "--format", "html"}), 3, "", refusal("f", "an HTML"));
+    expectRun(run({"log", "--file", "f", "--format", "csv"}), 3, "", refusal("f", "a CSV"));
+    EXPECT_EQ(document({"log", "--file", "f"}, 3)["items"][0]["status"], "unwritable");
+    environment["KXUTILS_LOG_DIR"] = dir.makeDir("logs");
+    dir.write("logs/f", "mine");
+    expectRun(run({"log", "--file", "elsewhere/f"}), 3, "", refusal(dir.file("logs/f"), "a text"));
+    EXPECT_EQ(run({"log", "--file", "elsewhere/f", "--force"}).exitCode, 0);
+    EXPECT_EQ(kxtest::slurp(dir.file("logs/f.~1~")), "mine");
+}
+
+// The library gives every log without a date the same name.
+TEST_F(Tool, LogKeepsWhatStandsWhereUndatedLogsGo) {
+    const std::string undated = "f00000-000000";
+    options.input = "x\n";
+    const auto exitCode = [&](const char* format, const std::string& bytes) {
+        dir.write(undated, bytes);
+        const int code = run({"log", "--file", "f", "--format", format}).exitCode;
+        EXPECT_TRUE(code == 0 || kxtest::slurp(dir.file(undated)) == bytes);
+        std::filesystem::remove(dir.file("f"));
+        return code;
+    };
+    EXPECT_EQ(exitCode("csv", "mine"), 3);
+    EXPECT_EQ(exitCode("csv", header + "01.03.2017;14:05:09;INFO;100;old\n"), 3);
+    EXPECT_EQ(exitCode("csv", header), 0);
+    EXPECT_EQ(exitCode("html", "mine"), 0);  // a new log moves none
+    EXPECT_EQ(exitCode("text", "mine"), 0);
+    dir.write("f", "");
+    EXPECT_EQ(exitCode("text", "mine"), 3);
+    dir.write("f", headBlock);
+    EXPECT_EQ(exitCode("html", "mine"), 3);
+    dir.write("f", headBlock);
+    EXPECT_EQ(exitCode("html", headBlock), 0);
+    dir.write("f", "mine");
+    dir.write(undated, "mine, too");
+    EXPECT_EQ(run({"log", "--file", "f", "--format", "csv", "--force"}).exitCode, 0);
+    EXPECT_EQ(kxtest::slurp(dir.file("f.~1~")), "mine");
+    EXPECT_EQ(kxtest::slurp(dir.file(undated + ".~1~")), "mine, too");
+}
+
+TEST_F(Tool, LogFollowsALinkOnlyToLook) {
+    dir.write("mine", "mine");
+    std::filesystem::create_symlink("mine", dir.file("f"));
+    options.input = "x\n";
+    expectRun(run({"log", "--file", "f", "--format", "csv"}), 3, "", refusal("f", "a CSV"));
+    EXPECT_EQ(run({"log", "--file", "f", "--format", "csv", "--force"}).exitCode, 0);
+    EXPECT_EQ(std::filesystem::read_symlink(dir.file("f.~1~")), "mine");
+    EXPECT_EQ(kxtest::slurp(dir.file("mine")), "mine");
+}
+
+TEST_F(Tool, LogRefusesAFileThatItCannotLookAt) {
+    if (kxtest::isRoot()) GTEST_SKIP() << "the super-user may read everything";
+    std::filesystem::permissions(dir.write("f", "mine"), std::filesystem::perms::owner_write);
+    expectRun(runWith("x\n", {"log", "--file", "f"}), 3, "",
+              "kxutils: -: 'f': Permission denied\n");
+    dir.write("sub/f", "mine");
+    std::filesystem::permissions(dir.file("sub"), std::filesystem::perms(0500));
+    expectRun(runWith("x\n", {"log", "--file", "sub/f", "--force"}), 3, "",
+              "kxutils: -: cannot move 'sub/f' aside: Permission denied\n");
+    std::filesystem::permissions(dir.file("sub"), std::filesystem::perms(0700));
+    EXPECT_EQ(kxtest::slurp(dir.file("sub/f")), "mine");
+}
+
+// The log itself loses a head without a word, too.
+TEST_F(Tool, LogNoticesAHeadThatIsLost) {
+    const auto withLimit = [&](rlim_t bytes, const char* format) {
+        const kxtest::ScopedFileLimit limit(bytes);
+        return run({"log", "--file", "f", "--format", format});
+    };
+    const std::string lost =
+        "kxutils: Setting log file to 'f'.\nkxutils: -: the head of the log was not written\n";
+    for (const rlim_t bytes : {100U, 300U}) {
+        expectRun(withLimit(bytes, "html"), 3, "", lost);
+        std::filesystem::remove(dir.file("f"));
+    }
+    EXPECT_EQ(withLimit(1000, "html").exitCode, 0);
+    std::filesystem::remove(dir.file("f"));
+    // The limit must not be that of what the test reads; it leaves no room for messages kept back.
+    for (const std::string format : {"html", "csv"}) {
+        expectRun(
+            shell("(ulimit -f 0; \"$K\" log --file f --format " + format + " 2>&1; echo $?) | cat"),
+            0, "kxutils: -: the head of the log was not written\n3\n", "");
+        std::filesystem::remove(dir.file("f"));
+    }
 }
 
 TEST_F(Tool, LogDocumentCountsTheLines) {

@@ -8,6 +8,7 @@
 
 #include <cstdio>
 #include <future>
+#include <sstream>
 
 #include "emulator.h"
 #include "kxutils_tool.h"
@@ -105,6 +106,224 @@ TEST_F(OnTerminal, MessagesFollowTheResultsBeforeThem) {
     EXPECT_EQ(terminal.text(),
               "00000000  plain\r\nkxutils: missing: No such file or directory\r\n"
               "00000000  plain\r\n");
+}
+
+// --- Names ---------------------------------------------------------------------------------------
+
+namespace {
+
+// Names of one byte, all but "-", "." and "/", and others.
+std::vector<std::string> nastyNames() {
+    std::vector<std::string> names;
+    for (int byte = 1; byte < 256; ++byte)
+        if (byte != '-' && byte != '.' && byte != '/')
+            names.emplace_back(1, static_cast<char>(byte));
+    for (const char* const name : {"plain",
+                                   "a b",
+                                   " ",
+                                   "a\nb",
+                                   "\n",
+                                   "a\n",
+                                   "\nb",
+                                   "a\n\033[31m\r\tb\a\b\f\v\177",
+                                   "it's",
+                                   "'",
+                                   "''",
+                                   "it's\n",
+                                   "\n'\n",
+                                   "it's $1",
+                                   "it's #1",
+                                   "#it's",
+                                   "~it's",
+                                   "a~'",
+                                   "{it's}",
+                                   "a{",
+                                   "{}",
+                                   "a#",
+                                   "a~",
+                                   "#a",
+                                   "~a",
+                                   "a\\b",
+                                   "a\\n",
+                                   "\"a\"",
+                                   "a\"'",
+                                   "?*[a]",
+                                   "a=b",
+                                   "a^b",
+                                   "a@b",
+                                   "a:b,c+d%e_f",
+                                   "-x",
+                                   "--x=y",
+                                   "...",
+                                   "ok           good",
+                                   "\xC3\xA4",
+                                   "\xC3\xA4 b",
+                                   "\xC3\xA4'b",
+                                   "\xC3\xA4\nb",
+                                   "\xE6\x97\xA5\xE6\x9C\xAC",
+                                   "a\xCC\x80",
+                                   "\xC2\x85",
+                                   "\xE2\x80\x8B",
+                                   "\xE2\x80\xAE",
+                                   "\xC3",
+                                   "\xC3(",
+                                   "a\xE6\x97",
+                                   "\xE6\x97 b",
+                                   "\xED\xA0\x80",
+                                   "\xF4\x90\x80\x80",
+                                   "\xF0\x9F\x98\x80",
+                                   "\xFF\xFE'"})
+        names.emplace_back(name);
+    return names;
+}
+
+}  // namespace
+
+class NamesOnTerminal : public OnTerminal {
+protected:
+    // How the program shows the names of files, which it creates; without line ends.
+    std::vector<std::string> shown(const std::vector<std::string>& names) {
+        std::vector<std::string> arguments = {"crc", "--"};
+        for (const std::string& name : names) {
+            dir.write(name, "");
+            arguments.push_back((name[0] == '@' ? "@" : "") + name);
+        }
+        const Terminal screen;
+        options.out = screen.descriptor();
+        auto outcome = std::async(std::launch::async, [&] { return run(arguments); });
+        std::vector<std::string> lines;
+        std::string text;
+        while (lines.size() < names.size()) {
+            text += screen.readUntil("\r\n");
+            for (std::size_t end = 0; (end = text.find("\r\n")) != std::string::npos;) {
+                EXPECT_EQ(text.substr(0, 10), "00000000  ");
+                lines.push_back(text.substr(10, end - 10));
+                text.erase(0, end + 2);
+            }
+        }
+        EXPECT_EQ(outcome.get().exitCode, 0);
+        options.out = -1;
+        return lines;
+    }
+};
+
+// ls is asked for what it does by default on a terminal. Where a name has an apostrophe and ends
+// with an escape sequence, that of coreutils 9.1 writes another name.
+TEST_F(NamesOnTerminal, AreQuotedAsLsDoes) {
+    const std::string style = "--quoting-style=shell-escape";
+    if (shell("ls -d " + style + " .").exitCode != 0) GTEST_SKIP() << "not the GNU ls";
+    std::vector<std::string> names;
+    for (const std::string& name : nastyNames())
+        if (name.find('\'') == std::string::npos || name.back() != '\n') names.push_back(name);
+    std::vector<std::string> list = {"/bin/ls", "-dU", style, "--"};
+    list.insert(list.end(), names.begin(), names.end());
+    for (const char* const locale : {"C", "C.UTF-8"}) {
+        environment["LC_ALL"] = locale;
+        const std::vector<std::string> ours = shown(names);
+        std::istringstream lines(kxtest::run(list, environment, options).out);
+        for (std::size_t i = 0; i < names.size(); ++i) {
+            std::string line;
+            std::getline(lines, line);
+            EXPECT_EQ(ours[i], line) << locale;
+        }
+    }
+}
+
+TEST_F(NamesOnTerminal, AreReadBackByTheShell) {
+    if (!kxtest::exists("/bin/bash")) GTEST_SKIP() << "no bash";
+    const std::vector<std::string> names = nastyNames();
+    std::string command = "printf '%s\\0'", expected;
+    for (const std::string& quoted : shown(names)) command += ' ' + quoted;
+    for (const std::string& name : names) expected += name + '\0';
+    EXPECT_EQ(kxtest::run({"/bin/bash", "-c", command}).out, expected);
+}
+
+TEST_F(NamesOnTerminal, HaveNoControlCharacterLeft) {
+    for (const std::string& name : shown(nastyNames()))
+        for (const char c : name) EXPECT_TRUE(c >= ' ' && c < '\177') << name;
+    environment["LC_ALL"] = "no such locale";
+    EXPECT_EQ(shown({"a\xC3\xA4"}), std::vector<std::string>{"'a'$'\\303\\244'"});
+}
+
+TEST_F(OnTerminal, EveryNameInALineIsQuoted) {
+    const std::string name = "x\nok           good\033[31m",
+                      quoted = "'x'$'\\n''ok           good'$'\\033''[31m'";
+    dir.write(name, stamped);
+    dir.write("bad", "12345678" + std::string("\0TALOCRC\n\033[31mok", 16));
+    dir.write("list", "\\CBF43926  x\\nok           good\033[31m\n");
+    options.out = terminal.descriptor();
+    environment["NO_COLOR"] = "1";
+    run({"verify", name});
+    run({"inspect", name, "bad"});
+    run({"stamp", "--force", "--dry-run", name});
+    run({"crc", "-c", "list"});
+    run({"path", "name", "/d/" + name, "plain"});
+    run({"dirs", "--app", dir.file(name)});
+    environment["TALO_TMP_DIR"] = dir.makeDir("t\nt");
+    run({"tmp"});
+    const std::string text = terminal.text();
+    EXPECT_EQ(text.find('\033'), std::string::npos);
+    EXPECT_EQ(text.find("\nok           good"), std::string::npos);
+    EXPECT_EQ(text.substr(0, 13 + quoted.size() + 2), "ok           " + quoted + "\r\n");
+    EXPECT_NE(text.find("\r\n" + quoted + "\r\n  size             25\r\n"), std::string::npos);
+    EXPECT_NE(text.find("  stored           ''$'\\n\\033''[31mok'\r\n"), std::string::npos) << text;
+    EXPECT_NE(text.find("\r\nwould stamp  "), std::string::npos);
+    EXPECT_NE(text.find("BAD          " + quoted + "\r\n"), std::string::npos);
+    EXPECT_NE(text.find("\r\n" + quoted + "\r\nplain\r\n"), std::string::npos);
+    EXPECT_NE(text.find("/x'$'\\n''ok           good'$'\\033''[31m/'\r\n"), std::string::npos)
+        << text;
+    EXPECT_NE(text.find("temporary    exists   '" + dir.path() + "/t'$'\\n''t'\r\n"),
+              std::string::npos);
+}
+
+TEST_F(OnTerminal, EveryNameInAMessageIsQuoted) {
+    const std::string name = "x\n\033[31my", inside = "x'$'\\n\\033''[31my";
+    const std::string missing = ": No such file or directory\r\n";
+    options.err = terminal.descriptor();
+    dir.write("f", "");
+    run({"verify", "-z", name});
+    run({"crc", "-c", name});
+    run({"crc", "@" + name});
+    run({"base64", "f", "-o", name + "/o"});
+    run({"cpu", "--has", name});
+    run({"path", "expand", "$" + name, "$KXA"});
+    dir.makeDir(name);
+    run({"log", "--file", name});
+    options.input = "x\n";
+    dir.write(name + "/f", "mine");
+    run({"log", "--file", name + "/f"});
+    run({"log", "--file", name + "/f", "--force"});
+    environment["TALO_TMP_DIR"] = dir.makeDir("t\nt");
+    run({"tmp"});
+    const std::string head = "kxutils: ";
+    EXPECT_EQ(terminal.text(),
+              head + "'" + inside + "'" + missing +       // verify
+                  head + "'" + inside + "'" + missing +   // crc
+                  head + "'@" + inside + "'" + missing +  // the arguments
+                  head + "f: cannot write '" + inside + "/o'" + missing + head +
+                  "--has: unknown feature '" + inside + "'\r\n" + head + "'$" + inside +
+                  "': expandFilename: couldn't expand env.var x!\r\n" + head +
+                  "'$KXA': expandFilename: couldn't expand env.var KXA!\r\n" + head +
+                  "-: Couldn't create log file '" + inside + "'!\r\n" + head + "-: '" + inside +
+                  "/f' is not a text log to go on with; --force moves it aside\r\n" + head + "'" +
+                  inside + "/f' is now '" + inside + "/f.~1~'\r\n" + head +
+                  "Setting log file to 'x'$'\\n''y/f'.\r\n" +  // the library's, without colours
+                  head + "TALO_TMP_DIR = '" + dir.path() + "/t'$'\\n''t'\r\n");
+}
+
+// Each stream is asked by itself.
+TEST_F(OnTerminal, NamesAreRawInPipes) {
+    dir.write("a\nb", "123456789");
+    options.err = terminal.descriptor();
+    EXPECT_EQ(run({"crc", "a\nb", "n\n"}).out, "\\CBF43926  a\\nb\n");
+    EXPECT_EQ(run({"path", "name", "a b\n"}).out, "a b\n\n");
+    EXPECT_EQ(terminal.text(), "kxutils: 'n'$'\\n': No such file or directory\r\n");
+    const Terminal other;
+    options.err = -1;
+    options.out = other.descriptor();
+    EXPECT_EQ(run({"crc", "-z", "a\nb", "n\n"}).err, "kxutils: n\n: No such file or directory\n");
+    EXPECT_EQ(run({"crc", "n\n"}).err, "kxutils: \\n\\n: No such file or directory\n");
+    EXPECT_EQ(other.readUntil("b").substr(0, 14), "CBF43926  a\r\nb");
 }
 
 // --- Progress ------------------------------------------------------------------------------------
@@ -228,12 +447,33 @@ TEST_F(Faults, AFileThatCannotBeOpenedIsUnreadable) {
               "kxutils: f: Permission denied\n");
 }
 
+TEST_F(Faults, InspectHearsThatItCannotOpenTheFileAgain) {
+    dir.write("f", stamped);
+    environment["KXTEST_FILE"] = "f";
+    expectRun(runWithFault("reopen", {"inspect", "f"}), 3, "", "kxutils: f: Permission denied\n");
+}
+
+TEST_F(Faults, VerifyWorksWithTheThreadsThatItGets) {
+    std::vector<std::string> arguments = {"verify", "-j", "4", "--quiet"};
+    std::string lines;
+    for (int i = 10; i < 60; ++i) {
+        const std::string name = std::to_string(i);
+        dir.write(name, i % 2 == 0 ? stamped : 'x' + stamped);
+        arguments.push_back(name);
+        if (i % 2 != 0) lines += "BAD          " + name + '\n';
+    }
+    for (const char* const fault : {"threads", "memory"})
+        expectRun(runWithFault(fault, arguments), 1, lines, "");
+}
+
 // A file system across the network reports a full disk here.
 TEST_F(Faults, AnOutputThatCannotBeClosedIsExitCode3) {
     dir.write("f", "foo");
     expectRun(runWithFault("close", {"base64", "f", "-o", "out"}), 3, "",
               "kxutils: f: cannot write 'out': Input/output error\n"
               "kxutils: standard output: Input/output error\n");
+    EXPECT_EQ(kxtest::list(dir.path()),
+              (std::vector<std::string>{"damaged", "f", "good", "home", "plain"}));
     expectRun(runWithFault("close", {"path", "name", "x"}), 3, "x\n",
               "kxutils: standard output: Input/output error\n");
 }

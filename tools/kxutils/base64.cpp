@@ -6,6 +6,7 @@
 #include <memory>
 
 #include "kxBase64.h"
+#include "output.h"
 #include "session.h"
 
 namespace {
@@ -108,7 +109,7 @@ void check(Input& input, Session& session) {
 
 void run(const Options& options, Session& session) {
     requireDifferentFiles(options.input, options.output);
-    if (session.report.asJson && options.output == "-" && !options.isChecking)
+    if (session.report.asJson && isStandardOutput(options.output) && !options.isChecking)
         throw UsageError("--json needs --output");
     session.report.add(options.input, [&](Item&) {
         Input input(options.input);

@@ -85,14 +85,30 @@ std::optional<Entry> entryOf(std::string line) {
     return entry;
 }
 
+// Ends the check of what is no list, and may be a device or a pipe without an end.
+void requireList(const std::string& line) {
+    if (line.size() >= LineReader::maxLine)
+        throw Failure(Status::unreadable, "not a list of checksums: a line of 1 MiB or more");
+    if (line.find('\0') != std::string::npos)
+        throw Failure(Status::unreadable, "a zero byte in a line: was the list written with -z?");
+}
+
+// If a file starts with as many lines that are none of a list, the others are not looked at.
+constexpr std::uint64_t maxForeignLines = 100;
+
 void check(const Options& options, Session& session) {
     Report& report = session.report;
     Input input(options.list);
     LineReader lines(input, report.zeroEnds ? '\0' : '\n');
     std::uint64_t number = 0;
+    bool hasEntry = false;
     for (std::string line; lines.next(line);) {
+        requireList(line);
+        if (!hasEntry && number == maxForeignLines)
+            throw Failure(Status::unreadable, "not a list of checksums");
         ++number;
         const std::optional<Entry> entry = entryOf(line);
+        hasEntry = hasEntry || entry;
         if (!entry) {
             report.add(options.list + ':' + std::to_string(number), [](Item&) {
                 throw Failure(Status::bad, "not a line of a checksum and a name");

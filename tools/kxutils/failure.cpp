@@ -35,3 +35,8 @@ const char* word(Status status) {
 }
 
 Failure systemFailure(Status status) { return {status, std::strerror(errno)}; }
+
+Failure cannotWrite(const std::string& name) {
+    const std::string reason = std::strerror(errno);
+    return {Status::unwritable, "cannot write '" + name + "': " + reason};
+}

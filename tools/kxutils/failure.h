@@ -29,10 +29,14 @@ const char* word(Status status);
 struct Failure : std::runtime_error {
     Failure(Status s, const std::string& text) : std::runtime_error(text), status(s) {}
     Status status;
+    std::string name;  ///< of the file with which the text starts, if it does
 };
 
 /// A failure of the system's, named by errno.
 Failure systemFailure(Status status);
+
+/// The same for an output: "cannot write 'NAME': ...".
+Failure cannotWrite(const std::string& name);
 
 /// Does what concerns one file and no item; a Failure then leaves with the file's name.
 template <typename Work>
@@ -40,7 +44,9 @@ void forFile(const std::string& name, const Work& work) {
     try {
         work();
     } catch (const Failure& failure) {
-        throw Failure(failure.status, name + ": " + failure.what());
+        Failure named(failure.status, name + ": " + failure.what());
+        named.name = name;
+        throw named;
     }
 }
 

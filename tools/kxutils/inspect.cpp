@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils inspect: where the footers of a file stand and what they hold.
-#include <filesystem>
+#include <array>
 #include <memory>
 
 #include "checksum.h"
@@ -21,13 +21,22 @@ std::string position(bool isThere, std::uint64_t at) {
     return isThere ? "at " + std::to_string(at) : "none";
 }
 
+// As kxFile::getFileID() makes it, which cannot say that it could not read the file.
+std::string identifierOf(Input& input, std::uint64_t size) {
+    std::array<char, 8192> start{};
+    const std::size_t n = input.fill(start.data(), start.size());
+    return std::to_string(size) +
+           std::to_string(kxFile::getID(start.data(), static_cast<std::uint32_t>(n)));
+}
+
 void inspect(const std::string& name, const Options& options, Session& session, Item& item) {
     const NamedFile file(name);
-    const std::uint64_t size = std::filesystem::file_size(file.path());
+    Input input(file.path());
+    const std::uint64_t size = input.remaining().value_or(0);
     session.progress.expect(size);
     const auto info =
         findFooter(file, options.offset, [&](std::uint64_t bytes) { session.advance(bytes); });
-    const std::string identifier = kxFile::getFileID(file.path());
+    const std::string identifier = identifierOf(input, size);
     item.status = statusOf(info);
 
     std::string& text = item.text.emplace(session.report.nameLine("", name));
@@ -49,7 +58,7 @@ void inspect(const std::string& name, const Options& options, Session& session, 
     }
     setValues(item.fields, info);
     if (hasFooter(info)) {
-        add("stored", info.stored);
+        add("stored", session.report.shown(info.stored));  // any bytes of the file
         add("computed", checksumDigits(info.computed));
     }
     item.fields["identifier"] = identifier;

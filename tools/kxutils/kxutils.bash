@@ -20,7 +20,7 @@ _kxutils() {
     dirs) options='--app --zero -z' ;;
     inspect) options='--offset --zero -z' ;;
     label) options='--color' ;;
-    log) options='--file --format --level' ;;
+    log) options='--file --force --format --level' ;;
     number) options='--read --separator --size' words='group list' ;;
     path) options='--base --zero -z' words='name dir base ext setext rel abs valid expand' ;;
     selftest) options= ;;

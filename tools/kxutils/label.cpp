@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "kxFont.h"
+#include "output.h"
 #include "session.h"
 
 namespace {
@@ -146,7 +147,7 @@ void writeLabelled(const Options& options, PpmReader* reader, Session& session) 
 
 void run(const Options& options, Session& session) {
     const bool hasInput = options.files.size() == 2;
-    if (session.report.asJson && options.files.back() == "-")
+    if (session.report.asJson && isStandardOutput(options.files.back()))
         throw UsageError("--json needs a file for the picture");
     if (hasInput) requireDifferentFiles(options.files.front(), options.files.back());
     session.report.add(options.files.front(), [&](Item&) {

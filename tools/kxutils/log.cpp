@@ -10,6 +10,7 @@
 
 #include "kxLog.h"
 #include "kxPlatform.h"
+#include "old_log.h"
 #include "session.h"
 
 namespace {
@@ -19,6 +20,7 @@ using Level = void (*)(const char* text, int flags, bool alternate);
 struct Options {
     std::string file;
     int format = 1;
+    bool isForced = false;
     std::string level;  // "": each line's first word decides
 };
 
@@ -44,21 +46,38 @@ Level levelOf(std::string_view& line) {
     return kxLog::infoI;
 }
 
-// Sees what has become of the log file. kxLog loses a line silently where it cannot be written.
+// Sees what has become of the log file. kxLog loses a line silently where it cannot be written, and
+// a head as well.
 class LogFile {
 public:
-    explicit LogFile(const std::string& path) : _path(path), _before(look()) {
-        if (!S_ISREG(_before.st_mode))
+    explicit LogFile(const std::string& name) : _path(name) {
+        struct stat info {};
+        if (stat(_path.c_str(), &info) == 0) _before = info;
+    }
+
+    // The library has opened the file, or one that stands in its place. Throws Failure unless it is
+    // a regular one that starts as a log does.
+    void expectHead(LogFormat format) {
+        const struct stat after = look();
+        if (!S_ISREG(after.st_mode))
             throw Failure(Status::unwritable, "a log file is a regular file");
+        // Each opening adds a head in HTML.
+        const bool hasGrown = format != LogFormat::html || after.st_size > sizeBefore(after);
+        const bool hasHead =
+            format == LogFormat::text || (after.st_size > 0 && isLog(_path, format));
+        if (!hasGrown || !hasHead)
+            throw Failure(Status::unwritable, "the head of the log was not written");
+        _headSize = headSize(format);
+        _before = after;
     }
 
     // Throws Failure unless a line of that many bytes has been added, perhaps to a new file that a
     // change of day has started.
     void expectGrowth(std::size_t bytes) {
         const struct stat after = look();
-        const bool isSame = after.st_ino == _before.st_ino && after.st_dev == _before.st_dev;
-        const off_t expected = (isSame ? _before.st_size : 0) + static_cast<off_t>(bytes);
-        if (after.st_size < expected) throw Failure(Status::unwritable, "a line was not written");
+        const off_t head = isBefore(after) ? 0 : static_cast<off_t>(_headSize);
+        if (after.st_size < sizeBefore(after) + head + static_cast<off_t>(bytes))
+            throw Failure(Status::unwritable, "a line was not written");
         _before = after;
     }
 
@@ -68,9 +87,16 @@ private:
         if (stat(_path.c_str(), &info) != 0) throw systemFailure(Status::unwritable);
         return info;
     }
+    bool isBefore(const struct stat& info) const {
+        return _before && info.st_ino == _before->st_ino && info.st_dev == _before->st_dev;
+    }
+    off_t sizeBefore(const struct stat& info) const {
+        return isBefore(info) ? _before->st_size : 0;
+    }
 
     std::string _path;
-    struct stat _before;
+    std::optional<struct stat> _before;
+    std::size_t _headSize = 0;
 };
 
 // Appends what the log writes to a string.
@@ -81,17 +107,35 @@ struct OutputBuffer {
     OutputBuffer& operator=(const OutputBuffer&) = delete;
 };
 
-std::optional<LogFile> openLogFile(const std::string& name, Report& report) {
-    if (name.empty()) return {};
+// The library would replace or extend what is no log.
+void requireRoom(const std::string& path, LogFormat format, const Options& options,
+                 Report& report) {
+    const std::map<LogFormat, const char*> names = {
+        {LogFormat::text, "a text"}, {LogFormat::html, "an HTML"}, {LogFormat::csv, "a CSV"}};
+    for (const std::string& foreign : foreignFiles(path, format)) {
+        if (!options.isForced)
+            throw Failure(Status::unwritable, '\'' + foreign + "' is not " + names.at(format) +
+                                                  " log to go on with; --force moves it aside");
+        report.note('\'' + foreign + "' is now '" + moveAside(foreign) + '\'', {foreign});
+    }
+}
+
+std::optional<LogFile> openLogFile(const Options& options, Report& report) {
+    if (options.file.empty()) return {};
+    const auto format = static_cast<LogFormat>(options.format);
+    const std::string path = logPath(options.file);
+    requireRoom(path, format, options, report);
+    LogFile file(path);
     std::string said;
     {
         LibraryMessages messages;
-        kxLog::setLogFile(name.c_str());
+        kxLog::setLogFile(options.file.c_str());
         said = messages.text();
     }
     if (!kxLog::getLogFile()) throw Failure(Status::unwritable, kxLog::getLastError());
-    report.note(said);
-    return std::optional<LogFile>(kxLog::getLogFile());
+    if (!said.empty()) report.note(said, {path});
+    file.expectHead(format);
+    return file;
 }
 
 void run(const Options& options, Session& session) {
@@ -99,7 +143,7 @@ void run(const Options& options, Session& session) {
     kxPlatform::setAppName("kxutils");  // names the variable KXUTILS_LOG_DIR
     kxLog::setLogFormat(options.format);
     session.report.add("-", [&](Item& item) {
-        std::optional<LogFile> file = openLogFile(options.file, session.report);
+        std::optional<LogFile> file = openLogFile(options, session.report);
         std::string logged;
         const OutputBuffer buffer(logged);
         const LibraryMessages console(LibraryMessages::dropped);
@@ -134,6 +178,8 @@ Work addLog(Arguments& arguments, Session& session) {
               "Append to this log file, moving one of another day aside; otherwise the lines go to "
               "standard output")
         .typeName("FILE");
+    arguments.flag("--force", options->isForced,
+                   "Move a file that stands in the way and is no log aside, to FILE.~1~");
     arguments
         .text("--level", options->level,
               "Level of all lines; otherwise that of the word INFO, WARN, WARNING or ERROR at "

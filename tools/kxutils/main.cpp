@@ -99,7 +99,7 @@ ExitCode run(int argc, char** argv) {
         } catch (const UsageError& error) {
             report.stop(ExitCode::usage, error.what());
         } catch (const Failure& failure) {
-            report.stop(ExitCode::inputOutput, failure.what());
+            report.stop(ExitCode::inputOutput, failure.what(), failure.name);
         } catch (const OutputLost&) {
             throw;
         } catch (const std::exception& error) {

@@ -66,7 +66,7 @@ void run(Options& options, Session& session) {
         session.report.add(argument, [&](Item& item) {
             const std::string result = operation(argument);
             setBytes(item.fields, "result", result);
-            item.text = result;
+            item.text = session.report.shown(result);
         });
     }
 }

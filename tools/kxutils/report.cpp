@@ -10,6 +10,7 @@
 #include <cstring>
 
 #include "kxBase64.h"
+#include "quoting.h"
 
 namespace {
 
@@ -34,6 +35,30 @@ ExitCode exitCodeOf(Status status) {
             return ExitCode::inputOutput;
     }
     return ExitCode::internal;
+}
+
+// A line that nameLine() makes for programs.
+std::string escapedLine(const std::string& head, const std::string& name) {
+    if (name.find_first_of("\n\r\\") == std::string::npos) return head + name;
+    std::string line = '\\' + head;
+    for (const char c : name) {
+        if (c == '\n')
+            line += "\\n";
+        else if (c == '\r')
+            line += "\\r";
+        else if (c == '\\')
+            line += "\\\\";
+        else
+            line += c;
+    }
+    return line;
+}
+
+void replaceAll(std::string& text, const std::string& part, const std::string& replacement) {
+    if (part == replacement) return;
+    for (std::size_t at = 0; (at = text.find(part, at)) != std::string::npos;
+         at += replacement.size())
+        text.replace(at, part.size(), replacement);
 }
 
 bool mayColour() {
@@ -67,7 +92,8 @@ Report::Report(Writer& out, Progress& progress)
     : _out(out),
       _progress(progress),
       _isTerminal(out.isTerminal()),
-      _hasColour(_isTerminal && mayColour()) {}
+      _hasColour(_isTerminal && mayColour()),
+      _isErrorTerminal(isatty(STDERR_FILENO) == 1) {}
 
 void Report::add(const Item& item) {
     raise(exitCodeOf(item.status));
@@ -81,7 +107,12 @@ void Report::add(const Item& item) {
         return;
     }
     if (item.text) line(*item.text);
-    if (!item.error.empty()) note(nameLine("", item.name) + ": " + item.error);
+    if (item.error.empty()) return;
+    if (_isErrorTerminal)
+        writeMessage(shellQuoted(item.name) + ": " +
+                     printable(item.error, /*keepsNewlines=*/false));
+    else
+        writeMessage((zeroEnds ? item.name : escapedLine("", item.name)) + ": " + item.error);
 }
 
 void Report::line(const std::string& text) {
@@ -91,18 +122,29 @@ void Report::line(const std::string& text) {
     if (_isTerminal) _out.flush();
 }
 
-void Report::note(const std::string& text) {
+void Report::writeMessage(const std::string& text) {
     _progress.hide();
     _out.flush();  // on a terminal both streams meet
     if (!writeAll(STDERR_FILENO, "kxutils: " + text + '\n')) raise(ExitCode::inputOutput);
 }
 
-void Report::stop(ExitCode code, const std::string& error) {
+void Report::note(std::string text, const std::vector<std::string>& names) {
+    if (!_isErrorTerminal) return writeMessage(text);
+    for (const std::string& name : names)
+        for (const std::string& given : {name, withoutColours(name)})
+            replaceAll(text, given, printable(given, /*keepsNewlines=*/false));
+    writeMessage(printable(text, /*keepsNewlines=*/true));
+}
+
+void Report::stop(ExitCode code, const std::string& error, const std::string& name) {
     raise(code);
     if (asJson)
         _document["error"] = error;
+    else if (_isErrorTerminal)
+        writeMessage((name.empty() ? "" : shellQuoted(name)) +
+                     printable(error.substr(name.size()), /*keepsNewlines=*/false));
     else
-        note(error);
+        writeMessage(error);
 }
 
 void Report::finish() {
@@ -116,20 +158,12 @@ void Report::finish() {
     _out.close();
 }
 
+std::string Report::shown(const std::string& name) const {
+    return _isTerminal && !zeroEnds ? shellQuoted(name) : name;
+}
+
 std::string Report::nameLine(const std::string& head, const std::string& name) const {
-    if (zeroEnds || name.find_first_of("\n\r\\") == std::string::npos) return head + name;
-    std::string line = '\\' + head;
-    for (const char c : name) {
-        if (c == '\n')
-            line += "\\n";
-        else if (c == '\r')
-            line += "\\r";
-        else if (c == '\\')
-            line += "\\\\";
-        else
-            line += c;
-    }
-    return line;
+    return _isTerminal || zeroEnds ? head + shown(name) : escapedLine(head, name);
 }
 
 std::string Report::statusLine(Status status, const std::string& name) const {

@@ -59,11 +59,14 @@ public:
     /// A line of text beside the items; not for documents.
     void line(const std::string& text);
 
-    /// A message on standard error, also beside a document: nothing has failed.
-    void note(const std::string& text);
+    /// A message on standard error, also beside a document: nothing has failed. `names` are those
+    /// in it that may hold newlines, which must not look like the end of a line; the library's
+    /// messages have lost the colours in them (withoutColours).
+    void note(std::string text, const std::vector<std::string>& names = {});
 
-    /// The program ends before its work is done.
-    void stop(ExitCode code, const std::string& error);
+    /// The program ends before its work is done. `name` is the file's with which `error` starts, if
+    /// there is one.
+    void stop(ExitCode code, const std::string& error, const std::string& name = "");
 
     void raise(ExitCode code) { _exitCode = worse(_exitCode, code); }
     ExitCode exitCode() const { return _exitCode; }
@@ -73,18 +76,27 @@ public:
 
     // --- Parts of lines --------------------------------------------------------------------------
 
-    /// `head` and a file name. So that a line stays a line, a name with newlines, carriage returns
-    /// or backslashes is written with "\n", "\r" and "\\" and the line starts with a backslash (as
-    /// sha256sum does it), unless lines end with a zero byte.
+    // Where lines end with a zero byte names are as they are.
+
+    /// A name for a line that is read by people only, or taken as it is by programs: quoted on a
+    /// terminal (shellQuoted).
+    std::string shown(const std::string& name) const;
+
+    /// `head` and a file name, quoted on a terminal. Elsewhere, so that a line stays a line, a name
+    /// with newlines, carriage returns or backslashes is written with "\n", "\r" and "\\" and the
+    /// line starts with a backslash (as sha256sum does it).
     std::string nameLine(const std::string& head, const std::string& name) const;
 
     /// The status word, in its colour if standard output shows colours, and a file name.
     std::string statusLine(Status status, const std::string& name) const;
 
 private:
+    void writeMessage(const std::string& text);
+
     Writer& _out;
     Progress& _progress;
     const bool _isTerminal, _hasColour;  // standard output's
+    const bool _isErrorTerminal;
     ExitCode _exitCode = ExitCode::ok;
     Json _document = Json::object();
     std::vector<Json> _items;

@@ -7,6 +7,7 @@
 #include <memory>
 
 #include "kxUtils.h"
+#include "output.h"
 #include "session.h"
 
 namespace {
@@ -81,7 +82,8 @@ void run(const Options& options, Session& session) {
     if (!isPacking && !options.array.empty()) throw UsageError("--array is for pack");
     if (options.array.empty() && !options.header.empty())
         throw UsageError("--header needs --array");
-    if (session.report.asJson && options.output == "-") throw UsageError("--json needs --output");
+    if (session.report.asJson && isStandardOutput(options.output))
+        throw UsageError("--json needs --output");
     requireDifferentFiles(options.input, options.output);
     session.report.add(options.input, [&](Item&) {
         const std::string content = readWhole(options.input);

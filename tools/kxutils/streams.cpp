@@ -11,7 +11,6 @@
 #include <cerrno>
 #include <csignal>
 #include <cstring>
-#include <filesystem>
 #include <vector>
 
 #include "failure.h"
@@ -131,11 +130,6 @@ bool LineReader::next(std::string& line) {
 
 // --- Writer --------------------------------------------------------------------------------------
 
-Writer::Writer(const std::string& path)
-    : _descriptor(open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0666)), _path(path) {
-    if (_descriptor.get() < 0) fail();
-}
-
 Writer::Writer(int standardOutput) : _descriptor(standardOutput) {}
 
 void Writer::write(std::string_view bytes) {
@@ -156,18 +150,9 @@ void Writer::close() {
 bool Writer::isTerminal() const { return isatty(_descriptor.get()) == 1; }
 
 void Writer::fail() {
-    const int error = errno;
     _buffer.clear();  // not tried again
-    const std::string reason = std::strerror(error);
-    if (_path.empty()) throw OutputLost("standard output: " + reason);
-    throw Failure(Status::unwritable, "cannot write '" + _path + "': " + reason);
-}
-
-void requireDifferentFiles(const std::string& input, const std::string& output) {
-    if (input == "-" || output == "-") return;
-    std::error_code ignored;
-    if (std::filesystem::equivalent(input, output, ignored))
-        throw UsageError("'" + output + "' is the file that is read");
+    if (_name.empty()) throw OutputLost(std::string("standard output: ") + std::strerror(errno));
+    throw cannotWrite(_name);
 }
 
 // --- LibraryMessages -----------------------------------------------------------------------------
@@ -188,6 +173,17 @@ LibraryMessages::~LibraryMessages() {
     if (_file) std::fclose(_file);
 }
 
+std::string withoutColours(std::string text) {
+    for (std::size_t at = 0; (at = text.find("\033[", at)) != std::string::npos;) {
+        const std::size_t end = text.find_first_not_of("0123456789", at + 2);
+        if (end == std::string::npos || text[end] != 'm')
+            at += 2;
+        else
+            text.erase(at, end - at + 1);
+    }
+    return text;
+}
+
 std::string LibraryMessages::text() {
     std::string text;
     char block[4096];
@@ -197,8 +193,7 @@ std::string LibraryMessages::text() {
         text.append(block, static_cast<std::size_t>(n));
         at += n;
     }
-    for (std::size_t at = 0; (at = text.find("\033[", at)) != std::string::npos;)
-        text.erase(at, std::min(text.find('m', at), text.size()) - at + 1);
+    text = withoutColours(std::move(text));
     while (!text.empty() && text.back() == '\n') text.pop_back();
     return text;
 }

@@ -10,6 +10,7 @@
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 
 /// Bytes that are read or written at once: whole groups of three, which Base64 encodes.
 constexpr std::size_t blockSize = 3 << 15;
@@ -60,10 +61,12 @@ private:
     std::optional<std::uint64_t> _remaining;
 };
 
-/// The lines of an input, without the bytes that end them. A line of more than 1 MiB comes in
-/// pieces.
+/// The lines of an input, without the bytes that end them.
 class LineReader {
 public:
+    /// A line of more bytes comes in pieces of that many.
+    static constexpr std::size_t maxLine = 1 << 20;
+
     explicit LineReader(Input& input, char lineEnd = '\n') : _input(input), _lineEnd(lineEnd) {}
 
     /// False at the end. A last line that is not ended counts.
@@ -73,8 +76,6 @@ public:
     bool mustRead() const { return _data.find(_lineEnd, _begin) == std::string::npos; }
 
 private:
-    static constexpr std::size_t maxLine = 1 << 20;
-
     Input& _input;
     const char _lineEnd;
     std::string _data;  // what is read; the next line starts at _begin
@@ -84,8 +85,9 @@ private:
 /// Buffered output. What remains in the buffer when the object dies is lost: call close().
 class Writer {
 public:
-    /// Creates or truncates a file. Failures are of Status::unwritable.
-    explicit Writer(const std::string& path);
+    /// Writes to a file that is open. Failures are of Status::unwritable and have its name.
+    Writer(Descriptor file, std::string name)
+        : _descriptor(std::move(file)), _name(std::move(name)) {}
     /// Writes to standard output, whose descriptor it owns. Failures are OutputLost.
     explicit Writer(int standardOutput);
 
@@ -99,28 +101,12 @@ private:
     [[noreturn]] void fail();
 
     Descriptor _descriptor;
-    std::string _path;  // empty: standard output
+    std::string _name;  // empty: standard output
     std::string _buffer;
 };
 
-/// The file of a name, created or truncated, or standard output for "-".
-class Output {
-public:
-    Output(const std::string& name, Writer& standardOutput)
-        : _writer(name == "-" ? standardOutput : _file.emplace(name)) {}
-
-    Writer& writer() { return _writer; }
-    void close() {
-        if (_file) _file->close();
-    }
-
-private:
-    std::optional<Writer> _file;
-    Writer& _writer;
-};
-
-/// Throws UsageError if both names lead to one file, which writing would empty before it is read.
-void requireDifferentFiles(const std::string& input, const std::string& output);
+/// A text without what sets the colours of a terminal ("\033[31m").
+std::string withoutColours(std::string text);
 
 /// Catches what the library prints on descriptors 1 and 2, as long as the object lives.
 class LibraryMessages {

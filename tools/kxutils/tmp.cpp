@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // kxutils tmp: the temporary directory as the library sees it.
+#include <cstdlib>
 #include <filesystem>
 
 #include "directories.h"
@@ -10,6 +11,11 @@
 
 namespace {
 
+std::string variable(const char* name) {
+    const char* const value = std::getenv(name);
+    return value ? value : "";
+}
+
 void run(Session& session) {
     std::string path, warnings;
     {
@@ -17,7 +23,8 @@ void run(Session& session) {
         path = kxFile::getTmpDir();
         warnings = messages.text();
     }
-    if (!warnings.empty()) session.report.note(warnings);
+    if (!warnings.empty())
+        session.report.note(warnings, {path, variable("TALO_TMP_DIR"), variable("TALO_ROOT")});
     addDirectory(session.report, "temporary", path);
     std::error_code ignored;
     if (!std::filesystem::is_directory(path, ignored))

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <memory>
 #include <mutex>
+#include <new>
 #include <numeric>
 #include <system_error>
 #include <thread>
@@ -87,7 +88,7 @@ private:
 };
 
 // Does the same work on many things on several threads and hands out the results in order. Nothing
-// in the work may log or print.
+// in the work may log or print. Where the system has no thread to give, the caller does the work.
 class OrderedWork {
 public:
     using Job = std::function<Item(std::size_t index, const std::atomic<bool>& isStopping)>;
@@ -95,10 +96,13 @@ public:
     OrderedWork(std::size_t count, std::size_t threads, Job job)
         : _job(std::move(job)), _results(count) {
         threads = std::min(count, threads);
+        // Neither a thread nor memory for one is worth giving up: those that could be started do
+        // the work. Room comes first, as no running thread may be lost for want of it.
         try {
+            _threads.reserve(threads);
             while (_threads.size() < threads) _threads.emplace_back([this] { work(); });
-        } catch (const std::system_error&) {
-            if (_threads.empty()) throw;  // otherwise those that could be started do the work
+        } catch (const std::system_error&) {  // NOLINT(bugprone-empty-catch)
+        } catch (const std::bad_alloc&) {     // NOLINT(bugprone-empty-catch)
         }
     }
     ~OrderedWork() {
@@ -111,6 +115,10 @@ public:
     // Waits for a result, looking for it, and calling `whileWaiting`, ten times a second at least.
     // Throws what a job has thrown.
     Item take(std::size_t index, const std::function<void()>& whileWaiting) {
+        if (_threads.empty()) {
+            whileWaiting();
+            return _job(index, _isStopping);
+        }
         std::unique_lock<std::mutex> lock(_mutex);
         while (!_results[index] && !_fault) {
             _hasNews.wait_for(lock, std::chrono::milliseconds(100));

@@ -12,8 +12,8 @@
 #include <vector>
 
 #include "detail/bytes/little_endian.h"
-#include "detail/platform/browser.h"
 #include "detail/numbers/truncate.h"
+#include "detail/platform/browser.h"
 #include "kxCrypt.h"
 
 kxUtils::Callback kxUtils::_fp = nullptr;

@@ -14,9 +14,9 @@
 #include <cstring>
 
 #include "detail/bytes/little_endian.h"
+#include "detail/bytes/word.h"
 #include "detail/numbers/decimal.h"
 #include "detail/text/ascii.h"
-#include "detail/bytes/word.h"
 
 namespace kx::detail {
 

@@ -12,8 +12,8 @@
 #include <cstring>
 
 #include "detail/bytes/little_endian.h"
-#include "detail/numbers/decimal.h"
 #include "detail/bytes/word.h"
+#include "detail/numbers/decimal.h"
 
 namespace kx::detail {
 

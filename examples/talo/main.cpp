@@ -79,8 +79,14 @@ std::string absolutePath(const std::string& path) {
 // Appends the file itself, or all files below a directory, sorted. False if a directory cannot be
 // read.
 bool listFiles(const std::string& path, std::vector<std::string>& files) {
-    std::error_code ignored;
-    if (!std::filesystem::is_directory(path, ignored)) {
+    std::error_code error;
+    const std::filesystem::file_status status = std::filesystem::status(path, error);
+    // Nobody knows what it is, or where: without a current directory there is no path in full.
+    if (path.empty() || status.type() == std::filesystem::file_type::none) {
+        kxLog::error("Couldn't look at '%s': %s", path.c_str(), error.message().c_str());
+        return false;
+    }
+    if (!std::filesystem::is_directory(status)) {
         files.push_back(path);
         return true;
     }
@@ -88,8 +94,8 @@ bool listFiles(const std::string& path, std::vector<std::string>& files) {
     try {
         for (const auto& entry : std::filesystem::recursive_directory_iterator(path))
             if (!entry.is_directory()) found.push_back(entry.path().string());
-    } catch (const std::filesystem::filesystem_error& error) {
-        kxLog::error("Couldn't list '%s': %s", path.c_str(), error.code().message().c_str());
+    } catch (const std::filesystem::filesystem_error& failure) {
+        kxLog::error("Couldn't list '%s': %s", path.c_str(), failure.code().message().c_str());
         return false;
     }
     std::sort(found.begin(), found.end());
@@ -153,7 +159,7 @@ int main(int argc, char** argv) {
     std::vector<std::string> paths = options.paths;
     if (paths.empty()) paths.emplace_back(kxPlatform::getDataDir());
     const std::string target = options.copyTo.empty() ? "" : absolutePath(options.copyTo);
-    if (!target.empty() && !kxFile::createPath(target)) {
+    if (!options.copyTo.empty() && !kxFile::createPath(target)) {
         kxFile::perror("Couldn't create '" + target + "'");
         return 1;
     }

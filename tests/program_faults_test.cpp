@@ -343,8 +343,10 @@ protected:
     }
 
     // Every system call from the first on, in every way: of those that are made again and again,
-    // every third. And from the first call of each name on, all of that name.
+    // every third, where no log is written: a lost line shows at one call only. And from the first
+    // call of each name on, all of that name.
     void tryCalls(Fault fault) {
+        const bool isSampled = fault.kind != Fault::kill && row.logs.empty() && !isFull();
         Plan plan;
         std::map<std::string, std::pair<unsigned, unsigned>> calls;  // the first, how many
         while (tryOne(fault, plan)) {
@@ -353,7 +355,7 @@ protected:
             if (plan.hasMoreVariants) {
                 ++fault.variant;
             } else {
-                fault.step += count > 6 && fault.kind != Fault::kill && !isFull() ? 3 : 1;
+                fault.step += count > 6 && isSampled ? 3 : 1;
                 fault.variant = 0;
             }
         }

@@ -3,7 +3,6 @@
 
 #include "faults.h"
 
-#include <atomic>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -14,27 +13,9 @@ namespace kxtest {
 
 namespace faults {
 
-thread_local Plan* plan = nullptr;
-
-static std::atomic<long> held{0};
-
-bool mayAllocate() {
-    if (!plan || plan->fault.kind != Fault::allocation) return true;
-    const unsigned step = ++plan->steps;
-    if (plan->fault.onward ? step < plan->fault.step : step != plan->fault.step) return true;
-    plan->failed = true;
-    plan->call = "allocation";
-    plan->error = ENOMEM;
-    return false;
-}
-
-void count(int blocks) { held += blocks; }
-
 static thread_local Plan current;
 
 }  // namespace faults
-
-long liveBlocks() { return faults::held; }
 
 std::string whyNoSystemCalls() { return faults::whyNoSystemCalls(); }
 
@@ -52,7 +33,7 @@ void Attempt::end() {
     if (_fault.kind == Fault::systemCall) faults::watchSystemCalls(false);
     _failed = faults::current.failed;
     _hasMoreVariants = faults::current.hasMoreVariants;
-    _call = faults::current.call;
+    _call = faults::current.call.data();
     _error = faults::current.error;
     _unknownCall = faults::current.unknownCall;
     _inheritable = faults::current.inheritable;

@@ -4,6 +4,7 @@
 // Makes one step of an operation fail: an allocation, or a call of the operating system.
 #pragma once
 
+#include <array>
 #include <functional>
 #include <string>
 
@@ -13,7 +14,8 @@ namespace kxtest {
 
 /// Which step fails, and how.
 struct Fault {
-    enum Kind { none, allocation, systemCall } kind = none;
+    /// `kill` ends the process before the step, a system call, is made.
+    enum Kind { none, allocation, systemCall, kill } kind = none;
     unsigned step = 1;  ///< counted from 1
     /// All later allocations fail as well; or all later system calls of the same name, with the
     /// first error number that is not EINTR.
@@ -65,7 +67,8 @@ private:
 
     Fault _fault;
     bool _failed = false, _hasMoreVariants = false, _outOfMemory = false;
-    const char *_call = "", *_inheritable = "";
+    std::string _call;
+    const char* _inheritable = "";
     int _error = 0, _errnoAfter = 0;
     long _unknownCall = -1;
     std::string _out, _err;
@@ -82,18 +85,25 @@ std::string whyNoSystemCalls();
 
 namespace faults {
 
-// What the units that make steps fail share; for the running thread.
+// What the units that make steps fail share; for the running thread, or for all threads of a
+// program. Without pointers: another process may look at it.
 struct Plan {
     Fault fault;
     unsigned steps = 0;  // so far
     bool failed = false, hasMoreVariants = false;
-    const char* call = "";
+    std::array<char, 16> call = {};  // that failed
+    long argument = -1;              // its first: the descriptor, if it has one
     int error = 0;
     long fullFile = -1;            // a descriptor to which nothing can be written any more
     long unknownCall = -1;         // that cannot be made to fail
     const char* inheritable = "";  // the call that made a descriptor without close-on-exec
 };
 extern thread_local Plan* plan;  // null: nothing fails
+
+/// Counts a step of the plan; its number.
+unsigned nextStep();
+/// Notes that this step fails.
+void noteFailure(const char* call, int error);
 
 /// Counts an allocation. False if it must fail.
 bool mayAllocate();
@@ -103,6 +113,8 @@ void count(int blocks);
 // Of the unit that stands between the program and the system.
 std::string whyNoSystemCalls();
 void watchSystemCalls(bool on);
+/// Counts the start of a thread as a system call. False if it must fail.
+bool mayStartThread();
 
 }  // namespace faults
 

@@ -95,7 +95,10 @@ constexpr Call calls[] = {
     {SYS_faccessat, "access", {EIO}},
     {SYS_faccessat2, "access", {EIO}},
     {SYS_fchdir, "chdir", {EACCES}},
+    {SYS_fchmod, "chmod", {EPERM}},
+    {SYS_fchown, "chown", {EPERM}},
     {SYS_fcntl, "fcntl", {EIO}},
+    {SYS_fdatasync, "fsync", {EIO, ENOSPC}},
     {SYS_fork, "clone", {EAGAIN}},
     {SYS_fstat, "fstat", {EIO}},
     {SYS_fsync, "fsync", {EIO, ENOSPC}},
@@ -103,6 +106,7 @@ constexpr Call calls[] = {
     {SYS_getcwd, "getcwd", {ENOENT}},
     {SYS_getdents64, "readdir", {EIO}},
     {SYS_ioctl, "ioctl", {EIO}},
+    {SYS_linkat, "link", {EACCES}},
     {SYS_lseek, "lseek", {EIO}},
     {SYS_lstat, "stat", {EACCES}},
     {SYS_mkdir, "mkdir", {ENOSPC}},
@@ -144,10 +148,11 @@ constexpr Call calls[] = {
 
 // Calls that cannot fail, or (`brk`) have another one to take their place.
 constexpr long sureCalls[] = {
-    SYS_brk,           SYS_clock_gettime,  SYS_futex,           SYS_getegid,     SYS_geteuid,
-    SYS_getgid,        SYS_getpid,         SYS_getrandom,       SYS_gettid,      SYS_gettimeofday,
-    SYS_getuid,        SYS_madvise,        SYS_munmap,          SYS_prctl,       SYS_rt_sigaction,
-    SYS_rt_sigpending, SYS_rt_sigprocmask, SYS_rt_sigtimedwait, SYS_sched_yield, SYS_time};
+    SYS_brk,         SYS_clock_gettime, SYS_exit,          SYS_exit_group,     SYS_futex,
+    SYS_getegid,     SYS_geteuid,       SYS_getgid,        SYS_getpid,         SYS_getrandom,
+    SYS_gettid,      SYS_gettimeofday,  SYS_getuid,        SYS_madvise,        SYS_munmap,
+    SYS_prctl,       SYS_rt_sigaction,  SYS_rt_sigpending, SYS_rt_sigprocmask, SYS_rt_sigtimedwait,
+    SYS_sched_yield, SYS_time};
 
 using Registers = std::remove_reference_t<decltype(ucontext_t{}.uc_mcontext.gregs)>;
 
@@ -198,14 +203,24 @@ long waitForKilled(const Registers& r) {
     return process;
 }
 
+bool failsAgain(const char* name) {
+    return plan->fault.onward && plan->failed && std::strcmp(name, plan->call.data()) == 0;
+}
+
+[[noreturn]] void killProcess(const char* call) {
+    noteFailure(call, 0);
+    const long identify[7] = {SYS_getpid}, kill[7] = {SYS_kill, kxtest_call(identify, 0), SIGKILL};
+    for (;;) kxtest_call(kill, 0);
+}
+
 // What comes of the call in place of its work, if it is the one to fail.
 long perhapsFail(const Call& call, Registers& r) {
     if (!plan) return perform(call.number, r);
     if (plan->fullFile == r[REG_RDI] && std::strcmp(call.name, "write") == 0)
         return failWith(ENOSPC);
-    if (plan->fault.onward && plan->failed && std::strcmp(call.name, plan->call) == 0)
-        return fail(call, r, plan->error);
-    if (++plan->steps != plan->fault.step) return perform(call.number, r);
+    if (failsAgain(call.name)) return fail(call, r, plan->error);
+    if (nextStep() != plan->fault.step) return perform(call.number, r);
+    if (plan->fault.kind == Fault::kill) killProcess(call.name);
     const bool canHalve = r[REG_RDX] > 1;  // bytes, or pieces of memory
     const auto canFailBy = [&](unsigned variant) {
         const int failure = variant < call.failures.size() ? call.failures[variant] : 0;
@@ -213,8 +228,8 @@ long perhapsFail(const Call& call, Registers& r) {
     };
     const unsigned variant = plan->fault.variant;
     if (!canFailBy(variant)) return perform(call.number, r);
-    plan->failed = true;
-    plan->call = call.name;
+    noteFailure(call.name, 0);
+    plan->argument = r[REG_RDI];
     if (plan->fault.onward) return fail(call, r, lastingFailure(call));
     plan->hasMoreVariants = canFailBy(variant + 1);
 
@@ -299,6 +314,15 @@ bool dispatch(unsigned long mode) {
 std::string whyNoSystemCalls() {
     static const bool can = installHandler() && dispatch(dispatchOn) && dispatch(dispatchOff);
     return can ? "" : "the kernel does not hand system calls to the program (Linux 5.11 does)";
+}
+
+bool mayStartThread() {
+    if (!plan || plan->fault.kind == Fault::allocation) return true;
+    if (failsAgain("thread")) return false;
+    if (nextStep() != plan->fault.step || plan->fault.variant > 0) return true;
+    if (plan->fault.kind == Fault::kill) killProcess("thread");
+    noteFailure("thread", EAGAIN);
+    return false;
 }
 
 void watchSystemCalls(bool on) {

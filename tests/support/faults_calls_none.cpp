@@ -7,5 +7,6 @@ namespace kxtest::faults {
 
 std::string whyNoSystemCalls() { return "only on Linux on x86-64"; }
 void watchSystemCalls(bool /*on*/) {}
+bool mayStartThread() { return true; }
 
 }  // namespace kxtest::faults

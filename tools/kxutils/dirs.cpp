@@ -36,8 +36,10 @@ std::string initLayout(const std::string& application, Report& report) {
 
 // What the shell calls this program may be a name that it has found by PATH.
 std::string ownPath() {
-    std::error_code ignored;
-    return std::filesystem::read_symlink("/proc/self/exe", ignored).string();
+    std::error_code error;
+    const auto path = std::filesystem::read_symlink("/proc/self/exe", error);
+    if (error) throw Failure(Status::unreadable, "this program's path: " + error.message());
+    return path.string();
 }
 
 void run(const std::string& application, Session& session) {
@@ -60,9 +62,12 @@ void run(const std::string& application, Session& session) {
 
 void addDirectory(Report& report, const std::string& name, const std::string& path) {
     report.add(name, [&](Item& item) {
-        std::error_code ignored;
-        const bool exists = std::filesystem::is_directory(path, ignored);
         setBytes(item.fields, "path", path);
+        std::error_code error;
+        const auto status = std::filesystem::status(path, error);
+        if (status.type() == std::filesystem::file_type::none)  // nobody knows
+            throw Failure(Status::unreadable, path + ": " + error.message());
+        const bool exists = std::filesystem::is_directory(status);
         item.fields["exists"] = exists;
         std::string columns = name;
         columns.resize(13, ' ');

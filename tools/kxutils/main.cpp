@@ -3,8 +3,12 @@
 
 // kxutils: the library's work on the command line. What all sub-commands share is decided here:
 // standard streams, arguments, exit codes.
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
+#include <cstdlib>
+#include <exception>
 #include <iterator>
 #include <sstream>
 
@@ -113,6 +117,13 @@ ExitCode run(int argc, char** argv) {
     return report.exitCode();
 }
 
+constexpr std::string_view internalFault = "kxutils: internal fault\n";
+
+[[noreturn]] void endAtFault() {
+    writeAll(STDERR_FILENO, internalFault);
+    std::_Exit(static_cast<int>(ExitCode::internal));
+}
+
 }  // namespace
 
 void Session::readBlocks(Input& input, const std::function<void(std::string_view)>& use) {
@@ -130,9 +141,12 @@ void addZeroOption(Arguments& arguments, Session& session) {
 }
 
 int main(int argc, char** argv) {
+    // Destructors of the JSON library and look-ups of the parser allocate, and may not throw.
+    std::set_terminate(endAtFault);
     try {
         return static_cast<int>(run(argc, argv));
     } catch (...) {  // not even a report could be made
+        writeAll(STDERR_FILENO, internalFault);
         return static_cast<int>(ExitCode::internal);
     }
 }

@@ -20,6 +20,8 @@ using Operation = std::function<std::string(const std::string&)>;
 
 std::string expanded(const std::string& path) {
     LibraryMessages messages;
+    // They alone tell that there is no such user or variable.
+    if (!messages.areKept()) throw systemFailure(Status::unwritable);
     std::string result = kxFile::expandFilename(path);
     const std::string text = messages.text();
     if (!text.empty()) throw Failure(Status::bad, text);

@@ -161,6 +161,12 @@ LibraryMessages::LibraryMessages(Use use)
     : _file(use == kept ? std::tmpfile() : nullptr),
       _savedOut(fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)),
       _savedError(fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1)) {
+    // Otherwise there would be no way back.
+    if (_savedOut.get() < 0 || _savedError.get() < 0) {
+        const Failure failure = systemFailure(Status::unwritable);
+        if (_file) std::fclose(_file);
+        throw failure;
+    }
     const Descriptor nowhere(_file ? -1 : open("/dev/null", O_WRONLY | O_CLOEXEC));
     const int target = _file ? fileno(_file) : nowhere.get();
     dup2(target, STDOUT_FILENO);
@@ -189,7 +195,8 @@ std::string LibraryMessages::text() {
     char block[4096];
     for (off_t at = 0; _file;) {
         const ssize_t n = pread(fileno(_file), block, sizeof block, at);
-        if (n <= 0) break;
+        if (n < 0) throw systemFailure(Status::unreadable);
+        if (n == 0) break;
         text.append(block, static_cast<std::size_t>(n));
         at += n;
     }

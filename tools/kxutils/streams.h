@@ -112,10 +112,14 @@ std::string withoutColours(std::string text);
 class LibraryMessages {
 public:
     enum Use { kept, dropped };
+    /// A Failure if there are no descriptors for it.
     explicit LibraryMessages(Use use = kept);
     ~LibraryMessages();
     LibraryMessages(const LibraryMessages&) = delete;
     LibraryMessages& operator=(const LibraryMessages&) = delete;
+
+    /// False if nothing is kept, because there is no temporary file for it.
+    bool areKept() const { return _file != nullptr; }
 
     /// What was printed so far, without colours and without the newline at the end.
     std::string text();

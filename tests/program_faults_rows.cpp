@@ -166,50 +166,6 @@ const std::vector<Row> rows = {
 };
 // clang-format on
 
-namespace {
-
-// What does not hold yet. A row that comes to hold fails until it is taken from here.
-struct NotYet {
-    const char* reason;
-    const char* kind;
-    std::set<std::string> rows;
-};
-const NotYet notYet[] = {
-    {"an output is emptied before it is written",
-     "SystemCalls",
-     {"Base64Encode", "Base64Decode", "Base64Json", "Label", "LabelPicture", "ShaderPack",
-      "ShaderArray"}},
-    {"an output is emptied before it is written",
-     "Kills",
-     {"Base64Encode", "Base64Decode", "Base64Json", "Label", "LabelPicture", "ShaderPack",
-      "ShaderArray"}},
-    {"a file that cannot be opened again has the identifier 00",
-     "SystemCalls",
-     {"Inspect", "InspectInput", "InspectJson"}},
-    {"a file that cannot be opened again has the identifier 00", "Allocations", {"InspectJson"}},
-    {"a head that was not written, or a line of a file started anew, is not missed",
-     "SystemCalls",
-     {"LogHtml", "LogCsv"}},
-    {"the library's layout falls back when the program's own path cannot be resolved",
-     "SystemCalls",
-     {"Dirs", "DirsJson"}},
-    {"a file that cannot be looked at has the size 0",
-     "SystemCalls",
-     {"Talo", "TaloCopies", "TaloAsks", "TaloLogs", "TaloBanner"}},
-    {"out of memory",
-     "Allocations",
-     {"Talo", "TaloCopies", "TaloAsks", "TaloLogs", "TaloBanner", "TaloUsage"}},
-    {"a copy and a banner are written in place", "Kills", {"TaloCopies", "TaloBanner"}},
-};
-
-}  // namespace
-
-std::string whyNotYet(const std::string& kind, const std::string& row) {
-    for (const NotYet& entry : notYet)
-        if (entry.kind == kind && entry.rows.count(row) != 0) return entry.reason;
-    return "";
-}
-
 // --- Row -----------------------------------------------------------------------------------------
 
 Row Row::with(const std::string& file, const std::string& content) const {

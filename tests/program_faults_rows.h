@@ -53,7 +53,3 @@ struct Row {
 void PrintTo(const Row& row, std::ostream* os);
 
 extern const std::vector<Row> rows;
-
-/// Why the test of that kind ("Allocations", "SystemCalls", "Kills") is known to fail for a row;
-/// "" if it is not.
-std::string whyNotYet(const std::string& kind, const std::string& row);

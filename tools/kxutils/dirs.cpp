@@ -7,9 +7,12 @@
 #include <memory>
 
 #include "directories.h"
+#include "kxFile.h"
 #include "kxPlatform.h"
 #include "kxUtils.h"
 #include "session.h"
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -37,15 +40,43 @@ std::string initLayout(const std::string& application, Report& report) {
 // What the shell calls this program may be a name that it has found by PATH.
 std::string ownPath() {
     std::error_code error;
-    const auto path = std::filesystem::read_symlink("/proc/self/exe", error);
+    const auto path = fs::read_symlink("/proc/self/exe", error);
     if (error) throw Failure(Status::unreadable, "this program's path: " + error.message());
     return path.string();
 }
 
-void run(const std::string& application, Session& session) {
+// True for a directory; throws Failure where the system does not tell.
+bool isDirectory(const fs::path& path) {
+    std::error_code error;
+    const fs::file_status status = fs::status(path, error);
+    if (status.type() == fs::file_type::none)
+        throw Failure(Status::unreadable, path.string() + ": " + error.message());
+    return fs::is_directory(status);
+}
+
+void requireSame(const fs::path& expected, const char* answer) {
+    std::error_code error;
+    if (!fs::equivalent(expected, answer, error))
+        throw Failure(Status::unreadable, expected.string() + ": cannot be entered");
+}
+
+// kxPlatform::init() says nothing where it cannot find a directory out, and takes another one.
+void requireRightAnswers(const std::string& application) {
+    const fs::path directory = kxFile::getFilePath(application), up = "../..";
+    if (directory.empty() || !isDirectory(directory)) return;
+    requireSame(directory, kxPlatform::getExeDir());
+    const fs::path program = directory / up / "bin" / kxPlatform::getPlatform();
+    const bool isInstalled =
+        isDirectory(program) && kxFile::exists(program / fs::path(kxPlatform::getAppName()));
+    requireSame((isInstalled ? directory : fs::path(ownPath()).parent_path()) / up,
+                kxPlatform::getBaseDir());
+}
+
+void run(const std::string& given, Session& session) {
     Report& report = session.report;
-    const std::string preferences =
-        initLayout(application.empty() ? ownPath() : application, report);
+    const std::string application = given.empty() ? ownPath() : given;
+    const std::string preferences = initLayout(application, report);
+    requireRightAnswers(application);
     report.set("application", kxPlatform::getAppName());
     addDirectory(report, "base", kxPlatform::getBaseDir());
     addDirectory(report, "executable", kxPlatform::getExeDir());
@@ -64,10 +95,10 @@ void addDirectory(Report& report, const std::string& name, const std::string& pa
     report.add(name, [&](Item& item) {
         setBytes(item.fields, "path", path);
         std::error_code error;
-        const auto status = std::filesystem::status(path, error);
-        if (status.type() == std::filesystem::file_type::none)  // nobody knows
+        const auto status = fs::status(path, error);
+        if (status.type() == fs::file_type::none)  // nobody knows
             throw Failure(Status::unreadable, path + ": " + error.message());
-        const bool exists = std::filesystem::is_directory(status);
+        const bool exists = fs::is_directory(status);
         item.fields["exists"] = exists;
         std::string columns = name;
         columns.resize(13, ' ');

@@ -32,7 +32,8 @@ std::string identifierOf(Input& input, std::uint64_t size) {
 void inspect(const std::string& name, const Options& options, Session& session, Item& item) {
     const NamedFile file(name);
     Input input(file.path());
-    const std::uint64_t size = input.remaining().value_or(0);
+    if (!input.remaining()) throw Failure(Status::unreadable, "its size cannot be found out");
+    const std::uint64_t size = *input.remaining();
     session.progress.expect(size);
     const auto info =
         findFooter(file, options.offset, [&](std::uint64_t bytes) { session.advance(bytes); });

@@ -62,6 +62,7 @@ Input::Input(const std::string& name)
         throw systemFailure(Status::unreadable);
     if (!S_ISREG(info.st_mode)) return;
     const off_t position = lseek(_descriptor.get(), 0, SEEK_CUR);
+    if (position < 0) throw systemFailure(Status::unreadable);
     _remaining = static_cast<std::uint64_t>(std::max<off_t>(info.st_size - position, 0));
 }
 

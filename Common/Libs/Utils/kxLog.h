@@ -71,26 +71,27 @@ public:
     /// Logs a text, which is cut at 2047 characters and needs no newline at its end. A null format
     /// is ignored.
     static void info(const char* format, ...) KXUTILS_PRINTF(1, 2);
-    static void warning(const char* format, ...) KXUTILS_PRINTF(1, 2);  ///< As info(), in yellow.
-    static void error(const char* format, ...) KXUTILS_PRINTF(1, 2);    ///< As info(), in red.
+    /// As info(), in yellow.
+    static void warning(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    static void error(const char* format, ...) KXUTILS_PRINTF(1, 2);  ///< As info(), in red.
 
     /// Logs a text with a number. Text and CSV lines show the sum of this number and the level's
     /// base number (100, 200 or 300). The number stays in force for all later messages, of every
     /// level, until the next numbered one. With a null format the call does nothing, and the
     /// earlier number stays.
     static void info(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
-    static void warning(int nr, const char* format, ...)
-        KXUTILS_PRINTF(2, 3);  ///< As info(), in yellow.
-    static void error(int nr, const char* format, ...)
-        KXUTILS_PRINTF(2, 3);  ///< As info(), in red.
+    /// As info(), in yellow.
+    static void warning(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
+    /// As info(), in red.
+    static void error(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
 
     /// The switched-off variant of info(): it takes the arguments of info() and, deliberately, does
     /// nothing.
     static void infoNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
-    static void warningNR(const char* format, ...)
-        KXUTILS_PRINTF(1, 2);  ///< As infoNR(), for warning().
-    static void errorNR(const char* format, ...)
-        KXUTILS_PRINTF(1, 2);  ///< As infoNR(), for error().
+    /// As infoNR(), for warning().
+    static void warningNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    /// As infoNR(), for error().
+    static void errorNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
 
     /// Logs a text as it is ("%" stays "%"), for script bindings. The text may have any length and
     /// must not be null. A number has the meaning described above.
@@ -131,8 +132,9 @@ public:
     /// stamp, colour or newline; the text is valid during the call only. It runs on the thread that
     /// logs, with the log's mutex held, and so must not log. Null removes the callback.
     static void setInfoCB(void (*callback)(const char*));
-    static void setWarningCB(void (*callback)(const char*));  ///< As setInfoCB(), for warnings.
-    static void setErrorCB(void (*callback)(const char*));    ///< As setInfoCB(), for errors.
+    /// As setInfoCB(), for warnings.
+    static void setWarningCB(void (*callback)(const char*));
+    static void setErrorCB(void (*callback)(const char*));  ///< As setInfoCB(), for errors.
 
     /// Appends every line to `buffer`. The buffer belongs to the caller and must live until
     /// disableOutputBuffer().

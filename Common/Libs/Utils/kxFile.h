@@ -128,7 +128,9 @@ public:
     static std::string rel2Abs(const std::string& base, const std::string& path);
 
     /// Turns `name` into a valid file name, in place. It removes one dot or space at the end, then
-    /// one dot at the start, then every one of these characters: < > : " / \ | ? *
+    /// one dot at the start, then every character of the first line below:
+    ///
+    ///     < > : " / \ | ? *
     ///
     ///     "a:b" -> "ab"    "a.." -> "a."    "." -> ""    ".a?b*. " -> "ab."
     static void makeValidFileName(std::string& name);
@@ -155,7 +157,7 @@ public:
     ///                                    database (never from $HOME)
     ///     "~user", "~user/x"             home directory of that user
     ///
-    /// A tilde counts only at the start of the path and after a tab, a blank or one of ; < > |
+    /// A tilde counts only at the start of the path and after one of ; < > |, a tab or a blank.
     ///
     /// All or nothing: if a variable is not set or a user is unknown, the path comes back unchanged
     /// and an error is logged. So where HOME is not set, "$HOME" expands to "$HOME" and not to "".

@@ -179,14 +179,14 @@ public:
     /// link to a regular file, the link itself is moved, and the new file takes its place.
     ///
     /// Do not choose an existing file that is no log. It is moved aside as an undated file. In CSV
-    /// format the first message then moves the new file, which holds its header only, to that name
+    /// format the first message then moves the new file, which holds only its header, to that name
     /// as well, and the content of your file is lost.
     ///
     /// A name that does not start with "/" is looked up anew for each line, in the working
     /// directory of that moment, so after a change of directory the log goes to another file.
     ///
     /// If the file cannot be opened, file logging is off, and an error is logged that says so. If a
-    /// callback makes the call, that error only goes to the console and becomes the last error. A
+    /// callback makes the call, that error goes to the console only, and becomes the last error. A
     /// pipe that nobody reads cannot be opened.
     static void setLogFile(const char* name);
 
@@ -209,7 +209,7 @@ public:
     /// it is longer than PIPE_BUF.
     ///
     /// In CSV format a file whose first message is not of today is first moved aside, and a new one
-    /// is started. Deliberate: a file that holds its header only counts as undated and is moved to
+    /// is started. Deliberate: a file that holds only its header counts as undated and is moved to
     /// path + "00000-000000" at its first message. If the new file cannot be opened, file logging
     /// is off, the line is lost, and an error that says so follows the message. A CSV file that was
     /// deleted comes back without its header. Two processes that share a CSV file may notice the

@@ -33,8 +33,8 @@ class KXUTILS_API kxCPUInfo {
 public:
     /// All values that are read. A field is 0 or false if its leaf is above the highest leaf that
     /// the processor names. Leaf 4 is the exception: deliberately, it is queried whatever the
-    /// highest standard leaf is, and on a processor without it its fields hold the answer all the
-    /// same (zeros or, on some processors, the registers of another leaf).
+    /// highest standard leaf is, so on a processor without it its fields hold whatever that
+    /// processor answers (zeros or, on some, the registers of another leaf).
     struct Fields {
         /// EAX, EBX, ECX and EDX of the most recent query. That is the last query of leaf 4 if the
         /// processor was queried; the bits are all ones if it was not.
@@ -78,7 +78,8 @@ public:
         std::int32_t cores = 0;
 
         /// Leaf 4, the last cache described, usually that of the highest level. Values are as the
-        /// processor encodes them: from `maxThreadsSharing` to `sets`, 0 stands for one, and so on.
+        /// processor encodes them: from `maxThreadsSharing` to `sets` they are one less than the
+        /// true value, so 0 stands for one.
         /// @{
         std::int32_t cacheType = 0;  ///< 1 data, 2 instruction, 3 unified
         std::int32_t cacheLevel = 0;
@@ -186,7 +187,7 @@ public:
     virtual ~kxCPUInfo();  ///< Releases nothing.
 
     /// The shared object. The first call constructs it, while callers on other threads wait; it is
-    /// valid until the library is unloaded. Do not assign to it.
+    /// valid until the library is unloaded. It is for reading only: do not assign to it.
     static kxCPUInfo& getCPUInfo();
 
     bool hasSSE2Support() const;   ///< bit 26 of Fields::featureWord

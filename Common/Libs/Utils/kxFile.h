@@ -175,7 +175,7 @@ public:
     // A path may lead to a pipe or a device. On a pipe, checkRead(), getFileSize() and everything
     // that reads or writes wait until somebody has opened its other end, and copy() then reads
     // until that end is closed. On a device without an end, such as /dev/zero, copy() never
-    // returns. Reading the whole of a pipe or a device with read() gives false, since neither has a
+    // returns. The forms of read() that take a whole file give false for both, since neither has a
     // size. All this holds for the checksums below as well; of those, getChecksum() is the one that
     // reads to the end. If a path comes from elsewhere, ask std::filesystem::is_regular_file()
     // first.

@@ -23,9 +23,9 @@
 ///     kxLog::setLogFile("/tmp/app.log");
 ///     kxLog::warning("%d faces dropped", n);
 ///
-/// Texts reach the console and text and CSV lines unchanged, with any terminal escapes, ";" and
-/// newlines that they hold; and a spreadsheet takes a CSV field that starts with "=", "+", "-" or
-/// "@" for a formula. Do not log untrusted text where that matters.
+/// Texts reach the console, text lines and CSV lines unchanged, with any terminal escapes, ";" and
+/// newlines that they hold. A spreadsheet takes a CSV field that starts with "=", "+", "-" or "@"
+/// for a formula. Do not log untrusted text where that matters.
 ///
 /// ## Threads
 /// Any thread may log. One mutex is held from the first to the last output of a message (last

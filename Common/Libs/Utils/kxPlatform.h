@@ -156,7 +156,7 @@ public:
     // --- Display metrics -------------------------------------------------------------------------
 
     /// Chooses, for both axes, the greatest of the steps 96, 120, 144, 192 and 240 dpi that is not
-    /// above `dpiX`. Below 96 the step is 96, and, deliberately, so it is from 10240 on. Scales the
+    /// above `dpiX`. Below 96 dpi and, deliberately, from 10240 dpi on the step is 96. Scales the
     /// icon sizes to the step (at 96 dpi they are 16, 22 and 28 pixels; fractions are cut off) and
     /// prints the step on standard output. Deliberately, `dpiY` is ignored.
     ///

@@ -33,10 +33,10 @@ public:
     /// A `group` of 0 is not allowed; the text then comes back unchanged. So it does for an empty
     /// separator.
     ///
-    /// Deliberate: after a run that has got n separators, scanning goes on n characters after the
-    /// place where the run ended before. If the separator has several characters, this place is
-    /// inside the grouped run; if the separator also holds digits, the rest of the run is then
-    /// grouped again:
+    /// Deliberate: after a run into which n separators were inserted, scanning goes on n characters
+    /// after the place where the run ended before. If the separator has several characters, this
+    /// place is inside the grouped run; if the separator also holds digits, the rest of the run is
+    /// then grouped again:
     ///
     ///     "12345", "00", 2  ->  "100230045"  (resumed before "45": nothing left to group)
     ///     "123",   "00", 1  ->  "100200003"  (resumed before "03", which became "0003")

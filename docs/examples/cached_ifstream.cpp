@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Reads a file, and shows whose position tellg answers.
+// Reads a file, and shows which position tellg() gives.
 #include <iostream>
 
 #include <cached_ifstream.h>
@@ -16,7 +16,7 @@ int main() {
     int count = 0;
     in >> word >> count;
     std::cout << word << ' ' << count << '\n';
-    std::cout << in.tellg() << '\n';  // the file's: all of it is in the buffer
+    std::cout << in.tellg() << '\n';  // the end of the file: all of it is in the buffer
 
     in.seekg(14);  // to another offset: the buffered bytes are discarded
     in >> word >> count;

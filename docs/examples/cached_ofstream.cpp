@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Counts what would be written, then writes it.
+// Counts the bytes of a text, then writes the text to a file.
 #include <iostream>
 
 #include <cached_ofstream.h>
@@ -16,7 +16,7 @@ int main() {
 
     cached_ofstream out("mesh.txt", 65536);
     save(out);
-    out.flush();  // before close(), which looks before its own last flush
+    out.flush();  // before close(), which checks before its own last flush
     out.close();
     std::cout << (out.bad() ? "not written" : "written") << '\n';
 

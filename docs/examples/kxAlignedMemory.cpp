@@ -13,7 +13,8 @@ int main() {
     if (!block) return 1;
     std::memcpy(block, "weights", 8);
 
-    if (void* const larger = aligned_realloc(block, 100000, 64)) block = larger;  // else kept
+    // If this fails, the old block stays.
+    if (void* const larger = aligned_realloc(block, 100000, 64)) block = larger;
     std::cout << reinterpret_cast<std::uintptr_t>(block) % 64 << ' '
               << static_cast<const char*>(block) << '\n';
     aligned_free(block);  // never free() or delete

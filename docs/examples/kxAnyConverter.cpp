@@ -32,7 +32,7 @@ int main() {
     if (kxAnyConverter::toString(42, text, type)) std::cout << type << ' ' << text << '\n';
     if (kxAnyConverter::fromString(type, text, value))
         std::cout << boost::any_cast<int>(value) + 1 << '\n';
-    std::cout << kxAnyConverter::fromString("float", "0.5", value) << '\n';  // nobody's type
+    std::cout << kxAnyConverter::fromString("float", "0.5", value) << '\n';  // no converter
 }
 // Prints:
 // int 42

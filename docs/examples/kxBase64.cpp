@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Into a string, and into a buffer of one's own.
+// Encodes into a string and into a buffer, and decodes.
 #include <iostream>
 #include <string>
 #include <vector>

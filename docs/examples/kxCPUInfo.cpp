@@ -13,12 +13,12 @@ static const char* choose(const kxCPUInfo& cpu) {
 }
 
 int main() {
-    // Here it runs for this machine; the answer is the machine's.
+    // Here it runs for this machine, so the answer depends on it.
     const char* const here = choose(kxCPUInfo::getCPUInfo());
 
-    kxCPUInfo::Fields fields;  // a processor that has nothing ...
+    kxCPUInfo::Fields fields;  // a processor without any feature ...
     std::cout << choose(kxCPUInfo(fields)) << '\n';
-    fields.avx2 = true;  // ... and one that has AVX2
+    fields.avx2 = true;  // ... and one with AVX2
     std::cout << choose(kxCPUInfo(fields)) << '\n';
     std::cout << (here != nullptr) << ' ' << kxCPUInfo::_szFeatures[26] << '\n';
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The same object, started again, turns coded bytes back. The key and the bytes are published ones.
+// After reset() one object turns coded bytes back. The key and the bytes are published test values.
 #include <iomanip>
 #include <iostream>
 #include <string>

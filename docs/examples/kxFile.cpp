@@ -18,7 +18,7 @@ int main() {
     }
     if (!kxFile::appendChecksum("engine.osb", kxFile::getChecksum("engine.osb"))) return 1;
     std::uint32_t checksum = 0;
-    const bool intact = kxFile::checkChecksum("engine.osb", checksum);  // prints what it finds
+    const bool intact = kxFile::checkChecksum("engine.osb", checksum);  // prints its finding
     std::cout << intact << ' ' << kxFile::getFileSize("engine.osb") << " bytes\n";
 
     char head[4];

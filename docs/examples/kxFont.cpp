@@ -9,7 +9,7 @@
 #include <kxFont.h>
 
 int main() {
-    // Three cells, and one pixel: a cell must end before the edge.
+    // Three cells and one more pixel, since a cell must end before the edge.
     const std::size_t width = 19, height = 7;
     std::vector<unsigned char> image(width * height * 3);
     kxFont::drawText(image.data(), "204", width, 0x0000FF);  // red, in an RGB picture

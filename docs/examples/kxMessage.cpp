@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// A request, the reply in the same record, and what copying does.
+// A request, the reply in its record, and the effect of copying.
 #include <iostream>
 #include <string>
 

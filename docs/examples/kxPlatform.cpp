@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Who the application is, where it is installed, how large its icons are.
+// The name of the application, its directories, and the size of its icons.
 #include <iostream>
 
 #include <kxFile.h>
@@ -12,11 +12,11 @@ int main() {
     kxPlatform::init("app", "viewer");
     kxPlatform::setFullAppName("The Viewer");
     kxPlatform::setDisplayVersionYearString("2017");
-    std::cout << '"' << kxPlatform::getAppVersionName() << "\"\n"  // the blank is meant
+    std::cout << '"' << kxPlatform::getAppVersionName() << "\"\n"  // ends with a blank
               << kxPlatform::getBinDir() << '\n'
               << kxPlatform::getPluginsDir() << '\n';
 
-    kxPlatform::setDpi(150);  // prints the step that it takes
+    kxPlatform::setDpi(150);  // prints the step that it chooses
     std::cout << kxPlatform::getDpiScaleX() << ' ' << kxPlatform::getSmallIconSizeX() << '\n';
 }
 // Prints:

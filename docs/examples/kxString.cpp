@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Numbers, option texts, words.
+// Numbers, option texts and words.
 #include <iostream>
 
 #include <kxString.h>

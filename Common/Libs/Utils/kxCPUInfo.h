@@ -1,43 +1,46 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What the x86 processor says about itself.
+// The processor's features, as the CPUID instruction of x86 reports them.
 #pragma once
 
 #include <cstdint>
 
 #include "kxExport.h"
 
-/// The answers of the CPUID instruction, read once, and the questions that choose a code path.
+/// The answers of the CPUID instruction, which are read once, and questions by which a program
+/// chooses its code path.
 ///
 ///     if (kxCPUInfo::getCPUInfo().hasAVX2Support()) ...
 ///
-/// On a processor without CPUID (anything but x86) every answer is false and every field 0.
+/// On a processor without CPUID (anything but x86) every answer is false and every field is 0.
 ///
-/// The answers follow the processor's bits alone: deliberately, nobody asks whether the operating
-/// system saves the AVX or AVX-512 registers (XGETBV). In particular hasAVXSupport() may be true
-/// where the first AVX instruction would fault.
+/// The answers follow the processor's bits alone. Deliberately, they do not consider whether the
+/// operating system saves the AVX or AVX-512 registers (XGETBV), so hasAVXSupport() in particular
+/// may be true where the first AVX instruction would fault.
 ///
-/// Threads: an object never changes once it is made, so any thread may read it. Nothing here
-/// throws. Making an object takes some dozens of CPUID queries; a virtual machine traps each of
-/// them (microseconds), so keep the object or use the shared one. Standard leaves above 0xFFFF,
-/// extended ones above 0x8000FFFF and more than 256 caches are not asked for, whatever the
-/// processor claims to have.
+/// Threads: an object does not change after its construction, so any thread may read it. Nothing
+/// here throws.
+///
+/// Constructing an object takes some dozens of CPUID queries, and a virtual machine traps each of
+/// them (microseconds), so keep the object or use the shared one. Whatever the processor claims to
+/// have, standard leaves above 0xFFFF, extended leaves above 0x8000FFFF and more than 256 caches
+/// are not asked for.
 ///
 /// Sources: Intel 64 and IA-32 Architectures Software Developer's Manual, volume 2, CPUID; AMD64
 /// Architecture Programmer's Manual, volume 3, appendix E.
 class KXUTILS_API kxCPUInfo {
 public:
-    /// Everything that is read. A field whose leaf is above the highest one that the processor
-    /// names is 0 or false. Leaf 4 is the exception: deliberately, it is asked for whatever the
-    /// highest standard leaf is, and its fields hold what a processor without it answers (zeros, or
-    /// on some the registers of another leaf).
+    /// All values that are read. A field is 0 or false if its leaf is above the highest leaf that
+    /// the processor names. Leaf 4 is the exception: deliberately, it is queried whatever the
+    /// highest standard leaf is, so on a processor without it its fields hold whatever that
+    /// processor answers (zeros or, on some, the registers of another leaf).
     struct Fields {
-        /// EAX, EBX, ECX and EDX of the most recent query, which is the last one of leaf 4 once the
-        /// processor has been asked; all ones before the first one.
+        /// EAX, EBX, ECX and EDX of the most recent query. That is the last query of leaf 4 if the
+        /// processor was queried; the bits are all ones if it was not.
         std::uint32_t lastRegisters[4] = {0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF, 0xFFFFFFFF};
 
-        /// Leaf 1 EAX, each field as encoded: the extended ones are not added to the others.
+        /// Leaf 1 EAX, each field as encoded: the extended fields are not added to the others.
         /// @{
         std::int32_t stepping = 0;
         std::int32_t model = 0;
@@ -74,8 +77,9 @@ public:
         /// Leaf 4: cores per package minus one; 0 if the leaf describes no cache.
         std::int32_t cores = 0;
 
-        /// Leaf 4, the last cache described, usually that of the highest level. These count as the
-        /// processor encodes them: from `maxThreadsSharing` to `sets`, 0 stands for one.
+        /// Leaf 4, the last cache described, usually that of the highest level. Values are as the
+        /// processor encodes them: from `maxThreadsSharing` to `sets` they are one less than the
+        /// true value, so 0 stands for one.
         /// @{
         std::int32_t cacheType = 0;  ///< 1 data, 2 instruction, 3 unified
         std::int32_t cacheLevel = 0;
@@ -119,10 +123,10 @@ public:
         bool avx = false;
         /// @}
 
-        /// AVX, MOVBE, FMA and OSXSAVE all set in leaf 1. Deliberately without leaf 7, whose EBX
-        /// bit 5 is the processor's own AVX2 bit.
+        /// True if AVX, MOVBE, FMA and OSXSAVE are all set in leaf 1. Deliberately, this does not
+        /// look at leaf 7, whose EBX bit 5 is the processor's own AVX2 bit.
         bool avx2 = false;
-        /// AVX512F (leaf 7 EBX bit 16), and `avx2`.
+        /// True if AVX512F (leaf 7 EBX bit 16) and `avx2` are both set.
         bool avx512 = false;
         /// Leaf 1 EDX bit 28.
         bool multithreading = false;
@@ -173,33 +177,34 @@ public:
         /// @}
     };
 
-    /// Queries the processor that the calling thread runs on.
+    /// Queries the processor on which the calling thread runs.
     kxCPUInfo();
 
-    /// Describes the processor of `fields` and queries nothing: for testing code that chooses by
-    /// processor.
+    /// Describes the processor that `fields` stand for and queries nothing. This is for testing
+    /// code that chooses by processor.
     explicit kxCPUInfo(const Fields& fields);
 
-    virtual ~kxCPUInfo();  ///< releases nothing
+    virtual ~kxCPUInfo();  ///< Releases nothing.
 
-    /// The shared object, made by the first call (callers on other threads wait for it) and valid
-    /// until the library is unloaded. Read-only: do not assign to it.
+    /// The shared object. The first call constructs it, while callers on other threads wait; it is
+    /// valid until the library is unloaded. It is for reading only: do not assign to it.
     static kxCPUInfo& getCPUInfo();
 
     bool hasSSE2Support() const;   ///< bit 26 of Fields::featureWord
     bool hasSSE42Support() const;  ///< Fields::sse42
-    /// The processor's bit alone; deliberately without a test of the operating system.
+    /// Fields::avx: the processor's bit alone, deliberately without a test of the operating system.
     bool hasAVXSupport() const;
-    /// AVX, MOVBE, FMA and OSXSAVE; deliberately not the processor's own AVX2 bit.
+    /// Fields::avx2: AVX, MOVBE, FMA and OSXSAVE, and deliberately not the processor's own AVX2
+    /// bit.
     bool hasAVX2Support() const;
-    /// AVX512F, together with hasAVX2Support().
+    /// Fields::avx512: AVX512F, and what hasAVX2Support() requires.
     bool hasAVX512Support() const;
 
-    /// All that was read; valid as long as this object.
+    /// All values that were read; valid as long as this object.
     const Fields& fields() const { return _fields; }
 
-    /// Names of the bits of Fields::featureWord, indexed by bit. The wording is kept deliberately,
-    /// "CFLUSH" and the gap from "Unknown2" to "Unknown4" included.
+    /// Names of the bits of Fields::featureWord, indexed by bit. The wording is deliberate, even
+    /// "CFLUSH" and the gap between "Unknown2" and "Unknown4".
     static const char* const _szFeatures[32];
 
 private:

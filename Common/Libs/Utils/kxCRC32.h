@@ -8,28 +8,27 @@
 
 #include "kxExport.h"
 
-/// The CRC-32 of IEEE 802.3 (that of zlib, PNG and gzip: polynomial 0x04C11DB7, reflected, register
-/// inverted at both ends) the fastest way, five implementations of it that differ in the size of
-/// their tables and in speed only, and one hash.
+/// The CRC-32 of IEEE 802.3, zlib, PNG and gzip: polynomial 0x04C11DB7, reflected, register
+/// inverted at both ends. calc() is the fastest way; the five other implementations differ only in
+/// speed and in the size of their tables. The class also has a hash.
 ///
-/// `length` is in bytes; `data` may have any alignment, and may be null if `length` is 0. Results
-/// do not depend on the processor's byte order. Stateless: any thread may call any function.
-/// Nothing is thrown.
+/// A long input can be passed in pieces: `previous` is the CRC-32 of everything before `data`, and
+/// 0 at the start.
+///
+///     crc(a + b) == calc(b, size of b, calc(a, size of a, 0))
+///
+/// `length` is in bytes. A `length` of 0 returns `previous`; `data` may then be null. `data` may
+/// have any alignment. Results do not depend on the processor's byte order. There is no state: any
+/// thread may call any function. Nothing is thrown.
 class KXUTILS_API kxCRC32 {
 public:
     // --- CRC-32 ----------------------------------------------------------------------------------
-    // `previous` is the CRC-32 of what stands before `data`, 0 at the start, so that a long input
-    // can be handed over in pieces:
-    //
-    //     crc(a + b) == calc(b, size of b, calc(a, size of a, 0))
-    //
-    // A `length` of 0 returns `previous`.
 
-    /// The fastest of what follows and what the processor offers: by carry-less multiplication
-    /// (VPCLMULQDQ with AVX-512, or PCLMULQDQ; Gopal et al., Intel, 2009), else calc_8bytes().
+    /// The fastest way on this processor: carry-less multiplication if the processor has it
+    /// (VPCLMULQDQ with AVX-512, or PCLMULQDQ; Gopal et al., Intel, 2009), otherwise calc_8bytes().
     static std::uint32_t calc(const void* data, unsigned long length, std::uint32_t previous = 0);
 
-    /// Bit by bit, no table; the slowest.
+    /// Bit by bit, without a table; the slowest way.
     static std::uint32_t calc_bitwise(const void* data, unsigned long length,
                                       std::uint32_t previous = 0);
     /// Two look-ups per byte in a table of 64 bytes; the compact choice.
@@ -47,9 +46,10 @@ public:
 
     // --- Hash ------------------------------------------------------------------------------------
 
-    /// FNV-1a in the variant "Jesteress" (G. Mihaylov), 8 bytes per step. For hash tables; no
-    /// protection against intent. A `seed` of 0 stands for the FNV offset basis 0x811C9DC5. Unlike
-    /// the CRCs, results do not chain: the hash of two pieces is not that of the whole.
+    /// FNV-1a in the variant "Jesteress" (G. Mihaylov), 8 bytes per step. It is meant for hash
+    /// tables and does not protect against intent. A `seed` of 0 stands for the FNV offset basis
+    /// 0x811C9DC5. Unlike the CRCs, results do not chain: the hash of the whole cannot be computed
+    /// from the hashes of its pieces.
     static std::uint32_t calc_FNV1A_Jesteress(const void* data, unsigned long length,
                                               std::uint32_t seed = 0);
 };

@@ -11,24 +11,25 @@
 #include "kxExport.h"
 
 /// RC4 (ARCFOUR; key stream as in RFC 6229), one byte per call, no byte of the key stream dropped.
-/// Coding is its own inverse: the same key and the same sequence of calls turn coded bytes back.
+/// Coding is its own inverse: a cipher with that key, from the start of its key stream, turns the
+/// coded bytes back into the original ones.
 ///
 ///     kxCrypt cipher(key);
 ///     for (unsigned char& byte : bytes) byte = cipher.code(byte);
 ///
-/// RC4 hides texts from a casual look and is no protection against an attacker; do not use it for
-/// secrets.
+/// RC4 hides texts from a casual look and does not protect them against an attacker. Do not use it
+/// for secrets.
 ///
-/// A copy goes on from where the original stands, independently of it. One thread uses an object at
-/// a time. Throws std::bad_alloc when the key is copied, nothing else; a cipher that was to be
-/// assigned to then goes on as before.
+/// A copy continues at the position of the original and is then independent of it. One thread uses
+/// an object at a time. Only the copying of the key throws, and only std::bad_alloc; if that
+/// happens in an assignment, the cipher on its left side goes on as before.
 class KXUTILS_API kxCrypt {
 public:
     /// Keeps a copy of `key` (for reset()). Bytes beyond the 256th have no effect. An empty key is
-    /// the caller's mistake; it codes as a key of one zero byte does. Not explicit, deliberately: a
+    /// a mistake of the caller and codes like a key of one zero byte. Deliberately not explicit: a
     /// key stands for its cipher.
     kxCrypt(const std::vector<unsigned char>& key);
-    /// The copy goes on from where the original stands.
+    /// The copy continues at the position of the original.
     /// @{
     kxCrypt(const kxCrypt&) = default;
     kxCrypt& operator=(const kxCrypt& other) {
@@ -40,12 +41,12 @@ public:
         return *this;
     }
     /// @}
-    virtual ~kxCrypt();  ///< the key is not wiped from memory
+    virtual ~kxCrypt();  ///< Does not wipe the key from memory.
 
     /// Returns to the start of the key stream.
     void reset();
 
-    /// `c` combined with the next byte of the key stream.
+    /// Returns `c` combined with the next byte of the key stream.
     unsigned char code(unsigned char c);
 
 private:

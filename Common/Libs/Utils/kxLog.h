@@ -9,80 +9,92 @@
 
 #include "kxExport.h"
 
-/// Three levels (info, warning, error), printf-style, to many destinations at once.
+/// Messages of three levels (info, warning and error), formatted as by printf, that go to many
+/// destinations at once.
 ///
 /// Every message goes to the console in the level's colour. It also goes to the level's callback,
-/// to a string, to a stream buffer and to a log file where one is set. All state is static; logging
-/// works from the moment the library is loaded and never reports a failure: a destination for which
-/// memory runs out, or which the system refuses, misses the message. What a callback throws reaches
-/// the caller; else only the functions under "Lines and log file" and colorOutput() throw
-/// std::bad_alloc.
+/// to a string, to a stream buffer and to a log file, as far as these are set. All state is static.
+/// Logging works from the moment the library is loaded and never reports a failure: if memory runs
+/// out for a destination, or the system refuses the output, that destination misses the message. An
+/// exception that a callback throws reaches the caller. Apart from that, only the functions under
+/// "Lines and log file" and colorOutput() throw, and only std::bad_alloc.
 ///
 ///     kxLog::setLogFormat(1);              // text; before setLogFile
 ///     kxLog::setLogFile("/tmp/app.log");
 ///     kxLog::warning("%d faces dropped", n);
 ///
-/// Texts pass through unchanged to the console and to text and CSV lines: terminal escapes, ";" and
-/// newlines in a message stay what they are, and a spreadsheet takes a CSV field that starts with
-/// "=", "+", "-" or "@" for a formula. Do not log untrusted text where that matters.
+/// Texts reach the console, text lines and CSV lines unchanged, with any terminal escapes, ";" and
+/// newlines that they hold. A spreadsheet takes a CSV field that starts with "=", "+", "-" or "@"
+/// for a formula. Do not log untrusted text where that matters.
 ///
 /// ## Threads
 /// Any thread may log. One mutex is held from the first to the last output of a message (last
-/// error, callback, console, buffer, stream, file), so two messages never mix and all destinations
-/// see them in the same order. Each formatting entry point has a static text buffer with a mutex of
-/// its own, held from formatting to the end of the call and always taken before the output's mutex;
-/// threads that log through the same entry point take turns. The mutexes are not recursive: neither
-/// a callback nor the stream buffer that receives the lines may log through kxLog.
+/// error, callback, console, buffer, stream, file), so two messages never mix, and all destinations
+/// see them in one order. Each formatting entry point has a static text buffer with a mutex of its
+/// own. That mutex is held from formatting to the end of the call and always taken before the
+/// output's mutex, so threads that log through one entry point take turns. The mutexes are not
+/// recursive: neither a callback nor the stream buffer that receives the lines may log through
+/// kxLog.
 ///
-/// infoNR and its like, convertToHtml and colorOutput may be called by any thread as well.
-/// Everything else (setters, format, file, last error, the public members) takes no lock: main
-/// thread only, while no other thread logs. The first message of a new day opens a CSV file on the
-/// thread that logs, which reads the environment and the application's name then; neither may
-/// change meanwhile.
+/// Any thread may also call infoNR(), warningNR(), errorNR(), convertToHtml() and colorOutput().
+/// Everything else (setters, format, file, last error, the public members) takes no lock and is for
+/// the main thread only, while no other thread logs. The first message of a new day opens a new CSV
+/// file on the thread that logs. That thread then reads the environment and the application's name,
+/// and neither may change meanwhile.
 ///
 /// ## The end of the process
-/// Logging works until the process has ended, in threads that still run and in destructors of
-/// static objects too. Once the library's own static objects are destroyed, the public strings
-/// below are gone; the functions, which have copies, are not. What you hand to the log (callbacks,
-/// buffer, stream) must live as long as anybody logs, so take it away, or join your threads, before
-/// you destroy it. Where a message is on its way in another thread, the end of the process waits
-/// for it, a second at most. Before the library is unloaded (dlclose), all threads must have left
-/// it.
+/// Logging works until the process has ended, even in threads that still run and in destructors of
+/// static objects. Once the library's own static objects are destroyed, the public strings below
+/// may no longer be used; the functions may, since they have copies. The callbacks, the buffer and
+/// the stream that you hand to the log must live as long as any thread logs: take them away, or
+/// join your threads, before you destroy them. If another thread is in the middle of a message, the
+/// end of the process waits for it, for a second at most. Before the library is unloaded (dlclose),
+/// all threads must have left it.
 ///
 /// ## Child processes
-/// `fork` waits for the message on its way, a second at most, and the child's log works, whatever
-/// other threads were doing. A callback may fork. What standard output has not written yet is
-/// written by both processes, as always with fork: end a child with _exit(). Handlers of
-/// pthread_atfork that were registered before the library was loaded must not log.
+/// `fork` waits until no thread is in the middle of a message, for a second at most. The log works
+/// in the child, whatever other threads were doing. A callback may fork. As always with fork, both
+/// processes write the output that is still in the buffer of standard output, so end a child with
+/// _exit(). Handlers of pthread_atfork that were registered before the library was loaded must not
+/// log.
 ///
 /// ## Signals
-/// A signal handler must not log: it may have interrupted a message, whose mutex it would wait for.
-/// SIGXFSZ (a file has reached the limit of its size) and SIGPIPE (nobody reads standard output, or
-/// the pipe behind a stream buffer) are the application's: they end it unless it ignores or handles
-/// them. Only the log file, where it is a pipe, raises no SIGPIPE.
+/// A signal handler must not log: it may have interrupted a message and would wait for that
+/// message's mutex. SIGXFSZ (a file has reached the limit of its size) and SIGPIPE (nobody reads
+/// standard output, or the pipe that a stream buffer writes to) are the business of the
+/// application: they end it unless it ignores or handles them. A log file that is a pipe is the
+/// exception: it raises no SIGPIPE.
 class KXUTILS_API kxLog {
 public:
     // --- Messages --------------------------------------------------------------------------------
 
-    /// Logs a text. A null format is ignored. A text is cut at 2047 characters. No newline is
-    /// needed at its end.
+    /// Logs a text, which is cut at 2047 characters and needs no newline at its end. A null format
+    /// is ignored.
     static void info(const char* format, ...) KXUTILS_PRINTF(1, 2);
-    static void warning(const char* format, ...) KXUTILS_PRINTF(1, 2);  ///< the same, in yellow
-    static void error(const char* format, ...) KXUTILS_PRINTF(1, 2);    ///< the same, in red
+    /// As info(), in yellow.
+    static void warning(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    static void error(const char* format, ...) KXUTILS_PRINTF(1, 2);  ///< As info(), in red.
 
-    /// With a number, which text and CSV lines show added to the level's base number (100, 200,
-    /// 300). It stays in force for all later messages of every level until the next numbered one.
+    /// Logs a text with a number. Text and CSV lines show the sum of this number and the level's
+    /// base number (100, 200 or 300). The number stays in force for all later messages, of every
+    /// level, until the next numbered one. With a null format the call does nothing, and the
+    /// earlier number stays.
     static void info(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
-    static void warning(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);  ///< the same
-    static void error(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);    ///< the same
+    /// As info(), in yellow.
+    static void warning(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
+    /// As info(), in red.
+    static void error(int nr, const char* format, ...) KXUTILS_PRINTF(2, 3);
 
-    /// The switched-off variants: they take the same arguments and, deliberately, do nothing.
+    /// The switched-off variant of info(): it takes the arguments of info() and, deliberately, does
+    /// nothing.
     static void infoNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
-    static void warningNR(const char* format, ...) KXUTILS_PRINTF(1, 2);  ///< the same
-    static void errorNR(const char* format, ...) KXUTILS_PRINTF(1, 2);    ///< the same
+    /// As infoNR(), for warning().
+    static void warningNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
+    /// As infoNR(), for error().
+    static void errorNR(const char* format, ...) KXUTILS_PRINTF(1, 2);
 
-    /// For script bindings: the text as it is ("%" stays "%"), of any length; not null. With a
-    /// number as above.
+    /// Logs a text as it is ("%" stays "%"), for script bindings. The text may have any length and
+    /// must not be null. A number has the meaning described above.
     /// @{
     static void infoIPython(const char* text);
     static void warningIPython(const char* text);
@@ -92,9 +104,9 @@ public:
     static void errorIPython(int nr, const char* text);
     /// @}
 
-    /// The output itself, for a text of any length; not null. `flags` is a sum of 2 (call the
-    /// level's callback) and 4 (write buffer, stream and file); the console is written in any case.
-    /// `alternate` chooses the level's second colour.
+    /// The output itself. The text may have any length and must not be null. `flags` is a sum of 2
+    /// (call the level's callback) and 4 (write to buffer, stream and file); the text goes to the
+    /// console in any case. `alternate` chooses the level's second colour.
     /// @{
     static void infoI(const char* text, int flags, bool alternate);
     static void warningI(const char* text, int flags, bool alternate);
@@ -102,115 +114,120 @@ public:
     /// @}
 
     /// Writes `text` (not null) and a newline to the console, without flushing. `type` is 0
-    /// (plain), 1 (yellow), 4 (blue), 5 (cyan) on standard output, 2 (red), 6 (magenta) on standard
-    /// error. Any other type: a complaint on standard error in place of the text. Takes no lock of
-    /// the log.
+    /// (plain), 1 (yellow), 4 (blue) or 5 (cyan) for standard output, and 2 (red) or 6 (magenta)
+    /// for standard error. For any other type a complaint goes to standard error in place of the
+    /// text. Takes no lock of the log.
     static void colorOutput(int type, const char* text);
 
     // --- Last error ------------------------------------------------------------------------------
 
-    /// The text of the last error message, "" if there was none; valid until the next error
-    /// message or clearLastError().
+    /// The text of the last error message; "" if there was none. Valid until the next error message
+    /// or clearLastError().
     static const char* getLastError();
-    static void clearLastError();  ///< makes it ""
+    static void clearLastError();  ///< Makes the text of the last error "".
 
     // --- Callbacks, buffer and stream ------------------------------------------------------------
 
-    /// Receives the bare text of each message of the level (no stamp, colour or newline), valid for
-    /// the call only, on the thread that logs and with the log's mutex held: it must not log. Null
-    /// removes the callback.
+    /// Sets the callback of the level info. It receives the bare text of each message, without
+    /// stamp, colour or newline; the text is valid during the call only. It runs on the thread that
+    /// logs, with the log's mutex held, and so must not log. Null removes the callback.
     static void setInfoCB(void (*callback)(const char*));
-    static void setWarningCB(void (*callback)(const char*));  ///< the same
-    static void setErrorCB(void (*callback)(const char*));    ///< the same
+    /// As setInfoCB(), for warnings.
+    static void setWarningCB(void (*callback)(const char*));
+    static void setErrorCB(void (*callback)(const char*));  ///< As setInfoCB(), for errors.
 
-    /// Appends every line to `buffer`, which stays the caller's and must outlive its use here.
+    /// Appends every line to `buffer`. The buffer belongs to the caller and must live until
+    /// disableOutputBuffer().
     static void enableOutputBuffer(std::string& buffer);
-    static void disableOutputBuffer();  ///< lines no longer go to the buffer
+    static void disableOutputBuffer();  ///< Lines no longer go to the buffer.
 
-    /// Writes every line to a stream buffer, which stays the caller's and must outlive its use
-    /// here; warnings in yellow, errors in red. Pass a `std::streambuf*`: a pointer to a class
-    /// derived from it must be converted to `std::streambuf*` first, since it loses its type on the
+    /// Writes every line to a stream buffer, warnings in yellow and errors in red. The stream
+    /// buffer belongs to the caller and must live until disableOutputStream(). Pass a
+    /// `std::streambuf*`: convert a pointer to a derived class first, since its type is lost on the
     /// way.
     static void enableOutputStream(void* streambuf);
-    static void disableOutputStream();  ///< lines no longer go to the stream
+    static void disableOutputStream();  ///< Lines no longer go to the stream.
 
     // --- Lines and log file ----------------------------------------------------------------------
-    // Formats of buffer, stream and file lines:
+    // The formats of the lines for buffer, stream and file:
     //
     //   1 text  2017-03-01 14:05:09 WARN 200 the text
     //   2 HTML  <span style="color:#b4b400;">the text, escaped</span><br>
     //   3 CSV   01.03.2017;14:05:09;WARN;200;the text
     //
-    // Any other format makes the lines empty. Stamps are local time. The time zone (the variable
-    // TZ, or the system's) is read once, at its first use in the process: a later change counts
-    // after tzset(). CSV has no quoting: a ";" in a message makes one field more. With stamps
-    // cleared in format 3, the day of the first line cannot be read and the file is moved aside at
-    // EVERY message.
+    // Any other format makes the lines empty. Stamps show local time. The time zone (the variable
+    // TZ, or else the system's zone) is read once, at its first use in the process; a later change
+    // takes effect after tzset(). CSV has no quoting: a ";" in a message makes one more field. If
+    // stamps are cleared in format 3, the day of the first line cannot be read, and the file is
+    // moved aside at EVERY message.
 
-    /// Chooses the format; 1 and 3 also turn stamps on. Call it before setLogFile, so that the
-    /// file's head matches.
+    /// Chooses the format; 1 and 3 also turn stamps on. Call this before setLogFile(), so that the
+    /// file's head matches the format.
     static void setLogFormat(int format);
 
-    /// Opens the log file. Null changes nothing.
+    /// Opens the log file. For null the function does nothing.
     ///
-    /// If the environment variable named after the application (in capitals, and "_LOG_DIR"; for
-    /// "talo" TALO_LOG_DIR) holds a directory, the file goes there under its own name, and the
-    /// directory is created. A variable that is set but empty counts as not set.
+    /// The environment variable named after the application, in capitals and followed by "_LOG_DIR"
+    /// (TALO_LOG_DIR for "talo"), may hold a directory. The file then goes into that directory
+    /// under its own name, and the directory is created if it is missing. A variable that is set
+    /// but empty counts as not set.
     ///
     /// An existing file whose first message is not of today is moved aside, to its path followed
-    /// directly by that message's stamp ("app.log20170301-140509"). Deliberate: HTML, and text
-    /// without stamps, cannot be dated, so such a file always moves to path + "00000-000000",
-    /// replacing an earlier one of that name. Only a regular file is moved; where the path is a
-    /// link to one, the link itself is moved, and the new file takes its place.
+    /// directly by the stamp of that message ("app.log20170301-140509"). Deliberate: HTML, and text
+    /// without stamps, cannot be dated, so such a file is always moved, to path + "00000-000000",
+    /// and replaces an earlier file of that name. Only a regular file is moved. If the path is a
+    /// link to a regular file, the link itself is moved, and the new file takes its place.
     ///
-    /// Do not choose a file that is no log. It is moved aside as undated, and in CSV format the
-    /// first message moves a second file, the new one with its header only, to the same name: the
-    /// content of the file that was there is then gone.
+    /// Do not choose an existing file that is no log. It is moved aside as an undated file. In CSV
+    /// format the first message then moves the new file, which holds only its header, to that name
+    /// as well, and the content of your file is lost.
     ///
-    /// A name that does not start with "/" is looked up in the working directory anew for each
-    /// line, so that the log goes elsewhere after a change of directory.
+    /// A name that does not start with "/" is looked up anew for each line, in the working
+    /// directory of that moment, so after a change of directory the log goes to another file.
     ///
-    /// If the file cannot be opened, file logging is off and an error says so (called by a
-    /// callback: only on the console and as the last error). A pipe that nobody reads cannot be
-    /// opened.
+    /// If the file cannot be opened, file logging is off, and an error is logged that says so. If a
+    /// callback makes the call, that error goes to the console only, and becomes the last error. A
+    /// pipe that nobody reads cannot be opened.
     static void setLogFile(const char* name);
 
-    /// The path of the log file, valid until it changes; null if there is none.
+    /// The path of the log file, valid until another file is chosen; null if there is none.
     static const char* getLogFile();
 
-    /// Creates the file `name` (null: the log file) with the CSV header line, unless it exists. A
-    /// failure is reported on standard error.
+    /// Creates the file `name` with the CSV header line, unless the file exists; null stands for
+    /// the log file. A failure is reported on standard error.
     static void writeCSVHeader(const char* name);
 
-    /// `text` with the characters " & < > as character references (&#34; and so on), less one
-    /// newline at its end.
+    /// A copy of `text` in which the characters " & < > have become character references (&#34; and
+    /// so on). If the text ends with newlines, one of them is removed.
     static std::string convertToHtml(const std::string& text);
 
-    /// Appends a line to the log file in one write, so that lines of several processes stay whole
-    /// (the system may cut that of a process killed within it); nothing if there is no file. A line
-    /// that cannot be written, or not completely, is lost silently and as a whole; later ones are
-    /// written once the disk has space again. Where the file is a pipe, a line is lost while nobody
-    /// reads and waits for a reader that is slow, and one longer than PIPE_BUF may be parted.
+    /// Appends a line to the log file in one write, so that the lines of several processes stay
+    /// whole; the system may cut the line of a process that is killed during the write. Without a
+    /// log file the function does nothing. A line that cannot be written completely is lost
+    /// silently and as a whole; later lines are written once the disk has space again. If the file
+    /// is a pipe, a line is lost while nobody reads, waits for a slow reader, and may be split if
+    /// it is longer than PIPE_BUF.
     ///
-    /// In CSV format a file whose first message is not of today is moved aside first and a new one
-    /// started; deliberate: a file that holds its header only counts as undated and moves to path +
-    /// "00000-000000" at its first message. If the new file cannot be opened, file logging is off,
-    /// the line is lost, and the error that says so follows the message. A CSV file that was
-    /// deleted comes back without its header. Processes that share a CSV file may find the new day
-    /// at the same moment; the second then moves the file that the first has just started, over the
-    /// one moved before. Give each its own file where every line counts.
+    /// In CSV format a file whose first message is not of today is first moved aside, and a new one
+    /// is started. Deliberate: a file that holds only its header counts as undated and is moved to
+    /// path + "00000-000000" at its first message. If the new file cannot be opened, file logging
+    /// is off, the line is lost, and an error that says so follows the message. A CSV file that was
+    /// deleted comes back without its header. Two processes that share a CSV file may notice the
+    /// new day at one moment; the second then moves the file that the first has just started, over
+    /// the file moved before. Give each process its own file where every line counts.
     ///
-    /// The output does this for every message; called directly it is not guarded against other
-    /// threads' messages.
+    /// The log itself calls this for every message. A direct call is not guarded against the
+    /// messages of other threads.
     static void addToLogFile(const std::string& line);
 
-    /// With stamps on, replaces `line` by the start of a text line: time, type and number + _nr.
+    /// With stamps on, replaces `line` by the start of a text line: time, `type` and `number` +
+    /// _nr. With stamps off, `line` stays as it is.
     static void addExtraInfo(std::string& line, const std::string& type, int number);
-    /// The same for a CSV line.
+    /// As addExtraInfo(), for a CSV line.
     static void addExtraInfoCSV(std::string& line, const std::string& type, int number);
 
     // --- State -----------------------------------------------------------------------------------
-    // Public for hosts that set it directly during set-up.
+    // It is public for hosts that set it directly during set-up.
 
     static int _log_format;       ///< 1 text, 2 HTML (the start value), 3 CSV
     static bool _add_time_stamp;  ///< whether text and CSV lines start with stamp, type and number

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Where the application is installed, who it is, and how its screen is measured.
+// Where the application is installed, what it is called, and how large things are on its screen.
 #pragma once
 
 #include <cstdint>
@@ -9,36 +9,40 @@
 
 #include "kxExport.h"
 
-/// Static functions only; the host initialises the class once at start-up with init().
+/// Static functions only. The host initialises the class once, at start-up, with init().
 ///
-/// Pointers returned point into the class's own strings and stay valid until that value is rebuilt
-/// or reassigned. A null pointer is allowed only where it is said so.
+/// A returned pointer points into one of the class's own strings and is valid until that value is
+/// rebuilt or reassigned. An argument may be null only where its function says so.
 ///
-/// Threads: no locks. What initialises or sets is for the main thread, before others start. After
-/// that any thread may call the getters, except getBinDir, getLibDir, getPluginsDir and
-/// getQtPluginsDir, which rebuild their string at every call: one thread at a time.
+/// The layout of an installation; `<base>` is getBaseDir():
 ///
-/// Nothing but std::bad_alloc is thrown; each value is then the old or the new one, and init is to
-/// be called again.
+///     <base>/bin/MAC                 executables and this library   getExeDir(), getBinDir()
+///     <base>/bin/MAC/Qt/plugins      the window system's plug-ins   getQtPluginsDir()
+///     <base>/lib/MAC                 libraries                      getLibDir()
+///     <base>/lib/plugins/MAC         plug-ins                       getPluginsDir()
+///     <base>/data, <base>/examples   unless shared ones exist       getDataDir(), getExamplesDir()
+///
+/// Threads: there are no locks. Functions that initialise or set something are for the main thread,
+/// before other threads start. After that any thread may call the getters. The exceptions are
+/// getBinDir(), getLibDir(), getPluginsDir() and getQtPluginsDir(), which rebuild their string at
+/// every call: they are for one thread at a time.
+///
+/// Nothing is thrown but std::bad_alloc. Each value is then the old or the new one; call init()
+/// again.
 class KXUTILS_API kxPlatform {
 public:
     // --- Start-up and installation layout --------------------------------------------------------
-    //
-    //     <base>/bin/MAC/<application>    executables and this library (getExeDir, getBinDir)
-    //     <base>/lib/MAC                  getLibDir
-    //     <base>/lib/plugins/MAC          getPluginsDir
-    //     <base>/data, <base>/examples    getDataDir, getExamplesDir, unless shared ones exist
 
-    /// Initialises everything from the path by which the application was started (its first
-    /// command-line word; a relative one counts from the working directory).
+    /// Initialises everything from the path by which the application was started, its first
+    /// command-line word. A relative path counts from the working directory.
     ///
     /// Sets all locale categories to "C". The application's name is the file name up to its first
-    /// dot; the executable's directory is the canonical directory part; the base directory is two
-    /// levels above. If `<base>/bin/MAC/<name>` does not exist, the base directory is taken from
-    /// the executable that the system says is running, silently. The working directory itself stays
-    /// as it is, and nobody sees it change meanwhile.
+    /// dot. The executable's directory is the canonical form of the path's directory part, and the
+    /// base directory is two levels above that. If `<base>/bin/MAC/<name>` does not exist, the base
+    /// directory is silently derived from the executable that the system reports as running. The
+    /// working directory stays as it is, and no other thread sees it change.
     ///
-    /// The directories are what the working directory would be after entering them:
+    /// Each directory is the one that the working directory would be after entering it:
     ///
     ///     cannot be entered (missing, may not be searched)   the working directory
     ///     the path has no directory part ("/talo")           the working directory
@@ -46,51 +50,52 @@ public:
     ///     deleted, or out of reach from the root directory   "", as before init
     ///
     /// \warning A name without a slash, as shells pass it for a program that they found on PATH,
-    /// counts from the working directory, wherever the program really is: started as `talo`, it
-    /// takes the working directory for its own, and the directory two levels above for its
-    /// installation if that holds a `bin/MAC/talo`. Whoever can write there then decides which data
-    /// and plug-ins are loaded. Pass an absolute path where the working directory is not trusted.
+    /// counts from the working directory, wherever the program really is. A program started as
+    /// `talo` takes the working directory for its own, and the directory two levels above it for
+    /// its installation if that holds a `bin/MAC/talo`. Anybody who can write there then decides
+    /// which data and plug-ins are loaded. Pass an absolute path if the working directory is not
+    /// trusted.
     ///
-    /// The preferences directory is below the home directory as "$HOME" names it, and is created if
-    /// it is missing; a failure to create it is not reported. Where HOME is *empty*, it is
-    /// `<base>/preferences`, with a message on standard error. Where HOME is *not set*, "$HOME"
-    /// stays unexpanded (the log says so) and the preferences path starts with that literal text,
-    /// below the working directory: make sure that HOME is set.
+    /// The preferences directory is below the home directory that "$HOME" names. It is created if
+    /// it is missing; a failure to create it is not reported. If HOME is *empty*, it is
+    /// `<base>/preferences`, and a message goes to standard error. If HOME is *not set*, "$HOME"
+    /// stays unexpanded, an error is logged, and the preferences path starts with that literal
+    /// text, below the working directory. So make sure that HOME is set.
     static void init(const char* path);
 
-    /// Initialises name and base directory only, as passed, for hosts that know their root. Sets
-    /// all locale categories to "C". Where `<root>/bin/MAC` does not exist, the name becomes "talo"
-    /// and the base directory the working directory + "/../..", with a message on standard error;
-    /// an application named "hesper" is let pass.
+    /// Initialises only the name and the base directory, as they are passed in, for hosts that know
+    /// their root. Sets all locale categories to "C". If `<root>/bin/MAC` does not exist, the name
+    /// becomes "talo", the base directory becomes the working directory + "/../..", and a message
+    /// goes to standard error. This check is not made for an application named "hesper".
     static void init(const char* root, const char* appName);
 
-    /// Sets every locale category of the process to "C"; returns what setlocale(3) returns.
+    /// Sets every locale category of the process to "C" and returns the result of setlocale(3).
     static const char* initLocale();
 
-    /// The platform's word in directory names: "MAC".
+    /// The name of the platform in directory names: "MAC".
     static const char* getPlatform();
 
-    /// The executable's directory and the base directory; empty before init, and where init found
-    /// no path, which each call then logs as an error.
+    /// The executable's directory and the base directory. They are empty before init() and if
+    /// init() found no path; each call then logs an error.
     /// @{
     static const char* getExeDir();
     static const char* getBaseDir();
     /// @}
 
-    /// The directory `name` among the data that all users share, if that exists, otherwise in the
-    /// base directory. "" for null.
+    /// The directory `name` among the data that all users share, if it exists there, and otherwise
+    /// the one in the base directory. "" for null.
     static std::string getCommonDir(const char* name);
 
-    /// getCommonDir("data") and getCommonDir("examples"), computed ONCE in the life of the process:
-    /// asked before init, they keep the answer for an empty base directory.
+    /// getCommonDir("data") and getCommonDir("examples"), computed ONCE in the life of the process.
+    /// If they are called before init(), they keep the answer for an empty base directory.
     /// @{
     static const char* getDataDir();
     static const char* getExamplesDir();
     /// @}
 
-    /// See the layout above; whether the directory exists is not asked. One exception: for an
-    /// application named "hesper", getBinDir is `<base>/bin` where `<base>/bin/MAC` does not exist.
-    /// getQtPluginsDir is `/Qt/plugins` in what getBinDir answers.
+    /// See the layout above. These do not ask whether the directory exists, with one exception: for
+    /// an application named "hesper", getBinDir() is `<base>/bin` if `<base>/bin/MAC` does not
+    /// exist. getQtPluginsDir() is the result of getBinDir() + "/Qt/plugins".
     /// @{
     static const char* getBinDir();
     static const char* getLibDir();
@@ -98,11 +103,11 @@ public:
     static const char* getQtPluginsDir();
     /// @}
 
-    /// The user's directory for this application; ends with a slash unless HOME was empty. ""
+    /// The user's directory for this application. It ends with a slash unless HOME was empty. ""
     /// before init(path).
     static const char* getPreferencesDir();
 
-    /// Start and end of a shared library's file name: "lib" and ".dylib".
+    /// The start and the end of a shared library's file name: "lib" and ".dylib".
     /// @{
     static const char* getSOPrefix();
     static const char* getSOSuffix();
@@ -114,26 +119,28 @@ public:
     static std::uint64_t getNumCPUs();
 
     // --- Identity --------------------------------------------------------------------------------
-    // Set in this order: init, edition flags and analysis mode, full name and year. A null pointer
-    // is ignored.
+    // Call these in this order: init(), edition flags and analysis mode, full name and year. A null
+    // pointer is ignored.
 
     static void setAppName(const char* name);      ///< does not rebuild the version name
     static const char* getAppName();               ///< as set or found by init
     static void setFullAppName(const char* name);  ///< rebuilds the version name
     static void setDisplayVersionYearString(const char* year);  ///< rebuilds the version name
 
-    /// Rebuilds the version name: the full name (or else the application's name; in analysis mode
-    /// "TALOAnalysis"), and, if a year is set, a blank, the year and a blank. The trailing blank is
-    /// deliberate.
+    /// Rebuilds the version name. It is the full name, or the application's name if there is no
+    /// full name, or "TALOAnalysis" in analysis mode. If a year is set, a blank, the year and a
+    /// blank follow. The trailing blank is deliberate.
     static void updateAppVersionName();
 
-    /// The version name, or the application's name if it was never built. Deliberate: for an
-    /// application *named* "TALOAnalysis" it is "TALO NURBS Analysis"; the mode plays no part here.
+    /// The version name, or the application's name if the version name was never built. Deliberate:
+    /// for an application *named* "TALOAnalysis" the result is "TALO NURBS Analysis", whatever the
+    /// analysis mode is.
     static const char* getAppVersionName();
 
     static const char* getCompName();  ///< the maker's name: "Pelloran"
 
-    /// Edition flags, independent of each other; the library does not read them.
+    /// Edition flags, false unless set. They are independent of each other, and the library does
+    /// not read them.
     /// @{
     static void setTaloCompact(bool on);
     static bool isTaloCompact();
@@ -148,25 +155,26 @@ public:
 
     // --- Display metrics -------------------------------------------------------------------------
 
-    /// Chooses the greatest of the steps 96, 120, 144, 192 and 240 dpi that is not above `dpiX` (96
-    /// below 96, and, deliberately, from 10240 on) for both axes, scales the icon sizes to it and
-    /// prints the step on standard output. `dpiY` is ignored, deliberately.
+    /// Chooses, for both axes, the greatest of the steps 96, 120, 144, 192 and 240 dpi that is not
+    /// above `dpiX`. Below 96 dpi and, deliberately, from 10240 dpi on the step is 96. Scales the
+    /// icon sizes to the step (at 96 dpi they are 16, 22 and 28 pixels; fractions are cut off) and
+    /// prints the step on standard output. Deliberately, `dpiY` is ignored.
     ///
-    /// Of `dpiX` only the lower 32 bits count, as a signed number: 2^32 + 144 is 144 dpi, and 2^31
-    /// to 2^32 - 1 are below 0 and so 96 dpi.
+    /// Only the lower 32 bits of `dpiX` count, as a signed number: 2^32 + 144 means 144 dpi, and
+    /// the values from 2^31 to 2^32 - 1 are negative and so give 96 dpi.
     static void setDpi(std::uint64_t dpiX, std::uint64_t dpiY = 0);
-    /// The step that setDpi has chosen, 96 before.
+    /// The step that setDpi() has chosen, in dpi; 96 before its first call.
     /// @{
     static std::uint64_t getDpiX();
     static std::uint64_t getDpiY();
     /// @}
-    /// That step / 96.
+    /// The step that setDpi() has chosen, divided by 96.
     /// @{
     static double getDpiScaleX();
     static double getDpiScaleY();
     /// @}
 
-    /// Icon sizes in pixels, stored as passed until the next setDpi.
+    /// Icon sizes in pixels. The setters store them as they are passed in, until the next setDpi().
     /// @{
     static void setSmallIconSize(std::uint64_t x, std::uint64_t y);
     static void setMediumIconSize(std::uint64_t x, std::uint64_t y);
@@ -178,7 +186,7 @@ public:
     static std::uint64_t getLargeIconSizeX();
     static std::uint64_t getLargeIconSizeY();
     /// @}
-    /// Small icon size + 4.
+    /// The small icon size + 4, in pixels.
     /// @{
     static std::uint64_t getTreeViewIconSizeX();
     static std::uint64_t getTreeViewIconSizeY();

@@ -10,48 +10,52 @@
 
 #include "kxExport.h"
 
-/// Static functions without state: any thread may call any of them. They compare bytes, know the
-/// letters and digits of ASCII only, and give the same answers under every locale, that of the
-/// process and that of C++ alike. Nothing logs; nothing throws but std::bad_alloc and
+/// Static functions without state: any thread may call any of them. They compare bytes and know
+/// only the letters and digits of ASCII. No locale changes their answers, neither that of the
+/// process nor that of C++. Nothing is logged. Nothing is thrown but std::bad_alloc and
 /// std::length_error, for results that memory cannot hold; replace() then leaves its text as it
 /// was.
+///
+/// An option text is a comma-separated list such as "0.5,smooth=true". The first field is the
+/// option's value; switches follow, as name=true. There are no escapes, blanks are not trimmed, and
+/// case is not folded.
 class KXUTILS_API kxString {
 public:
     // --- Numbers and lists of numbers ------------------------------------------------------------
 
-    /// Inserts `separator` into every run of decimal digits, counting groups of `group` digits from
-    /// the right.
+    /// Inserts `separator` into every run of decimal digits, between groups of `group` digits that
+    /// are counted from the right.
     ///
     ///     "1234567",    ",",  3  ->  "1,234,567"
     ///     "12345.6789", ",",  3  ->  "12,345.6,789"  (deliberate: each run for itself)
     ///     "1234567",    "--", 3  ->  "1--234--567"
     ///
-    /// A group size of 0 is not allowed; the text then comes back unchanged, as it does with an
-    /// empty separator.
+    /// A `group` of 0 is not allowed; the text then comes back unchanged. So it does for an empty
+    /// separator.
     ///
-    /// Deliberate: after a run into which n separators went, scanning resumes n characters behind
-    /// the place where the run ended before. With a separator of several characters that lies
-    /// inside the grouped run, and if the separator holds digits itself, what follows is grouped
-    /// again:
+    /// Deliberate: after a run into which n separators were inserted, scanning goes on n characters
+    /// after the place where the run ended before. If the separator has several characters, this
+    /// place is inside the grouped run; if the separator also holds digits, the rest of the run is
+    /// then grouped again:
     ///
     ///     "12345", "00", 2  ->  "100230045"  (resumed before "45": nothing left to group)
     ///     "123",   "00", 1  ->  "100200003"  (resumed before "03", which became "0003")
     ///
-    /// Such separators let the result grow with the square of a run's length, or for ever: a run
-    /// for which the rule has no end is grouped once, and scanning goes on behind it ("12", "000",
-    /// 1 -> "10002").
+    /// With such separators the result can grow with the square of a run's length, or without end.
+    /// A run for which the rule has no end is grouped once, and scanning goes on after it ("12",
+    /// "000", 1 -> "10002").
     ///
-    /// Takes time in proportion to the result, unless the separator has several characters and
-    /// holds a digit.
+    /// Time is in proportion to the result, unless the separator has several characters and holds a
+    /// digit.
     static std::string beautifyDigits(const std::string& text, const std::string& separator,
                                       std::uint32_t group);
-    /// The same for the decimal digits of `value`: 1234567, ".", 3 -> "1.234.567".
+    /// As above, for the decimal digits of `value`: 1234567, ".", 3 -> "1.234.567".
     static std::string beautifyDigits(std::uint32_t value, const std::string& separator,
                                       std::uint32_t group);
 
     /// The number at the start of `text`, as a standard stream reads it in the classic locale:
     /// white space is skipped, a sign is accepted, and reading stops at the first character that
-    /// cannot continue a decimal number; what follows is ignored.
+    /// cannot continue a decimal number. The rest of the text is ignored.
     ///
     ///     "7abc", "+7", "\t7."          ->  7
     ///     "", " ", "abc", ".", "+-1"    ->  0     (no number)
@@ -61,12 +65,12 @@ public:
     ///     "1e-99", "-1e-99"             ->  0, -0
     static float toFloat(const std::string& text);
 
-    /// At most six significant digits, no trailing zeros; exponent notation if the decimal exponent
-    /// is below -4 or at least 6 (the format "%g" of the classic locale): "1.5", "1.23457e+06",
-    /// "1e-07", "-0", "inf", "-nan".
+    /// The number as text: at most six significant digits and no trailing zeros, in exponent
+    /// notation if the decimal exponent is below -4 or at least 6 (the format "%g" of the classic
+    /// locale): "1.5", "1.23457e+06", "1e-07", "-0", "inf", "-nan".
     static std::string setNum(float value);
 
-    /// setNum() of each value followed by one blank, also after the last: {1, 2.5} -> "1 2.5 ".
+    /// setNum() of each value, each followed by one blank, even the last: {1, 2.5} -> "1 2.5 ".
     static std::string createStringFromValues(const std::vector<float>& values);
 
     /// Reads values that were written in exponent notation with a two-digit exponent.
@@ -77,38 +81,37 @@ public:
     ///     "1.000000e+00 2.500000e+00 "         ->  {1, 2.5}
     ///     "1.5e+00 7"                          ->  {1.5}
     ///
-    /// In the last two each value ends with the fourth character after its 'e' (sign, two digits,
-    /// separator) or with the text, and a rest without 'e' is dropped. Deliberate: what
-    /// createStringFromValues() wrote comes back as a list only if each value was written with a
-    /// two-digit exponent. Never empty.
+    /// In the last two rows each value ends with the fourth character after its 'e' (sign, two
+    /// digits, separator) or with the text, and a rest without 'e' is dropped. Deliberate: a list
+    /// that createStringFromValues() wrote is read as a list only if each value was written with a
+    /// two-digit exponent. The result is never empty.
     static std::vector<float> getValuesFromString(const std::string& text);
 
     // --- Option texts ----------------------------------------------------------------------------
-    // A comma-separated list such as "0.5,smooth=true": the first field is the option's value,
-    // switches follow as name=true. No escapes, no trimming of blanks, no case folding.
 
-    /// The first field as a number, read by the rules of toFloat() in double precision: 0 if it
+    /// The first field as a number, read by the rules of toFloat() in double precision; 0 if it
     /// does not start with a number.
     static double getDoubleOption(const std::string& option);
 
     /// The characters before the first ',' (all if there is none).
     static std::string getStringOption(const std::string& option);
 
-    /// True if `option` contains `name` immediately followed by "=true". Deliberate: anywhere, so
-    /// "smooth" is found in "nosmooth=true", and an empty name finds any "=true".
+    /// True if `option` contains `name` immediately followed by "=true". Deliberate: it may stand
+    /// anywhere, so "smooth" is found in "nosmooth=true", and an empty name finds any "=true".
     static bool getBoolOption(const std::string& option, const std::string& name);
 
     // --- Text ------------------------------------------------------------------------------------
 
-    /// Replaces every occurrence of `search` in `text`, from left to right; what was put in is not
+    /// Replaces every occurrence of `search` in `text`, from left to right. The replacement is not
     /// searched again ("aba", "a", "aa" -> "aabaa"). An empty `search` leaves the text unchanged.
-    /// `search` and `replacement` may be `text` itself. Time in proportion to the lengths of the
+    /// `search` and `replacement` may be `text` itself. Time is in proportion to the lengths of the
     /// text, the search text and the result, whatever they hold.
     static void replace(std::string& text, const std::string& search,
                         const std::string& replacement);
 
-    /// A copy with the first character and every character right after a blank in upper case; only
-    /// a to z change. Deliberate: other white space starts no word, and nothing becomes lower case.
+    /// A copy in which the first character and every character right after a blank are in upper
+    /// case; only a to z change. Deliberate: other white space does not start a word, and nothing
+    /// becomes lower case.
     static std::string capitalize(const std::string& text);
 
     /// std::hash<std::string> of the text as an unsigned decimal number. The value belongs to the
@@ -120,10 +123,10 @@ public:
     /// True for an empty suffix; false for one longer than the text.
     static bool endsWith(const std::string& text, const std::string& suffix);
 
-    /// The longest text, in bytes, that both begin with.
+    /// The longest text with which both begin, compared byte by byte.
     static std::string getCommonLeadingString(std::string first, std::string second);
 
-    /// The fields between delimiters as std::getline reads them: empty fields count, except one
-    /// behind the last delimiter ("a,,b," -> {"a", "", "b"}; "," -> {""}; "" -> {}).
+    /// The fields between the delimiters, as std::getline reads them: empty fields count, except
+    /// one after the last delimiter ("a,,b," -> {"a", "", "b"}; "," -> {""}; "" -> {}).
     static std::vector<std::string> split(const std::string& text, char delimiter);
 };

@@ -368,6 +368,13 @@ TEST(CheckWrite, FollowsALinkOfTheWorkingDirectory) {
     EXPECT_EQ(kxtest::list("."), std::vector<std::string>{"link"});
 }
 
+TEST(CheckWrite, FollowsALinkWithAnAbsoluteTarget) {
+    const kxtest::TempDir dir;
+    ASSERT_EQ(symlink(dir.file("new").c_str(), dir.file("link").c_str()), 0);
+    EXPECT_TRUE(kxFile::checkWrite(dir.file("link"), /*ask=*/true, /*log=*/true));
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>{"link"});
+}
+
 // --- Others at work ------------------------------------------------------------------------------
 
 namespace {

@@ -611,7 +611,6 @@ bool kxFile::checkChecksum(const std::string& path, std::uint32_t& checksum, std
             break;
         case State::badMetaDistance:
             throw std::invalid_argument("stoul");  // what the conversion of such a number throws
-            break;
         case State::correct:
             checksum = found.computed;
             std::fprintf(stdout, "Found correct file checksum %s.\n", found.stored.c_str());

@@ -33,12 +33,6 @@ inline std::uint64_t loadLittleEndian64(const void* p) {
 }
 
 /// Writes the word's bytes to `p`, the lowest first.
-inline void storeLittleEndian32(void* p, std::uint32_t word) {
-    if (hostIsBigEndian) word = __builtin_bswap32(word);
-    std::memcpy(p, &word, sizeof word);
-}
-
-/// \copydoc storeLittleEndian32
 inline void storeLittleEndian64(void* p, std::uint64_t word) {
     if (hostIsBigEndian) word = __builtin_bswap64(word);
     std::memcpy(p, &word, sizeof word);

@@ -18,7 +18,7 @@ bool makeIfMissing(const std::string& path) {
 }
 
 bool makePath(const std::string& path) {
-    // One or two slashes in front belong to the first component ("//server").
+    // One or two slashes at the front belong to the first component ("//server").
     std::size_t end = path.find_first_not_of('/');
     if (end == std::string::npos) return true;
     std::string prefix(std::min<std::size_t>(end, 2), '/');

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The programs of examples/, run as their first lines say.
+// Runs the programs in examples/ as their first lines say.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -77,7 +77,7 @@ TEST(Examples, AskBeforeOverwritingFailsWhereNothingCanBeWritten) {
     }
 }
 
-// A regular file that can be opened, and not read.
+// A regular file that can be opened but not read.
 TEST(Examples, FailWhereAFileCannotBeRead) {
     const std::string file = "/proc/self/mem";
     if (!kxtest::exists(file)) GTEST_SKIP() << "no " << file;

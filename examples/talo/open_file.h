@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Files that are opened in the ways that the C++ library does not offer: nothing but regular files
-// for reading, nothing but new ones for writing.
+// Files opened in ways that the C++ library does not offer: only regular files for reading, and
+// only new files for writing.
 #pragma once
 
 #include <sys/types.h>
@@ -27,8 +27,8 @@ public:
     explicit operator bool() const { return _descriptor >= 0; }
     int descriptor() const { return _descriptor; }
 
-    /// True if the file was open and the system has accepted all that was written; otherwise errno
-    /// says why.
+    /// True if the file was open and the system has accepted everything that was written; otherwise
+    /// errno says why not.
     bool close();
 
 private:
@@ -47,12 +47,12 @@ struct SourceFile {
     mode_t mode = 0;         ///< its permissions
 };
 
-/// Creates a file that was not there and opens it for writing. Whatever is there already, a
-/// symbolic link that leads nowhere included, makes it fail with EEXIST.
+/// Creates a file that did not exist and opens it for writing. If anything is there already, even a
+/// dangling symbolic link, it fails with EEXIST.
 OpenFile createNew(const std::string& path, mode_t mode);
 
-/// Writes all of `block[0, size)`; false, with errno set, if the system does not accept it.
+/// Writes all of `block[0, size)`. Returns false, with errno set, if the system does not accept it.
 bool writeAll(const OpenFile& file, const char* block, std::size_t size);
 
-/// Logs "text: description of errno" as an error; false, to be returned.
+/// Logs "text: description of errno" as an error and returns false, so that callers can return it.
 bool fail(const std::string& text);

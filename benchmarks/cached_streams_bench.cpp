@@ -155,7 +155,7 @@ void putAll(const std::string& path, std::size_t bufferSize, const std::string& 
     for (const char byte : bytes) out.put(byte);
 }
 
-// --- Their registration --------------------------------------------------------------------------
+// --- Registration --------------------------------------------------------------------------------
 
 const auto ignore = [](const char* data, std::size_t) { benchmark::DoNotOptimize(data); };
 

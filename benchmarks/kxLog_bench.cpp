@@ -31,7 +31,7 @@ namespace {
 std::string words(std::size_t size) { return std::string(size - 4, 'w'); }
 std::string textOf(std::size_t size) { return "42: " + words(size); }
 
-// --- What a message cannot do without ------------------------------------------------------------
+// --- What a message takes at least ---------------------------------------------------------------
 
 void append(const std::string& path, const std::string& line) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
@@ -113,7 +113,7 @@ spdlog::sink_ptr spdlogSink(const std::string& pattern, Arguments... arguments) 
 }
 #endif
 
-// --- Their registration --------------------------------------------------------------------------
+// --- Registration --------------------------------------------------------------------------------
 
 // What `run` writes to a standard stream.
 template <class Run>

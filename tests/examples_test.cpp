@@ -112,7 +112,7 @@ TEST(Examples, StreamCodec) {
     const kxtest::TempDir dir;
     EXPECT_EQ(outputOf({"stream_codec", dir.write("short", "123456789")}),
               "MTIzNDU2Nzg5\nCRC-32: CBF43926\n");
-    // Longer than a block: zero bytes, of which 3 become "AAAA".
+    // Longer than a block: zero bytes, and every 3 of them become "AAAA".
     const std::string output =
         outputOf({"stream_codec", dir.write("long", std::string(300000, '\0'))});
     EXPECT_EQ(output.substr(0, output.find('\n')), std::string(400000, 'A'));

@@ -295,7 +295,7 @@ TEST(OverwriteQuestion, ComesBeforeTheAccessTest) {
               question("plain") + warning(text) + "false, Permission denied");
 }
 
-// --- Links that lead nowhere ---------------------------------------------------------------------
+// --- Dangling links ------------------------------------------------------------------------------
 
 struct LinkCase {
     const char* name;
@@ -368,7 +368,7 @@ TEST(CheckWrite, FollowsALinkOfTheWorkingDirectory) {
     EXPECT_EQ(kxtest::list("."), std::vector<std::string>{"link"});
 }
 
-// --- Others at work ------------------------------------------------------------------------------
+// --- Other processes at work ---------------------------------------------------------------------
 
 namespace {
 
@@ -612,8 +612,8 @@ TEST_F(CheckWriteRace, ProbesGetAlongWithEachOther) {
     EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
 }
 
-// The rights that count are those of a write. If it may not even look, it does not help that the
-// user who started the process may.
+// What counts is the right to write. If the process may not even look, it does not help that the
+// user who started it may.
 TEST(CheckWrite, IsFalseWhereOnlyTheRealUserMayLook) {
     if (!kxtest::isRoot()) GTEST_SKIP() << "needs two users";
     const kxtest::TempDir dir;

@@ -393,7 +393,7 @@ TEST(GetFileID, CoversTheFirst8192BytesOnly) {
     }
 }
 
-// --- Pipes, and what is asked of the system ------------------------------------------------------
+// --- Pipes, and the system calls made ------------------------------------------------------------
 
 // A pipe cannot seek, so the bytes to be skipped are read and dropped.
 TEST(ChecksumOfPipe, SkipsByReading) {

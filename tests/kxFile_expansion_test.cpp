@@ -40,7 +40,7 @@ static std::string inRed(const Texts& errors) {
 }
 static std::string letters(std::size_t count) { return std::string(count, 'x'); }
 
-// --- What an expansion gives and reports ---------------------------------------------------------
+// --- Results and reports of an expansion ---------------------------------------------------------
 
 static Texts loggedErrors;
 

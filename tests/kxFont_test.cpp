@@ -160,7 +160,7 @@ TEST(DrawText, TextAfterAZeroByteIsDrawn) {
     EXPECT_EQ(picture(std::string("\0A", 2), 13), picture(" A", 13));
 }
 
-// 45 GB of address space, of which the text touches seven pages. An offset computed in 32 bits
+// 45 GB of address space; the text touches seven pages of it. An offset computed in 32 bits
 // would miss them.
 TEST(DrawText, WidestImage) {
     const std::size_t size = std::size_t{3} * 7 * INT_MAX;

@@ -115,7 +115,7 @@ TEST_F(LogEnd, WaitsASecondForACallbackThatHangs) {
     EXPECT_GE(Clock::now() - start, std::chrono::seconds(1));
 }
 
-// If the tests run with LeakSanitizer, it finds memory that stays behind.
+// If the tests run with LeakSanitizer, it finds leaked memory.
 TEST_F(LogEnd, UnloadingTheLibraryLeavesNothingBehind) {
     const Outcome outcome = probe("unload", {}, KX_LIBRARY);
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;

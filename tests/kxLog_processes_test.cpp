@@ -224,8 +224,8 @@ INSTANTIATE_TEST_SUITE_P(As, KilledLog, testing::Values(text, html, csv), nameOf
 struct Limit {
     const char* name;
     Format format;
-    int bytes;  ///< that the file may have during the first five lines
-    int kept;   ///< of these
+    int bytes;  ///< the greatest size of the file during the first five lines
+    int kept;   ///< how many of these lines are kept
 };
 void PrintTo(const Limit& limit, std::ostream* os) { *os << limit.name; }
 

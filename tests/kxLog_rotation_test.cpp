@@ -62,7 +62,7 @@ protected:
 struct OldFile {
     const char* name;
     int format;
-    std::string content, stamp;  ///< of the moved file; "": the file stays
+    std::string content, stamp;  ///< of the moved file; "" if the file stays
 };
 void PrintTo(const OldFile& c, std::ostream* os) { *os << c.name; }
 
@@ -308,7 +308,7 @@ TEST_F(Rotation, AddToLogFileLooksAtTheDayToo) {
     EXPECT_EQ(slurp(path), header + "line");
 }
 
-// --- A new day whose file cannot be opened -------------------------------------------------------
+// --- A new day, and a file that cannot be opened -------------------------------------------------
 
 struct Message {
     const char* name;

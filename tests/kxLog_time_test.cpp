@@ -35,7 +35,8 @@ struct Story {
     const char* zone;
     int format;
     std::vector<Step> steps;
-    std::map<std::string, std::string> files;  ///< in the end: what follows "app.log", and content
+    std::map<std::string, std::string>
+        files;  ///< in the end: the name after "app.log", and the content
 };
 void PrintTo(const Story& story, std::ostream* os) { *os << story.name; }
 

@@ -418,8 +418,8 @@ TEST(MessagePrintBT, PrintsNothing) {
 
 namespace {
 
-// Of the same name as a type of the plug-in's. The two names are equal, the type objects are not:
-// they are as different as the copies of a hidden type's information are on other platforms.
+// A type of the plug-in has this name, too. The names are equal but the type objects are not: they
+// differ like the copies of a hidden type's information on other platforms.
 struct LocalValue {
     int value;
 };

@@ -370,7 +370,7 @@ TEST_F(UtilsBrowser, IsTheDesktopsElsewhere) {
     EXPECT_EQ(opened("http://host/a?b=1"), "<xdg-open><http://host/a?b=1>");
 }
 
-// The children of such a process leave no status behind.
+// The children of such a process leave no status to wait for.
 TEST_F(UtilsBrowser, IsTheSameInAProcessThatIgnoresItsChildren) {
     auto* const old = std::signal(SIGCHLD, SIG_IGN);
     install("xdg-open");

@@ -113,7 +113,7 @@ TEST_F(Tool, LogNoticesALineThatIsLost) {
               "kxutils: Setting log file to 'a.log'.\nkxutils: -: a line was not written\n");
 }
 
-// --- Files that are no logs ----------------------------------------------------------------------
+// --- Files that are not logs ---------------------------------------------------------------------
 
 namespace {
 

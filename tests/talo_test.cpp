@@ -583,7 +583,7 @@ TEST_F(Talo, FailsOutsideAnInstallation) {
     EXPECT_EQ(outcome.exitCode, 1);
 }
 
-// --- Files that are none -------------------------------------------------------------------------
+// --- Things that are not files -------------------------------------------------------------------
 
 TEST_F(Talo, ReportsPipesAndDevicesWithoutReadingThem) {
     const std::string folder = dir.makeDir("in"), pipe = folder + "/pipe", zero = folder + "/zero";
@@ -775,7 +775,7 @@ TEST_F(TaloFaults, AreNoticedWhileRemoving) {
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
-// The copy is readable only by its owner as long as it exists.
+// At no time can anybody but its owner read the copy.
 TEST_F(TaloFaults, LeaveNothingThatOthersCanRead) {
     dir.makeDir("tmp");
     ASSERT_TRUE(setMode(tmp, 0755));

@@ -141,7 +141,7 @@ TEST(AnyThread, HtmlText) {
     together([](int) { EXPECT_EQ(kxLog::convertToHtml("a<b>\n"), "a&#60;b&#62;"); });
 }
 
-// --- State that is made once, or only read -------------------------------------------------------
+// --- State that is made once or only read --------------------------------------------------------
 
 TEST(AnyThread, FileInstance) {
     std::array<kxFile*, threadCount> seen{};
@@ -203,7 +203,7 @@ TEST(AnyThread, RequestsToTheHost) {
     kxUtils::init(nullptr);
 }
 
-// --- One object a thread -------------------------------------------------------------------------
+// --- One object per thread -----------------------------------------------------------------------
 
 TEST(OneThreadAtATime, Ciphers) {
     const kxCrypt original({'K', 'e', 'y'});

@@ -16,7 +16,7 @@
 class OpenFile {
 public:
     explicit OpenFile(int descriptor = -1) : _descriptor(descriptor) {}
-    ~OpenFile();  ///< errno stays that of an earlier failure
+    ~OpenFile();  ///< keeps the errno of an earlier failure
     OpenFile(OpenFile&& other) noexcept : _descriptor(std::exchange(other._descriptor, -1)) {}
     OpenFile& operator=(OpenFile&& other) noexcept {
         std::swap(_descriptor, other._descriptor);
@@ -41,9 +41,9 @@ struct SourceFile {
 
     std::string path;
     OpenFile file;           ///< not open if `path` leads to no regular file that can be read
-    int error = 0;           ///< errno of what went wrong; 0 if nothing did
+    int error = 0;           ///< errno of the failure; 0 if there was none
     bool isRegular = true;   ///< false for a directory, a pipe, a device
-    std::uint64_t size = 0;  ///< when it was opened
+    std::uint64_t size = 0;  ///< in bytes, when it was opened
     mode_t mode = 0;         ///< its permissions
 };
 

@@ -12,10 +12,10 @@ bool canOthersWrite(const std::string& directory);
 
 /// A directory below kxFile::getTmpDir() that only this user can enter.
 ///
-/// kxFile::getTmpDir() is shared. Everybody can tell its path, and may have put links there that
-/// lead anywhere, under names that we are going to use. What is written there under such a name
-/// ends up wherever the link leads. A directory that mkdtemp() has made is empty, and nobody else
-/// can put anything into it.
+/// The directory of kxFile::getTmpDir() is shared. Everybody can tell its path, and may have put
+/// links there that lead anywhere, under names that we are going to use. What is written there
+/// under such a name ends up wherever the link leads. A directory that mkdtemp() has made is empty,
+/// and nobody else can put anything into it.
 class PrivateDirectory {
 public:
     /// Logs an error if the directory cannot be made.

@@ -15,7 +15,7 @@ class ReplacingFile {
 public:
     /// `mode` is its permissions, less the umask.
     ReplacingFile(std::string target, mode_t mode);
-    ~ReplacingFile();  ///< errno stays that of an earlier failure
+    ~ReplacingFile();  ///< keeps the errno of an earlier failure
     ReplacingFile(const ReplacingFile&) = delete;
     ReplacingFile& operator=(const ReplacingFile&) = delete;
 

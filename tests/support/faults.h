@@ -18,7 +18,7 @@ struct Fault {
     /// All later allocations fail as well; or all later system calls of that name fail, with the
     /// first error number that is not EINTR.
     bool onward = false;
-    unsigned variant = 0;  ///< system calls: which of the ways in which that call can fail
+    unsigned variant = 0;  ///< for a system call: the way in which it fails
 };
 
 /// One execution of an operation, with one fault or none. Only the thread that executes it meets

@@ -109,8 +109,8 @@ struct Outcome {
 };
 
 struct RunOptions {
-    std::string input;      ///< standard input; empty: nothing to read
-    std::string directory;  ///< working directory; empty: the caller's
+    std::string input;      ///< standard input; if empty, there is nothing to read
+    std::string directory;  ///< working directory; if empty, that of the caller
     /// Descriptors that become 0, 1 and 2, in place of `input` and of the output that the outcome
     /// shows. They still belong to the caller. -1 stands for none.
     int in = -1, out = -1, err = -1;

@@ -9,10 +9,10 @@
 
 enum class ExitCode {
     ok = 0,
-    failedCheck = 1,  ///< an item was read, and is not what it should be
+    failedCheck = 1,  ///< an item was read, but is not as it should be
     usage = 2,
     inputOutput = 3,  ///< an input could not be read or an output not written
-    noFooter = 4,     ///< a file without checksum footer where one is required
+    noFooter = 4,     ///< a file lacks a required checksum footer
     internal = 5
 };
 
@@ -30,7 +30,7 @@ const char* word(Status status);
 struct Failure : std::runtime_error {
     Failure(Status s, const std::string& text) : std::runtime_error(text), status(s) {}
     Status status;
-    std::string name;  ///< of the file with which the text starts, if it does
+    std::string name;  ///< the name of a file with which the text starts, if any
 };
 
 /// A failure of a system call, described by errno.

@@ -41,8 +41,8 @@ public:
 
     // --- Options ---------------------------------------------------------------------------------
 
-    bool asJson = false;    ///< one document at the end, in place of lines and messages
-    bool zeroEnds = false;  ///< lines end with a zero byte in place of a newline
+    bool asJson = false;    ///< one document at the end instead of lines and messages
+    bool zeroEnds = false;  ///< lines end with a zero byte instead of a newline
 
     // --- Results ---------------------------------------------------------------------------------
 

@@ -14,7 +14,7 @@
 struct Session {
     explicit Session(int standardOutput) : out(standardOutput), report(out, progress) {}
 
-    Writer out;  ///< standard output, for results that are no lines
+    Writer out;  ///< standard output, for results that are not lines
     Progress progress;
     Report report;
 

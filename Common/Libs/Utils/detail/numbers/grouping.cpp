@@ -17,8 +17,7 @@ struct Grouping {
     std::size_t separatorsIn(std::size_t runLength) const { return (runLength - 1) / group; }
 };
 
-// Skips what is a digit, or what is none, as `digits` says. Returns the position of the first other
-// character from `at` on, or the end of the text.
+// Skips digits from `at` on or, unless `digits`, everything else. Returns the position reached.
 std::size_t skip(std::string_view text, std::size_t at, bool digits) {
     while (at < text.size() && isDigit(text[at]) == digits) ++at;
     return at;

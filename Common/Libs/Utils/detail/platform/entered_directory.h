@@ -25,7 +25,7 @@ namespace kx::detail {
 std::optional<std::string> directoryAfterEntering(const std::string& directory,
                                                   std::size_t maxLength);
 
-// --- What differs between operating systems ------------------------------------------------------
+// --- Differences between operating systems -------------------------------------------------------
 
 /// A descriptor for looking at the directory, which needs no permission to read it; -1 if there is
 /// none. It is closed when the process starts a program.

@@ -11,14 +11,11 @@
 //   kxLog_probe limit FORMAT FILE BYTES    logs "line-0001" to "line-0009" to FILE, which must not
 //                                          grow beyond BYTES until the fifth is logged
 //   kxLog_probe full FORMAT DIRECTORY      eight processes log numbered texts: each logs 200 while
-//   the
-//                                          disk has only 16 KiB left, then 200 when it has space
-//                                          again; prints the log file as an error
+//                                          the disk has only 16 KiB left, then 200 when it has
+//                                          space again; prints the log file as an error
 //   kxLog_probe clock FORMAT FILE CLOCK    logs what standard input says, when it says. Each line
-//   is a
-//                                          moment (seconds of the epoch) and the text of an info,
-//                                          or
-//                                          nothing, which chooses the log file. Runs with
+//                                          is a moment (seconds of the epoch) and the text of an
+//                                          info, or nothing, which chooses the log file. Runs with
 //                                          libfaketime, which takes the time from the file CLOCK.
 #include <sys/resource.h>
 #include <sys/types.h>

@@ -67,12 +67,12 @@ std::size_t longestRunSeenAgain(std::size_t length, const Grouping& by) {
 // anew what it finds there. This function tells whether that ends for a run of `length` digits:
 //
 // 1. A grouped run is some digits followed by `count` times a separator and a group. Scanning
-// resumes `length + count` characters after its start, so it sees the last `count * (separator
-// length - 1)` characters again.
+//    resumes `length + count` characters after its start, so it sees the last
+//    `count * (separator length - 1)` characters again.
 // 2. These characters depend on `count` alone, and those of a shorter run are an end of those of a
-// longer one. So if the grouping ends for a run, it ends for every shorter run.
+//    longer one. So if the grouping ends for a run, it ends for every shorter run.
 // 3. Hence it ends exactly if the longest run of digits that is seen again becomes shorter each
-// time, until there is none.
+//    time, until there is none.
 //
 // Example: with the separator "x9" and groups of 3, "1234567" becomes "1x9234x9567". Scanning
 // resumes after 9 characters and sees "67", a run that is not grouped, so it ends.

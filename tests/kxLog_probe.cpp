@@ -8,8 +8,8 @@
 //   kxLog_probe unreadable FILE            logs "new" to FILE as a text log, without privileges
 //   kxLog_probe write FORMAT FILE PROCESS THREADS COUNT
 //                                          logs numbered texts to FILE from several threads
-//   kxLog_probe limit FORMAT FILE BYTES    logs "line-0001" to "line-0009" to FILE, which must not
-//                                          grow beyond BYTES until the fifth is logged
+//   kxLog_probe limit FORMAT FILE BYTES    logs "line-0001" to "line-0009" to FILE, which may not
+//                                          grow beyond BYTES with the first five
 //   kxLog_probe full FORMAT DIRECTORY      eight processes log numbered texts: each logs 200 while
 //                                          the disk has only 16 KiB left, then 200 when it has
 //                                          space again; prints the log file as an error

@@ -63,8 +63,8 @@ function(kx_harden TARGET)
   target_link_options(${TARGET} PRIVATE ${kx_hardening_link})
 endfunction()
 
-# kx_check_containers(): from here on, code built in this directory has the containers of the GNU library
-# check each index. This is not for the library itself, where users would pay for it with time.
+# kx_check_containers(): from here on, in code built in this directory, the containers of the GNU library
+# check each index. This is not for the library itself, since it would cost its users time.
 macro(kx_check_containers)
   if(KXUTILS_HARDENING)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)

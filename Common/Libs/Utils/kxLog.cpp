@@ -178,7 +178,7 @@ void afterFork() {
 
 void afterForkInChild() {
     afterFork();
-    _mutex.renewUnlessMine();  // a thread held it whose callback hangs
+    _mutex.renewUnlessMine();  // if a thread with a hanging callback held it
     infoEntry.renewUnlessMine(), infoNumberEntry.renewUnlessMine();
     warningEntry.renewUnlessMine(), warningNumberEntry.renewUnlessMine();
     errorEntry.renewUnlessMine(), errorNumberEntry.renewUnlessMine();

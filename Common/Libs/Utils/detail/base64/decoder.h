@@ -18,7 +18,7 @@ public:
 
     /// Decodes the next `n` characters to `out` and returns the number of bytes written.
     unsigned long decode(const char* text, unsigned long n, char* out);
-    /// True if no group has been begun and not finished.
+    /// True if there is no unfinished group.
     bool isComplete() const { return _held == 0; }
 
 private:

@@ -76,7 +76,7 @@ void select(Format format, const char* path) {
 }
 
 #if KXBENCH_SPDLOG
-// The library's own file sinks stay open; this one opens and closes the file for each message.
+// spdlog's own file sinks stay open; this one opens and closes the file for each message.
 class ReopeningSink : public spdlog::sinks::base_sink<std::mutex> {
 public:
     explicit ReopeningSink(std::string path) : _path(std::move(path)) {}
@@ -96,7 +96,7 @@ private:
     spdlog::details::file_helper _file;
 };
 
-// The library's console sinks flush after each message, which the log does not do on standard
+// spdlog's console sinks flush after each message, which the log does not do on standard
 // output.
 template <class... Sinks>
 std::shared_ptr<spdlog::logger> spdlogger(Sinks... sinks) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Whole files through streams, opened and closed each time, and reads at random offsets.
+// Streams that read and write whole files, opened and closed each time, and read at random offsets.
 #include <fcntl.h>
 #include <unistd.h>
 
@@ -22,7 +22,7 @@ constexpr std::size_t blockSize = 4096, kib32 = 32 << 10, mib1 = 1 << 20;
 
 class Buffer {
 public:
-    // Not zeroed.
+    // The bytes are not zeroed.
     explicit Buffer(std::size_t size) : _bytes(new char[size]), _size(size) {}
     char* get() const { return _bytes.get(); }
     std::size_t size() const { return _size; }
@@ -49,7 +49,7 @@ public:
     }
 };
 
-// What no stream can do without: the system calls with a buffer's length, and one copy.
+// What every stream needs at least: system calls with the length of a buffer, and one copy.
 class RawInput : Buffer {
 public:
     RawInput(const char* name, std::size_t size)
@@ -90,7 +90,7 @@ public:
     RawOutput(const RawOutput&) = delete;
     RawOutput& operator=(const RawOutput&) = delete;
 
-    // A buffer's size is a multiple of `n`.
+    // The size of the buffer must be a multiple of `n`.
     void write(const char* data, std::streamsize n) {
         if (_used == size()) flush();
         std::memcpy(get() + _used, data, static_cast<std::size_t>(n));
@@ -109,7 +109,7 @@ private:
 
 // --- The operations ------------------------------------------------------------------------------
 
-// Each hands what it reads to `take`.
+// Each of them passes what it reads to `take`.
 template <class Input, class Take>
 void readBlocks(const std::string& path, std::size_t bufferSize, Take take) {
     Input in(path.c_str(), bufferSize);
@@ -155,7 +155,7 @@ void putAll(const std::string& path, std::size_t bufferSize, const std::string& 
     for (const char byte : bytes) out.put(byte);
 }
 
-// --- Their registration --------------------------------------------------------------------------
+// --- Registration --------------------------------------------------------------------------------
 
 const auto ignore = [](const char* data, std::size_t) { benchmark::DoNotOptimize(data); };
 
@@ -166,7 +166,7 @@ bool reads(const std::string& expected, Read read) {
     return bytes == expected;
 }
 
-// The file of that size, made at its first use.
+// The file of that size, which is made when it is first used.
 const std::string& inputFile(std::size_t size) {
     static std::map<std::size_t, std::string> paths;
     std::string& path = paths[size];
@@ -201,7 +201,7 @@ void addSeek(const char* name) {
     std::mt19937 random(7);
     for (int i = 0; i < 16; ++i) offsets.push_back(static_cast<long>(random() % (size - mib1)));
 
-    const auto in = std::make_shared<std::unique_ptr<Input>>();  // opened at its first use
+    const auto in = std::make_shared<std::unique_ptr<Input>>();  // opened when it is first used
     const auto read = [=](auto take) {
         if (!*in) *in = std::make_unique<Input>(inputFile(size).c_str(), kib32);
         readPieces(**in, offsets, take);

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Each kernel against the next one of its table, which it has to beat clearly to be there.
+// Each kernel against the next one in its table. A kernel has to be clearly faster to be worth
+// having.
 #include <memory>
 
 #include "detail/base64/kernel.h"
@@ -10,7 +11,7 @@
 
 namespace {
 
-/// Calls `add` with what names the two contenders, and with each of them.
+/// Calls `add` with the names of the two contenders and with the contenders themselves.
 template <class Kernel, class Add>
 void compare(const kx::detail::KernelTable<Kernel>& table, Add add) {
     for (auto kernel = table.begin(); kernel + 1 != table.end(); ++kernel) {

@@ -15,7 +15,7 @@
 
 namespace {
 
-/// What all contenders for one operation read and write.
+/// The input and output of all contenders for one operation.
 struct Task {
     std::string operation, input, expected;
     std::string output = std::string(input.size() / 3 * 4 + 8, 'x');
@@ -101,8 +101,8 @@ void addDecoding(const std::string& operation, const std::string& text) {
     addCopy(raw);
 }
 
-/// A text of `size` characters, with a line break after each 76, and up to 3 more at the end to
-/// make the last group complete.
+/// A text of `size` characters with a line break after every 76, and up to 3 more at the end to
+/// complete the last group.
 std::string lines(std::size_t size) {
     std::string text = kxbench::base64Text(size);
     for (std::size_t at = 76; at < size; at += 77) text[at] = '\n';

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// A text coded byte by byte, in place, as the callers of kxCrypt do it.
+// A text coded byte by byte, in place, as callers of kxCrypt do it.
 #include "kxCrypt.h"
 
 #include <array>
@@ -12,7 +12,7 @@
 #include "kxbench.h"
 
 #if KXBENCH_OPENSSL
-#define OPENSSL_SUPPRESS_DEPRECATED  // the one RC4 that works without loading a provider
+#define OPENSSL_SUPPRESS_DEPRECATED  // the only RC4 that works without loading a provider
 #include <openssl/rc4.h>
 #endif
 
@@ -20,7 +20,7 @@ namespace {
 
 const std::vector<unsigned char> key = {'S', 'e', 'c', 'r', 'e', 't'};
 
-/// RC4 as one would write it down.
+/// RC4, written in the plainest way.
 struct Plain {
     std::array<unsigned char, 256> s;
     unsigned i = 0, j = 0;
@@ -49,7 +49,7 @@ void codeByCalls(Plain& cipher, Bytes& bytes) {
     for (unsigned char& byte : bytes) byte = cipher.call(byte);
 }
 
-// No call and no state in memory but the permutation.
+// Without calls, and with no state in memory but the permutation.
 void codeInOneLoop(Plain& cipher, Bytes& bytes) {
     Plain local = cipher;
     for (unsigned char& byte : bytes) byte = local.step(byte);
@@ -71,7 +71,7 @@ void codeByOpenSsl(OpenSsl& cipher, Bytes& bytes) {
 }
 #endif
 
-/// A row for the coding of `size` bytes with `cipher`, which goes on from call to call.
+/// A row for coding `size` bytes with `cipher`, which continues from call to call.
 template <class Cipher>
 void add(const char* name, std::size_t size, const Cipher& cipher, void (*code)(Cipher&, Bytes&)) {
     const auto now = std::make_shared<Cipher>(cipher);

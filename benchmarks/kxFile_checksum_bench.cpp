@@ -29,7 +29,7 @@ void readBlocks(std::FILE* file, std::size_t length, std::size_t blockSize, Use 
     }
 }
 
-// Both functions with one CRC, as one would write them down.
+// Both functions with a single CRC, written in the plainest way.
 std::uint32_t plainSum(std::FILE* file, std::size_t length, std::size_t blockSize) {
     boost::crc_32_type crc;
     readBlocks(file, length, blockSize,
@@ -92,8 +92,8 @@ void addRows(const std::string& operation, std::size_t size, std::size_t blockSi
 }
 
 const bool registered = [] {
-    // The lines printed for correct files are not for the results' reader. These go to the standard
-    // output of before: std::cout keeps it.
+    // The lines printed for correct files are of no use to the program that reads the results.
+    // Those results go to the earlier standard output, which std::cout keeps.
     stdout = std::fopen("/dev/null", "w");
     for (const std::size_t size : {1024UL, 4096UL, 65536UL, 16UL << 20}) {
         const std::string path = kxbench::scratch("stamped" + std::to_string(size));

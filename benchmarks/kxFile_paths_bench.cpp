@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Path names and their expansion beside std::filesystem, Abseil, GLib and wordexp.
+// Path names and their expansion in comparison with std::filesystem, Abseil, GLib and wordexp.
 #include <pwd.h>
 #include <unistd.h>
 #include <wordexp.h>
@@ -27,8 +27,8 @@ using std::filesystem::path;
 
 const std::string root = "/usr/share/engine/talo";
 
-// A path below `root` of exactly `size` characters. In a long one the name is long as well: it does
-// not fit into the string itself, so that taking it out allocates.
+// A path below `root` of exactly `size` characters. In a long path the name is also long: it does
+// not fit into the string object, so extracting it allocates.
 std::string samplePath(std::size_t size) {
     const std::string name =
         size < 100 ? "/part_0042.obj" : "/engine_block_left_rear_mounting_bracket_0042.obj";
@@ -39,8 +39,8 @@ std::string samplePath(std::size_t size) {
     return text + name;
 }
 
-// The home directory that the user database gives for the effective user: what "~" stands for, and
-// the one call that takes nearly all of its time.
+// The home directory that the user database has for the effective user. "~" stands for it, and
+// expanding "~" spends nearly all of its time in this one call.
 std::string home() {
     char buffer[4096];
     passwd entry;
@@ -50,7 +50,7 @@ std::string home() {
                : "";
 }
 
-// As an application would write it for variables alone.
+// How an application would do it if it needed only variables.
 std::string replaceVariables(std::string text) {
     for (std::size_t dollar = 0; (dollar = text.find('$', dollar)) != std::string::npos;) {
         const std::size_t end = std::min(text.find('/', dollar), text.size());
@@ -69,7 +69,7 @@ std::string byWordexp(const std::string& text) {
     return result;
 }
 
-// One contender, which is to give `expected`.
+// One contender, which must return `expected`.
 template <class Expected, class Run>
 void compare(const std::string& operation, const std::string& name, std::size_t size,
              const Expected& expected, Run run) {
@@ -190,7 +190,7 @@ void registerExpansions(std::size_t size) {
 
 const bool registered = [] {
     setenv("KXBENCH_ROOT", root.c_str(), /*overwrite=*/1);
-    unsetenv("HOME");  // else wordexp takes "~" from there and asks no database
+    unsetenv("HOME");  // otherwise wordexp takes "~" from there without the database
     for (const std::size_t size : {45u, 200u, 1024u}) {
         registerParts(size);
         registerJoins(size);

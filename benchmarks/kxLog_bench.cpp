@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// One message through the log, its console being the null device: the standard streams are
-// redirected for the life of the program, and its report goes where standard output went before.
+// One message through the log, with the null device as the console. The standard streams are
+// redirected for the lifetime of the program; its report goes to the earlier standard output.
 #include "kxLog.h"
 
 #include <fcntl.h>
@@ -27,11 +27,11 @@
 
 namespace {
 
-// All contenders log the text "42: " and these words.
+// All contenders log the text "42: " followed by these words.
 std::string words(std::size_t size) { return std::string(size - 4, 'w'); }
 std::string textOf(std::size_t size) { return "42: " + words(size); }
 
-// --- What a message cannot do without ------------------------------------------------------------
+// --- What a message takes at least ---------------------------------------------------------------
 
 void append(const std::string& path, const std::string& line) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
@@ -46,7 +46,7 @@ void readStart(const std::string& path) {
     close(file);
 }
 
-// The console alone: formatting, one lock, one call.
+// Only what the console takes: formatting, one lock, one call.
 KXUTILS_PRINTF(4, 5)
 void printLocked(std::FILE* stream, const char* before, const char* after, const char* format,
                  ...) {
@@ -76,7 +76,7 @@ void select(Format format, const char* path) {
 }
 
 #if KXBENCH_SPDLOG
-// Its own file sinks stay open; this one opens and closes the file for each message.
+// spdlog's own file sinks stay open; this one opens and closes the file for each message.
 class ReopeningSink : public spdlog::sinks::base_sink<std::mutex> {
 public:
     explicit ReopeningSink(std::string path) : _path(std::move(path)) {}
@@ -96,13 +96,14 @@ private:
     spdlog::details::file_helper _file;
 };
 
-// Its console sinks flush after each message, which the log does not on standard output.
+// spdlog's console sinks flush after each message, which the log does not do on standard
+// output.
 template <class... Sinks>
 std::shared_ptr<spdlog::logger> spdlogger(Sinks... sinks) {
     return std::make_shared<spdlog::logger>("", std::initializer_list<spdlog::sink_ptr>{sinks...});
 }
 
-// `pattern` of the whole line, its end included.
+// `pattern` is for the whole line, including its end.
 template <class Sink, class... Arguments>
 spdlog::sink_ptr spdlogSink(const std::string& pattern, Arguments... arguments) {
     auto sink = std::make_shared<Sink>(arguments...);
@@ -112,7 +113,7 @@ spdlog::sink_ptr spdlogSink(const std::string& pattern, Arguments... arguments) 
 }
 #endif
 
-// --- Their registration --------------------------------------------------------------------------
+// --- Registration --------------------------------------------------------------------------------
 
 // What `run` writes to a standard stream.
 template <class Run>

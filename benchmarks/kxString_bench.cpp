@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Numbers and texts, beside the standard library, Abseil, {fmt} and Boost.
+// Numbers and texts in comparison with the standard library, Abseil, {fmt} and Boost.
 #include "kxString.h"
 
 #include <boost/algorithm/string.hpp>
@@ -115,8 +115,8 @@ std::string digits(std::size_t size) {
 
 // --- One value per call --------------------------------------------------------------------------
 
-/// A row in which each run calls `function` for the next of `inputs`: no branch predictor may learn
-/// a single input by heart. `right` compares the result for an input.
+/// A row in which each run calls `function` for the next of `inputs`, so that no branch predictor
+/// can learn a single input by heart. `right` checks the result for an input.
 template <class Input, class Function, class Right>
 void addCalls(const std::string& operation, const char* name, std::size_t size,
               const std::vector<Input>& inputs, Function function, Right right) {
@@ -252,7 +252,7 @@ void addGroupedNumber() {
 
 // --- Whole texts ---------------------------------------------------------------------------------
 
-/// A row in which each run makes `expected` from the same input.
+/// A row in which each run must make `expected` from one and the same input.
 template <class Result>
 void addWhole(const std::string& operation, const char* name, std::size_t size, Result expected,
               std::function<Result()> function) {
@@ -383,7 +383,7 @@ void addSplit() {
     }
 }
 
-/// Each run gets the text anew in the same string, except where nothing is found.
+/// Each run gets a fresh copy of the text in the same string, unless nothing is found.
 void addReplace() {
     struct Case {
         const char *name, *search, *replacement;
@@ -427,7 +427,7 @@ void addReplace() {
         }
 }
 
-/// A search text that nearly fits everywhere: the time is that of the search alone.
+/// A search text that nearly fits everywhere; only the search takes time.
 void addHostileReplace() {
     for (const std::size_t size : {std::size_t{65536}, std::size_t{1} << 20}) {
         const std::string text(size, 'a'), quarter(size / 4, 'a'), search = quarter + 'b' + quarter;
@@ -450,7 +450,7 @@ void addHostileReplace() {
     }
 }
 
-// The straight loop: all that no grouping can do without is to write the result once.
+// The plain loop. Any grouping must at least write the result once.
 std::string groupedByALoop(const std::string& run) {
     std::string out(run.size() + (run.size() - 1) / 3, '\0');
     std::size_t untilSeparator = (run.size() - 1) % 3 + 1;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The frame of all benchmarks: contenders for one operation, timed in the same run.
+// Shared by all benchmarks: contenders for one operation, timed in the same run.
 #pragma once
 
 #include <benchmark/benchmark.h>
@@ -16,10 +16,10 @@
 
 namespace kxbench {
 
-/// From a short call through one that fits the first cache to one beyond the second.
+/// From a short call, through one that fits into the first cache, to one that exceeds the second.
 inline constexpr std::size_t sizes[] = {16, 1024, 65536, 16 << 20};
 
-/// The same random bytes for all contenders of a size.
+/// Random bytes, which are the same for all contenders of a size.
 inline const std::string& randomBytes(std::size_t size) {
     static std::map<std::size_t, std::string> all;
     std::string& bytes = all[size];
@@ -31,7 +31,7 @@ inline const std::string& randomBytes(std::size_t size) {
     return bytes;
 }
 
-/// The same for a Base64 text of `size` characters, a multiple of 4.
+/// A Base64 text of `size` characters, a multiple of 4, which is also the same for all contenders.
 inline const std::string& base64Text(std::size_t size) {
     static std::map<std::size_t, std::string> all;
     std::string& text = all[size];
@@ -43,10 +43,11 @@ inline const std::string& base64Text(std::size_t size) {
     return text;
 }
 
-/// Registers "OPERATION/NAME/SIZE", as scripts/bench reads it. The names of the library's own
-/// contenders begin with "kxUtils", those of limits (what the operation cannot do without, such as
-/// a plain copy) with "limit". `run` does the operation once on `bytes` bytes and `right` tells
-/// whether it did: a contender with a wrong result is reported and not timed.
+/// Registers "OPERATION/NAME/SIZE", in the form that scripts/bench reads. The names of the
+/// library's own contenders begin with "kxUtils", those of limits with "limit" (a limit is what the
+/// operation must at least do, such as a plain copy). `run` performs the operation once on `bytes`
+/// bytes, and `right` tells whether the result was right. A contender with a wrong result is
+/// reported and not timed.
 template <class Run, class Right>
 void contender(const std::string& operation, const std::string& name, std::size_t bytes, Run run,
                Right right) {
@@ -66,8 +67,8 @@ void contender(const std::string& operation, const std::string& name, std::size_
     benchmark::RegisterBenchmark(title.c_str(), measure);
 }
 
-/// Registers "OPERATION/NAME/0/manual_time" for what measures itself: `seconds` does the operation
-/// once and returns the time it took, a negative one if it failed.
+/// Registers "OPERATION/NAME/0/manual_time" for a contender that measures its own time. `seconds`
+/// performs the operation once and returns the time it took, or a negative number if it failed.
 template <class Seconds>
 void timed(const std::string& operation, const std::string& name, Seconds seconds) {
     const auto measure = [=](benchmark::State& state) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What it costs to load a library, each time by a fresh process.
+// The time it takes to load a library, each time in a fresh process.
 #include <dlfcn.h>
 #include <link.h>
 
@@ -13,7 +13,7 @@
 
 namespace {
 
-// The names of the libraries that the one of this path asks for, each preceded by a blank.
+// The names of the libraries that the library at this path needs, each preceded by a blank.
 std::string dependencies(const std::string& path) {
     std::string names;
     void* const library = dlopen(path.c_str(), RTLD_NOW);
@@ -27,7 +27,7 @@ std::string dependencies(const std::string& path) {
     return names;
 }
 
-// Seconds, as the helper says; negative if it could not load the library.
+// The time in seconds as measured by the helper; negative if it could not load the library.
 double secondsToLoad(const std::string& arguments) {
     std::FILE* const helper = popen((KXBENCH_LOAD_HELPER " " + arguments).c_str(), "r");
     long long nanoseconds = -1;
@@ -36,8 +36,8 @@ double secondsToLoad(const std::string& arguments) {
     return static_cast<double>(nanoseconds) * 1e-9;
 }
 
-// The least of some processes: the rest is what others on the machine add, and a process cannot be
-// so short that this does not show.
+// The least time of several processes. Whatever exceeds it was added by other activity on the
+// machine.
 double leastSeconds(const std::string& arguments) {
     double least = secondsToLoad(arguments);
     for (int i = 1; i < 9; ++i) least = std::min(least, secondsToLoad(arguments));

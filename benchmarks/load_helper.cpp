@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 // load_helper LIBRARY [DEPENDENCY...]
-// Loads the dependencies, then the library, and prints how many nanoseconds the latter took. Links
-// nothing but the C library, so that all else is loaded here.
+// Loads the dependencies, then the library, and prints how many nanoseconds the library took. It
+// links nothing but the C library, so that everything else is loaded here.
 #include <dlfcn.h>
 
 #include <cstdio>

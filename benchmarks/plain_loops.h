@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What the library does, as one would write it down, compiled with -O3.
+// What the library does, written in the plainest way and compiled with -O3.
 #pragma once
 
 #include <cstdint>
@@ -16,7 +16,7 @@ std::uint32_t crc8Bytes(const void* data, unsigned long length, std::uint32_t pr
 std::uint32_t jesteress(const void* data, unsigned long length, std::uint32_t seed);
 
 unsigned long base64Encode(const char* data, unsigned long n, char* out);
-/// Skips what is not in the alphabet; knows nothing of "=".
+/// Skips characters outside the alphabet; does not know "=".
 unsigned long base64Decode(const char* text, unsigned long n, char* out);
 
 }  // namespace plain

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// A place for the files of benchmarks, and their contents.
+// A place for the files of the benchmarks, and the contents of these files.
 #pragma once
 
 #include <cstdlib>
@@ -12,8 +12,9 @@
 
 namespace kxbench {
 
-/// The path of a file in a new directory, which is removed at the end of the program with all that
-/// is in it. In memory where the system has a place for that, so that no disk decides.
+/// The path of a file in a new directory, which is removed with everything in it when the program
+/// ends. It is in memory if the system has a place for that, so that the speed of a disk does not
+/// matter.
 inline std::string scratch(const std::string& name) {
     struct Directory {
         std::string path = std::filesystem::is_directory("/dev/shm")

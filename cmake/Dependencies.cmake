@@ -1,7 +1,7 @@
 # SPDX-FileCopyrightText: 2026 The kxUtils authors
 # SPDX-License-Identifier: MIT
 
-# Finds what the build needs; a missing package is named together with the command that installs it.
+# Finds a package that the build needs. If it is missing, names the command that installs it.
 function(kx_require PACKAGE DEBIAN_PACKAGE)
   find_package(${PACKAGE} QUIET ${ARGN} GLOBAL)
   if(NOT ${PACKAGE}_FOUND)
@@ -11,7 +11,7 @@ function(kx_require PACKAGE DEBIAN_PACKAGE)
   set(${PACKAGE}_VERSION "${${PACKAGE}_VERSION}" PARENT_SCOPE)
 endfunction()
 
-# Builds GoogleTest from its sources, for a C++ library or a processor that Debian's is not made for.
+# Builds GoogleTest from source for a C++ library or a processor that Debian's build does not fit.
 function(kx_googletest SOURCES)
   set(BUILD_GMOCK OFF)
   set(INSTALL_GTEST OFF)
@@ -20,7 +20,7 @@ function(kx_googletest SOURCES)
 endfunction()
 
 kx_require(Boost libboost-dev)
-kx_require(FastFloat libfast-float-dev)  # headers only, and only while the library is built
+kx_require(FastFloat libfast-float-dev)  # headers only, needed only while the library is built
 kx_require(TBB libtbb-dev COMPONENTS tbbmalloc)
 if(KXUTILS_BUILD_TESTS AND KXUTILS_GOOGLETEST)
   kx_googletest("${KXUTILS_GOOGLETEST}")

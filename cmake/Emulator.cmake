@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kxUtils authors
 # SPDX-License-Identifier: MIT
 
-# kx_emulate(TARGET): the program becomes PROGRAM.elf, and PROGRAM a script that runs it with the
-# command KXUTILS_EMULATOR: for programs of another processor that a shell or another program starts,
-# which CMake's own CROSSCOMPILING_EMULATOR does not reach.
+# kx_emulate(TARGET): makes the program PROGRAM.elf, and PROGRAM a script that runs it with the command
+# KXUTILS_EMULATOR. This is for programs of another processor that are started by a shell or by another
+# program, which CMake's own CROSSCOMPILING_EMULATOR does not reach.
 function(kx_emulate TARGET)
   set(launcher "${CMAKE_CURRENT_BINARY_DIR}/${TARGET}.launcher")
   file(CONFIGURE OUTPUT "${launcher}" @ONLY
@@ -18,7 +18,7 @@ exec @KXUTILS_EMULATOR@ "$(/usr/bin/readlink -f "$0").elf" "$@"
     COMMAND "${CMAKE_COMMAND}" -E copy "${launcher}" "$<TARGET_FILE:${TARGET}>")
 endfunction()
 
-# The seconds that a test and a whole test program may take.
+# The number of seconds that a test, and a whole test program, may take.
 set(KXUTILS_TEST_TIMEOUT 120)
 set(KXUTILS_WHOLE_TIMEOUT 300)
 if(KXUTILS_EMULATOR)

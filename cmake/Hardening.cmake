@@ -1,9 +1,9 @@
 # SPDX-FileCopyrightText: 2026 The kxUtils authors
 # SPDX-License-Identifier: MIT
 
-# kx_harden(TARGET): has compiler and linker guard what is built against faults in it being made use
-# of, as far as they can (OpenSSF, "Compiler Options Hardening Guide for C and C++").
-# tests/packages/check_hardening looks at the files that are delivered.
+# kx_harden(TARGET): makes the compiler and the linker guard the target, as far as they can, against
+# exploits of its faults (OpenSSF, "Compiler Options Hardening Guide for C and C++").
+# tests/packages/check_hardening examines the delivered files.
 if(KXUTILS_HARDENING)
   include(CheckCXXCompilerFlag)
   include(CheckCXXSourceCompiles)
@@ -11,8 +11,9 @@ if(KXUTILS_HARDENING)
   include(CheckPIESupported)
   check_pie_supported(LANGUAGES CXX)
 
-  # What returns through an overwritten stack, jumps over its end or calls to where no function begins.
-  # A flag of another processor is an error for some compilers, and a warning for others.
+  # Guards against returns through an overwritten stack, jumps over the end of the stack, and calls to
+  # places where no function begins. Some compilers treat a flag of another processor as an error, others
+  # as a warning.
   function(kx_check_hardening)
     set(CMAKE_REQUIRED_FLAGS -Werror)
     foreach(flag IN ITEMS
@@ -27,8 +28,8 @@ if(KXUTILS_HARDENING)
   endfunction()
   kx_check_hardening()
 
-  # Calls of the C library that write beyond an object whose size is known. This takes optimisation,
-  # and the sanitizers watch the calls themselves.
+  # Guards against calls of the C library that write beyond an object whose size is known. This needs
+  # optimisation, and the sanitizers watch these calls themselves.
   function(kx_check_fortify)
     set(CMAKE_TRY_COMPILE_CONFIGURATION Release)
     set(CMAKE_REQUIRED_FLAGS "-O2 -Werror -U_FORTIFY_SOURCE -D_FORTIFY_SOURCE=3")
@@ -45,8 +46,8 @@ if(KXUTILS_HARDENING)
       "$<${optimised}:-U_FORTIFY_SOURCE>" "$<${optimised}:-D_FORTIFY_SOURCE=${level}>")
   endif()
 
-  # What the loader has filled in is read-only when a program starts, and no stack holds code. Mach-O
-  # has all of it by default.
+  # The data that the loader has filled in is read-only when a program starts, and no stack holds code.
+  # Mach-O does all of this by default.
   if(NOT APPLE)
     foreach(flag IN ITEMS relro now noexecstack)
       check_linker_flag(CXX "LINKER:-z,${flag}" KXUTILS_HAS_Z_${flag})
@@ -62,16 +63,16 @@ function(kx_harden TARGET)
   target_link_options(${TARGET} PRIVATE ${kx_hardening_link})
 endfunction()
 
-# kx_check_containers(): from here on, what this directory builds has the containers of the GNU library
-# look at each index. Not for the library itself, whose time users pay.
+# kx_check_containers(): from here on, in code built in this directory, the containers of the GNU library
+# check each index. This is not for the library itself, since it would cost its users time.
 macro(kx_check_containers)
   if(KXUTILS_HARDENING)
     add_compile_definitions(_GLIBCXX_ASSERTIONS)
   endif()
 endmacro()
 
-# kx_load_anywhere(): the programs of this directory are loaded at any address, whatever the compiler's
-# default.
+# kx_load_anywhere(): the programs of this directory can be loaded at any address, whatever the
+# compiler's default is.
 macro(kx_load_anywhere)
   if(KXUTILS_HARDENING)
     set(CMAKE_POSITION_INDEPENDENT_CODE ON)

@@ -20,7 +20,7 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
 set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 set(CPACK_DEBIAN_PACKAGE_SOURCE kxutils)
-# Finds the library that the tools link, which no package holds yet.
+# Finds the library that the tools link, which is not in any package yet.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}/Common/Libs/Utils")
 
 set(runtime_package libkxutils${PROJECT_VERSION_MAJOR})
@@ -77,7 +77,7 @@ set(CPACK_SPDX_ARCHIVE_DYNAMIC_LINK oneTBB)
 set(CPACK_SPDX_ARCHIVE_DEPENDS_ON Boost)
 string(REGEX REPLACE "^/" "" CPACK_SPDX_ARCHIVE_DOCUMENT "${CMAKE_INSTALL_DOCDIR}/kxutils.spdx.json")
 
-# What every Debian package documents itself with.
+# The documentation that every Debian package contains.
 if(KXUTILS_DEBIAN)
   find_program(KXUTILS_GZIP gzip REQUIRED)
   set(debian_changelog "${PROJECT_BINARY_DIR}/changelog.gz")

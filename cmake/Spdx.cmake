@@ -6,8 +6,9 @@
 cmake_minimum_required(VERSION 3.25)
 find_program(PYTHON3 python3 REQUIRED)
 
-# FOLDER: what is packed. DOCUMENT: where the document goes, below it. PACKAGE: the package's name.
-# COMPONENT: whose CPACK_SPDX_<COMPONENT>_{STATIC_LINK,DYNAMIC_LINK,DEPENDS_ON} name what it needs.
+# FOLDER: the files to be packed. DOCUMENT: the path of the document below that folder. PACKAGE: the name
+# of the package. COMPONENT: CPACK_SPDX_<COMPONENT>_{STATIC_LINK,DYNAMIC_LINK,DEPENDS_ON} name what this
+# component needs.
 function(spdx_document FOLDER DOCUMENT PACKAGE COMPONENT)
   set(needs "")
   foreach(type STATIC_LINK DYNAMIC_LINK DEPENDS_ON)

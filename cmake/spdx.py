@@ -3,8 +3,8 @@
 # SPDX-License-Identifier: MIT
 """Writes the SPDX 2.3 document of a package: its files with their checksums, and what it needs.
 
-Links have no contents and are not listed; the document itself is left out of the verification code,
-as the standard has it. The time is that of SOURCE_DATE_EPOCH, if it is set.
+Links have no contents and are not listed. The document itself is left out of the verification code,
+as the standard requires. The time is that of SOURCE_DATE_EPOCH, if it is set.
 """
 import argparse
 import datetime

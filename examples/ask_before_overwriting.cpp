@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Asks the user before a file is overwritten: the library puts the question, the application shows
-// it. A window would do that in a real one; here the answer is the second argument.
+// Asks the user before a file is overwritten: the library asks the question, and the application
+// shows it. A real application would open a window; here the answer is the second argument.
 //
 //     ask_before_overwriting FILE yes|no
 #include <cstring>
@@ -17,12 +17,12 @@ namespace {
 
 bool userSaysYes = false, isRefused = false;
 
-// Every request of the library comes here; false means "not shown".
+// Every request from the library comes here; false means "not shown".
 bool answer(const char* request, kxMessage& message, int /*flags*/) {
     if (std::strcmp(request, "showMainWarning") != 0) return false;
     std::string text, button;
     getFromMessage(message, "text", text);
-    if (!getFromMessage(message, "button0", button)) {  // a notice, that asks nothing
+    if (!getFromMessage(message, "button0", button)) {  // a notice, which asks nothing
         std::cout << text << '\n';
         return true;
     }
@@ -42,7 +42,7 @@ int main(int argc, char** argv) {
     kxUtils::init(answer);
 
     if (!kxFile::checkWrite(path, /*ask=*/true, /*log=*/true)) {
-        if (!isRefused) return 1;  // it cannot be written; an error on standard error has said so
+        if (!isRefused) return 1;  // it cannot be written; the error was printed
         std::cout << "kept\n";
         return std::cout.flush() ? 0 : 1;
     }

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Logs into a text file and, at the same time, into a callback that an application would use to
-// show warnings in its status line.
+// Logs to a text file and also to a callback, with which an application would show warnings in its
+// status line.
 //
 //     log_files FOLDER        writes FOLDER/session.log
 #include <iostream>
@@ -15,7 +15,7 @@ namespace {
 
 std::string statusLine;
 
-// Runs with the log's lock held: it takes the text and must not log itself.
+// Runs while the log's lock is held: it stores the text and must not log itself.
 void showInStatusLine(const char* text) { statusLine = text; }
 
 }  // namespace
@@ -24,7 +24,7 @@ int main(int argc, char** argv) {
     if (argc != 2) return 2;
 
     kxLog::setWarningCB(showInStatusLine);
-    kxLog::setLogFormat(1);  // text; chosen before the file
+    kxLog::setLogFormat(1);  // text; to be chosen before the file
     kxLog::setLogFile((std::string(argv[1]) + "/session.log").c_str());
     if (!kxLog::getLogFile()) return 1;  // an error on standard error has said why
 
@@ -32,7 +32,8 @@ int main(int argc, char** argv) {
     kxLog::warning("%d of %d faces dropped", 3, 1200);
     kxLog::info("done");
 
-    // The log does not tell whether a line has reached the file: who must know looks.
+    // The log does not report whether a line has reached the file; if it matters, look into the
+    // file.
     std::string lines;
     if (!kxFile::read(kxLog::getLogFile(), lines)) {
         kxFile::perror(kxLog::getLogFile());

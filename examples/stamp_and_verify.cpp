@@ -14,8 +14,8 @@
 
 namespace {
 
-// False if the file could not be read. kxFile::checkChecksum() would print what it finds by itself,
-// but says that a file is fine where it has no checksum, or cannot be read.
+// Returns false if the file could not be read. kxFile::checkChecksum() would print its findings by
+// itself, but it says that a file is fine even if it has no checksum or cannot be read.
 bool verify(const std::string& path) {
     using State = kxFile::ChecksumInfo::State;
     const kxFile::ChecksumInfo found = kxFile::findChecksum(path);
@@ -31,7 +31,7 @@ bool verify(const std::string& path) {
 bool changeOneByte(const std::string& path) {
     std::fstream file(path, std::ios::in | std::ios::out | std::ios::binary);
     file.put('X');
-    file.close();  // what has been written arrives here, or not
+    file.close();  // only now is it known whether everything was written
     return file.good();
 }
 
@@ -41,7 +41,7 @@ int main(int argc, char** argv) {
     if (argc != 2) return 2;
     const std::string path = argv[1];
 
-    // appendChecksum() would create a file that is missing.
+    // Without this check appendChecksum() would create a missing file.
     if (!kxFile::checkRead(path, /*ask=*/false, /*log=*/true)) return 1;
     if (!kxFile::appendChecksum(path, kxFile::getChecksum(path))) {
         kxFile::perror(path);

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Reads a file of any size through one buffer and makes its Base64 text and its CRC-32 on the way.
+// Reads a file of any size through one buffer, and makes its Base64 text and its CRC-32 in one
+// pass.
 //
 //     stream_codec FILE
 #include <cerrno>
@@ -24,12 +25,12 @@ int main(int argc, char** argv) {
         return 1;
     }
 
-    // A multiple of 3, so that padding comes at the very end only.
+    // A multiple of 3, so that there is padding only at the very end.
     std::vector<char> bytes(196608);
     std::string text;
     std::uint32_t crc = 0;
     int error = 0;
-    // An error of reading ends the stream as the end of the file does: errno tells them apart.
+    // A read error ends the stream just as the end of the file does; errno tells them apart.
     const auto readBlock = [&] {
         errno = 0;
         in.read(bytes.data(), static_cast<std::streamsize>(bytes.size()));

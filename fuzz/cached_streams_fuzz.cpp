@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The cached streams: any sequence of operations on an input or output stream does what the models,
-// which work on strings in place of files, say.
+// The cached streams: any sequence of operations on an input or output stream does what the models
+// do, which work on strings in place of files.
 #include <unistd.h>
 
 #include "cached_ifstream.h"
@@ -23,7 +23,7 @@ constexpr std::ios_base::openmode modes[] = {std::ios_base::in, std::ios_base::o
 constexpr std::ios_base::seekdir directions[] = {std::ios_base::beg, std::ios_base::cur,
                                                  std::ios_base::end};
 
-// Mostly within the file, at times far behind it or before its start.
+// Mostly within the file, sometimes far beyond its end or before its start.
 long randomOffset(kxfuzz::Input& input) {
     const long offset = static_cast<signed char>(input.byte());
     return input.flag() ? offset : offset * (1L << 24);
@@ -75,7 +75,7 @@ void checkInput(kxfuzz::Input& input) {
                 requireEqual("state after putback", in.bad(), isEnd(expected));
                 break;
             }
-            case 5: {  // what stands there, as far as the model knows
+            case 5: {  // the character there, as far as the model knows it
                 const int expected = model.putBack();
                 requireEqual("sungetc", buffer.sungetc(), expected);
                 if (!isEnd(expected)) {
@@ -125,7 +125,7 @@ void checkInput(kxfuzz::Input& input) {
             case 11:
                 requireEqual("in_avail", static_cast<long>(buffer.in_avail()), model.available());
                 break;
-            case 12: {  // the next character, after the current one
+            case 12: {  // the character after the current one
                 const int expected = isEnd(model.get()) ? -1 : model.peek();
                 requireEqual("snextc", buffer.snextc(), expected);
                 break;
@@ -137,7 +137,7 @@ void checkInput(kxfuzz::Input& input) {
                 requireEqual("state after close", in.bad(), !isOpen);
                 break;
             }
-            case 14:  // only a stream that is closed: the file of an open one would be lost
+            case 14:  // only for a closed stream: the file of an open one would be lost
                 if (!model.isOpen()) {
                     buffer.open(path.c_str());
                     model.open();
@@ -218,7 +218,7 @@ void checkOutput(kxfuzz::Input& input) {
                     out.clear();
                     break;
                 }
-                case 7:  // only a stream that is closed: the file of an open one would be lost
+                case 7:  // only for a closed stream: the file of an open one would be lost
                     if (!model.isOpen()) {
                         buffer.open(path.c_str());
                         model.open();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Reads the bytes that a fuzzer makes up as numbers and texts.
+// Reads the bytes that a fuzzer invents as numbers and texts.
 #pragma once
 
 #include <cstddef>
@@ -10,7 +10,7 @@
 
 namespace kxfuzz {
 
-/// Whatever is read at the end is 0 or empty, so every input stands for something.
+/// Anything read after the end is 0 or empty, so every input has a meaning.
 class Input {
 public:
     Input(const std::uint8_t* data, std::size_t size) : _at(data), _end(data + size) {}
@@ -21,7 +21,7 @@ public:
 
     bool flag() { return (byte() & 1) != 0; }
 
-    /// 0 to `largest`, from one byte or, where that is too small, from two or four.
+    /// 0 to `largest`, read from one byte or, if that is too small, from two or four.
     std::uint32_t upTo(std::uint32_t largest) {
         std::uint32_t value = byte();
         if (largest > 0xFF) value |= byte() << 8;
@@ -29,8 +29,8 @@ public:
         return largest == 0xFFFFFFFF ? value : value % (largest + 1);
     }
 
-    /// The bytes up to the next 0xFF or the end; two of them stand for one that is meant. Words of
-    /// a dictionary can thus be put anywhere without a length that would have to match.
+    /// The bytes up to the next 0xFF or the end; two 0xFF in a row stand for a real one. Words of a
+    /// dictionary can thus be inserted anywhere without a length that has to match.
     std::string text() {
         std::string result;
         while (!empty()) {
@@ -42,8 +42,8 @@ public:
         return result;
     }
 
-    /// A text, or, to come near the limit of 2047 characters with a small input, one repeated up to
-    /// a length of 1990 to 2117.
+    /// A text, or one repeated to a length of 1990 to 2117, so that a small input can come near the
+    /// limit of 2047 characters.
     std::string longText() {
         const unsigned length = byte();
         std::string result = text();
@@ -54,7 +54,7 @@ public:
         return result;
     }
 
-    /// All that is left, as it is.
+    /// All that is left, unchanged.
     std::string rest() {
         const std::string result(_at, _end);
         _at = _end;

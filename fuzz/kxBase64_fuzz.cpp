@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxBase64: every kernel and form agrees with the slow model and touches nothing beyond its
-// buffers; what was encoded decodes to itself, whatever foreign bytes come in between.
+// kxBase64: every kernel and every form agrees with the slow model and touches nothing beyond its
+// buffers. Encoded bytes decode to themselves, whatever foreign bytes come in between.
 #include "kxBase64.h"
 
 #include <algorithm>
@@ -21,8 +21,8 @@ using Raw = std::function<unsigned long(const char*, unsigned long, char*)>;
 
 namespace {
 
-// Input and output end, and then begin, next to memory that may not be touched; beside `expected`
-// the output has room for a few bytes, which must stay as they are.
+// Input and output first end, and then begin, next to memory that must not be touched. The output
+// has room for a few bytes beside `expected`, which must not change.
 void checkRaw(const char* what, const Raw& convert, const std::string& in, unsigned long result,
               const std::string& expected) {
     static const kxtest::Guarded source(1 << 17), target(1 << 17);
@@ -39,7 +39,7 @@ void checkRaw(const char* what, const Raw& convert, const std::string& in, unsig
     requireEqual(what, std::string(first, expected.size() + margin.size()), expected + margin);
 }
 
-// The forms that fill a string, also from itself.
+// The forms that fill a string, even from that string itself.
 template <class Convert, class ConvertString>
 void checkStrings(const Convert& convert, const ConvertString& convertString, const std::string& in,
                   const std::string& expected, std::size_t capacity) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxCRC32: every implementation agrees with a division bit by bit, whole and in pieces; the hash
+// kxCRC32: every implementation, whole and in pieces, agrees with a division bit by bit; the hash
 // agrees with its model.
 #include "kxCRC32.h"
 

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// File checksums: whatever stands at the end of a file, the answers and messages follow the rules,
-// written out here over the file's bytes; and what has been stamped is found correct.
+// File checksums: whatever is at the end of a file, the answers and messages follow the rules,
+// which are written out here for the bytes of a file; and a file that has been stamped is found
+// correct.
 #include <optional>
 #include <stdexcept>
 
@@ -18,7 +19,7 @@ namespace {
 
 const std::string checksumMark("\0TALOCRC", 8), metaMark = "TALOMETA";
 
-// Files are checked with another implementation.
+// Another implementation checks the files.
 std::uint32_t crc(const std::string& bytes) {
     return kxCRC32::calc_8bytes(bytes.data(), bytes.size());
 }
@@ -29,7 +30,7 @@ std::string hex(std::size_t number) {
     return digits;
 }
 
-// Other ones at every place.
+// Different ones at every place.
 std::string mixedBytes(std::size_t count) {
     std::string bytes;
     for (std::uint32_t state = 1; bytes.size() < count; state = state * 1664525U + 1013904223U)
@@ -49,7 +50,7 @@ std::string randomFile(kxfuzz::Input& input, std::size_t offset) {
             case 1:
                 file += std::string(input.byte(), static_cast<char>(input.byte()));
                 break;
-            case 2:  // once in a while more than the 81920 bytes that are read at a time
+            case 2:  // sometimes more than the 81920 bytes that are read at a time
                 if (file.size() < 1000)
                     file += mixedBytes(input.byte() > 0xF0 ? 0xFFFF + input.upTo(0xFFFF)
                                                            : input.upTo(2000));
@@ -82,7 +83,7 @@ struct Answer {
     bool isAccepted = true, isThrown = false;
     std::uint32_t checksum = 0;
     std::string out;
-    // For findChecksum; no footer where there is no text.
+    // For findChecksum; `stored` has no value if there is no footer.
     bool hasMeta = false;
     std::optional<std::string> stored;
     std::size_t footerAt = 0;

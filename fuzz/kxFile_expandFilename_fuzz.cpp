@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxFile::expandFilename: paths and environments of all kinds give what the model says, with the
-// same errors in the log. The process's own environment is put aside meanwhile.
+// kxFile::expandFilename: for paths and environments of all kinds it returns what the model
+// returns, with equal errors in the log. The environment of the process is put aside meanwhile.
 #include <pwd.h>
 #include <unistd.h>
 
@@ -22,7 +22,7 @@ namespace {
 
 std::vector<std::string> errors;
 
-// The environment is `variables`, and nothing else, as long as this lives.
+// During its lifetime the environment is `variables` and nothing else.
 class Environment {
 public:
     explicit Environment(const std::map<std::string, std::string>& variables) {
@@ -41,7 +41,7 @@ private:
     std::vector<char*> _pointers;
 };
 
-// As the user database has it: no user's name is empty or holds a zero byte.
+// Like the user database: no user's name is empty or contains a zero byte.
 std::optional<std::string> home(const std::string& user) {
     if (user.find('\0') != std::string::npos) return std::nullopt;
     const passwd* const entry = user.empty() ? getpwuid(geteuid()) : getpwnam(user.c_str());
@@ -66,7 +66,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     world.home = home;
     while (!input.empty() && world.variables.size() < 16) {
         const std::string name = input.text(), value = input.longText();
-        // What an environment can hold.
+        // Only what an environment can hold.
         if (!name.empty() && name.find('=') == std::string::npos &&
             name.find('\0') == std::string::npos)
             world.variables[name] = value.substr(0, value.find('\0'));

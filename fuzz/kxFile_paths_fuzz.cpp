@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxFile's functions on path names agree with models that follow the rules character by character.
+// kxFile's functions for path names agree with models that follow the rules character by character.
 #include "input.h"
 #include "kxFile.h"
 #include "kxFileExtension.h"
@@ -45,7 +45,8 @@ void checkPair(const std::string& first, const std::string& second) {
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
     kxfuzz::Input input(data, size);
-    // 1 to 255: `second` is padded to a length of about 2046, the most that some results may have.
+    // 1 to 255: `second` is padded to a length of about 2046, the greatest that some results may
+    // have.
     const std::size_t padded = input.byte();
     const std::string common = input.text(), first = input.text();
     std::string second = input.text();

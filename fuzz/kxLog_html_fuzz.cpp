@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// HTML lines of the log: whatever a message holds, no element but the log's own comes out, and the
+// HTML lines of the log: whatever a message contains, only the log's own elements come out, and the
 // text can be read back.
 #include "input.h"
 #include "kxLog.h"
@@ -20,8 +20,8 @@ constexpr Level levels[] = {{kxLog::infoI, {"008c00", "008c8c"}},
                             {kxLog::warningI, {"b4b400", "b4b48c"}},
                             {kxLog::errorI, {"b40000", "b4008c"}}};
 
-// `html` holds text only, no element and no attribute's end: what its character references, of the
-// four kinds that the log writes, stand for.
+// `html` must contain only text, no element and no end of an attribute. Returns it with its
+// character references replaced, which are of the four kinds that the log writes.
 std::string readBack(const std::string& html) {
     std::string text;
     for (std::size_t at = 0; at < html.size();) {

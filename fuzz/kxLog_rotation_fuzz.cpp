@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Log files: whatever an existing file of the name holds, opening the log and writing messages in
-// each format moves, creates and appends as the model says, which works on strings in place of
-// files; no byte of an old log is lost, but that of an earlier file moved aside under the same
-// name.
+// Log files: whatever an existing file of the name contains, opening the log and writing messages
+// in each format moves, creates and appends to files as the model says, which works on strings in
+// place of files. No byte of an old log is lost, except those of a file that was moved aside
+// earlier under the same name.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -229,8 +229,8 @@ void logMessage(State& state, const Level& level, const Settings& settings, cons
 
 // --- The library ---------------------------------------------------------------------------------
 
-// A zone where it is noon when the program starts: runs of less than twelve hours meet no midnight.
-// (One that does is no harm, but for the one input.)
+// Sets a zone where it is noon when the program starts, so that runs of less than twelve hours do
+// not meet midnight. (A run that does spoils only one input.)
 bool setNoon() {
     constexpr long day = 24 * 3600;
     const long west = std::time(nullptr) % day - day / 2;
@@ -256,7 +256,7 @@ State lookAround(const std::string& folder) {
     return state;
 }
 
-// Runs `act` and compares with what `model` does at some moment meanwhile.
+// Runs `act` and compares the result with that of `model` at some moment meanwhile.
 template <class Act, class Model>
 void compare(const char* what, State& state, const std::string& folder, const Act& act,
              const Model& model) {
@@ -264,7 +264,7 @@ void compare(const char* what, State& state, const std::string& folder, const Ac
     act();
     const State got = lookAround(folder);
     State expected;
-    // time() may lag behind a finer clock by a tick, so one second more counts as now.
+    // time() may lag behind a finer clock by a tick, so one second later still counts as now.
     for (std::time_t now = start; now <= std::time(nullptr) + 1; ++now) {
         expected = state;
         expected.out = expected.err = "";
@@ -275,7 +275,7 @@ void compare(const char* what, State& state, const std::string& folder, const Ac
     state = expected;
 }
 
-// Stands in for what an input cannot hold: days that depend on the day, and long texts.
+// Stands in for what an input cannot contain: stamps that depend on today's date, and long texts.
 std::string unpacked(const std::string& text) {
     const std::time_t now = std::time(nullptr), yesterday = now - 24L * 3600;
     const std::array<std::string, 6> words = {
@@ -334,7 +334,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
             [&](State& expected, std::time_t now) { openLog(expected, settings, path, now); });
         for (int messages = 0; messages < 4 && !input.empty(); ++messages) {
             const auto log = state.files.find(state.logFile);
-            // A header without an end makes the first message the stamp that the next one reads.
+            // If the header has no end, the first message becomes the stamp that the next one
+            // reads.
             if (settings.format == 3 && log != state.files.end() &&
                 !firstStamp(log->second, true).isRepresentable)
                 break;
@@ -346,7 +347,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                     logMessage(expected, level, settings, text, now);
                 });
         }
-    } else {  // what scanf makes of it is nobody's business, as long as nothing else goes wrong
+    } else {  // whatever scanf makes of it is fine, provided that nothing else goes wrong
         kxLog::setLogFile(path.c_str());
     }
     std::filesystem::remove_all(folder);

@@ -2,7 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // kxMessage: records that are changed, copied, merged and read in any order behave like a plain map
-// and a number beside it.
+// with a number beside it.
 #include "kxMessage.h"
 
 #include <array>
@@ -56,7 +56,7 @@ Value randomValue(kxfuzz::Input& input) {
     }
 }
 
-// Few names, so that they meet.
+// There are only a few names, so that they coincide.
 std::string randomName(kxfuzz::Input& input) {
     static const std::array<std::string, 6> names = {"", "a", "b", "B", "text", "button"};
     const std::uint32_t i = input.upTo(names.size());
@@ -170,7 +170,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
                             "an absent name does not give the shared empty value");
                 break;
             }
-            case 8: {  // an attribute is set to one of the record's own
+            case 8: {  // sets an attribute to one of the record's own
                 const std::string name = randomName(input), from = randomName(input);
                 record.set(name, record.get(from), true);
                 const auto source = model.attributes.find(from);

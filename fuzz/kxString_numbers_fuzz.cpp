@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxString's numbers: reading agrees with a standard stream in the classic locale, lists are cut
-// and digits grouped as the models do it, always within bounded time and space.
+// kxString's numbers: reading agrees with a standard stream in the classic locale, and lists are
+// split and digits grouped as in the models, always within bounded time and space.
 #include <cmath>
 #include <cstring>
 #include <limits>
@@ -20,8 +20,8 @@ using kxfuzz::requireEqual;
 
 namespace {
 
-// The library reads alike with every standard library, but libc++'s stream is no model of it: there
-// "9x" is 0, and 1e39 infinite.
+// The library reads alike with every standard library, but the stream of libc++ is no model for it:
+// there "9x" is 0, and 1e39 is infinite.
 #ifdef _LIBCPP_VERSION
 constexpr bool streamIsModel = false;
 #else
@@ -37,7 +37,7 @@ Float extracted(const std::string& text) {
     return value;
 }
 
-// The same bits, so that 0 and -0 differ and a NaN is itself.
+// Compares the bits, so that 0 and -0 differ and a NaN equals itself.
 template <class Float>
 void requireSame(const char* what, Float got, Float expected) {
     if (std::memcmp(&got, &expected, sizeof got) != 0) kxfuzz::failDifferent(what, got, expected);
@@ -83,11 +83,11 @@ void checkWriting(const std::vector<float>& values) {
     requireEqual("createStringFromValues", kxString::createStringFromValues(values), expected);
 }
 
-// Each run for itself: no run reaches beyond its own grouped form. One for which the rule has no
-// end is grouped once.
+// Groups each run separately, since no run reaches beyond its own grouped form. A run for which the
+// rule never ends is grouped once.
 std::string grouped(const std::string& text, const std::string& separator, std::size_t group) {
     std::string result;
-    std::set<std::size_t> endless;  // lengths of runs; what the digits are makes no difference
+    std::set<std::size_t> endless;  // lengths of runs; the digits themselves make no difference
     for (std::size_t at = 0; at < text.size();) {
         std::size_t end = at;
         while (end < text.size() && text[end] >= '0' && text[end] <= '9') ++end;
@@ -111,7 +111,7 @@ std::string grouped(const std::string& text, const std::string& separator, std::
     return result;
 }
 
-// Shortened to what the model can tell from a run for which the rule has no end.
+// Shortened so that the model can tell it from a run for which the rule never ends.
 std::string withShortRuns(const std::string& text) {
     std::string result;
     int run = 0;
@@ -137,7 +137,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     if (!values.empty()) std::memcpy(values.data(), binary.data(), values.size() * sizeof(float));
     checkWriting(values);
 
-    // Not compared, but bounded: such separators make a result grow with the square of a run.
+    // Not compared, but bounded, because such separators make a result grow with the square of a
+    // run.
     const std::string few = text.substr(0, 100);
     require(kxString::beautifyDigits(few, separator, group).size() <=
                 (few.size() + 1) * (few.size() + 1) * (separator.size() + 1),

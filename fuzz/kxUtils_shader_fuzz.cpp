@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Shader decryption and its cipher: well-formed blocks decode to what was encoded, by one key
-// stream from their first byte on, and nothing behind their end is read.
+// Shader decryption and its cipher: well-formed blocks decode to the original text, all with one
+// key stream from their first byte on, and nothing after their end is read.
 #include <cstring>
 #include <vector>
 
@@ -17,7 +17,7 @@ using kxfuzz::requireEqual;
 
 namespace {
 
-// The block of `text`, at the end of readable memory or, `offset` bytes on, at its start.
+// The block for `text`, at the end of readable memory or `offset` bytes after its start.
 const unsigned char* block(const std::string& text, std::size_t offset, bool atEnd) {
     static const kxtest::Guarded memory(1 << 16);
     std::string bytes;
@@ -34,7 +34,7 @@ std::string exclusiveOr(std::string text, const std::string& other) {
 }
 
 void checkDecryption(const std::string& text, std::size_t offset) {
-    // Of zeros, what comes out is the key stream itself.
+    // Encrypting zeros gives the key stream itself.
     const std::string stream =
         kxUtils::decryptShader(block(std::string(text.size(), '\0'), 0, true));
     const std::string coded = kxUtils::decryptShader(block(text, 0, true));
@@ -73,7 +73,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::size_t repetitions = 1 + input.upTo(3);
     std::string keyText;
     const std::string piece = input.text();
-    for (std::size_t i = 0; i < repetitions; ++i) keyText += piece;  // also beyond 256 bytes
+    for (std::size_t i = 0; i < repetitions; ++i) keyText += piece;  // also more than 256 bytes
     const std::string text = input.rest().substr(0, 4096);
 
     checkDecryption(text, offset);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Keeps libFuzzer's own lines, and the sanitizers' reports, on the console, whatever a target does
+// Keeps libFuzzer's own output and the sanitizers' reports on the console, whatever a target does
 // with the standard streams.
 #include <vector>
 

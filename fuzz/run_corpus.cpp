@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Feeds a fuzz target with files, for builds without libFuzzer.
+// Feeds files to a fuzz target, for builds without libFuzzer.
 //
 //     NAME_corpus FOLDER
 #include <algorithm>
@@ -27,7 +27,7 @@ int main(int argc, char** argv) {
 
     for (const std::string& file : files) {
         const std::string bytes = kxfuzz::readFile(file);
-        // Exactly as large as the file, so that a read beyond it shows.
+        // Exactly as large as the file, so that a read beyond its end is noticed.
         const std::vector<std::uint8_t> input(bytes.begin(), bytes.end());
         try {
             LLVMFuzzerTestOneInput(input.data(), input.size());

@@ -15,7 +15,8 @@
 namespace kxfuzz {
 namespace {
 
-// The console as it was when the program started: holdConsole() and libFuzzer redirect the other.
+// The console as it was when the program started. holdConsole() and libFuzzer redirect the original
+// descriptor.
 const int console = dup(STDERR_FILENO);
 
 class Folder {
@@ -40,7 +41,7 @@ Folder& folder() {
     return instance;
 }
 
-// Reads and empties one of the files that stand for the console.
+// Reads and empties one of the files that replace the console.
 std::string take(int file) {
     struct stat info {};
     if (fstat(file, &info) != 0) fail("cannot look at the console's file");
@@ -53,7 +54,8 @@ std::string take(int file) {
 
 void redirect(int descriptor) {
     const std::string path = privateFolder() + "/console";
-    // Appending: its end is where the next byte goes, also after it has been emptied.
+    // Opened for appending, so that the next byte goes to the end of the file even after it has
+    // been emptied.
     const int file = open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0600);
     if (file < 0 || dup2(file, descriptor) < 0) fail("cannot redirect the console");
     close(file);

@@ -52,7 +52,7 @@ TEST_P(Base64Kernels, EncodeLongInputs) {
 
 class Base64KernelsDecode : public Base64Kernels {
 protected:
-    /// Input and output end at guard pages, the output where the last expected byte is.
+    /// Input and output end at guard pages; the output has room only up to the last expected byte.
     static void expectDecoded(const std::string& text, const Decoded& expected) {
         static const kxtest::Guarded source(1 << 20), target(1 << 17);
         char* const out = target.end() - expected.written.size();
@@ -86,7 +86,7 @@ TEST_P(Base64KernelsDecode, AnyByteAtEveryPosition) {
                 text[at] = odd;
                 ASSERT_NO_FATAL_FAILURE(expectDecoded(text));
             }
-            // Inserted, so that the last group stays complete.
+            // The byte is inserted, so the last group stays complete.
             ASSERT_NO_FATAL_FAILURE(expectDecoded(clean.substr(0, at) + '\n' + clean.substr(at)));
             ASSERT_NO_FATAL_FAILURE(
                 expectDecoded(clean.substr(0, at) + "\r\n" + clean.substr(at, 5) + "===="));
@@ -126,8 +126,8 @@ TEST_P(Base64KernelsDecode, ManyForeignBytesInsideAGroup) {
     }
 }
 
-// A decoded byte is never ahead of the characters that it comes from, neither for a kernel that
-// takes many at a time.
+// A decoded byte is never written ahead of the characters that it comes from, not even by a kernel
+// that takes many at a time.
 TEST_P(Base64KernelsDecode, InPlace) {
     static const kxtest::Guarded little(4096), much(1 << 17);
     const auto expectInPlace = [](const kxtest::Guarded& memory, const std::string& text,

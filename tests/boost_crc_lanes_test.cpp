@@ -17,7 +17,8 @@ using kx::detail::processBytesInLanes;
 
 namespace {
 
-// From the register `start`, both ways leave the same register, whatever is asked of it.
+// Starting from the register `start`, both ways end with equal registers, whatever is then asked of
+// them.
 void expectAsByBoost(const char* data, std::size_t size, std::uint32_t start) {
     BoostCrc32 boosts(start), ours(start);
     boosts.process_bytes(data, size);
@@ -44,7 +45,7 @@ TEST(BoostCrcLanes, EveryLengthFromAnyStart) {
 }
 
 TEST(BoostCrcLanes, LongLengthsFromAnyStart) {
-    constexpr std::size_t most = 81920;  // what the lanes take at once
+    constexpr std::size_t most = 81920;  // the most that the lanes take at once
     const std::string all = kxtest::randomBytes(3 * most);
     std::mt19937 random(2);
     const auto expectSame = [&](std::size_t n) {

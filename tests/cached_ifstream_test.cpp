@@ -47,7 +47,7 @@ std::string rest(std::streambuf& buffer) {
 
 long position(std::streambuf& buffer) { return buffer.pubseekoff(0, ios_base::cur, ios_base::in); }
 
-// Plug-ins are compiled against these.
+// Plug-ins are compiled against this layout.
 struct Fields : std::streambuf {
     char* buffer;
     std::int32_t size;
@@ -115,7 +115,7 @@ TEST(CachedIstreambuf, ThrowsForANegativeSize) {
     const std::string file = dir.write("f", "abc");
     const int before = kxtest::nextDescriptor();
     EXPECT_THROW(cached_istreambuf(-1, file.c_str()), std::bad_alloc);
-    EXPECT_THROW(cached_ifstream(file.c_str(), 0x80000000), std::bad_alloc);  // narrowed
+    EXPECT_THROW(cached_ifstream(file.c_str(), 0x80000000), std::bad_alloc);  // narrowed size
     EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
@@ -171,14 +171,14 @@ TEST(CachedIfstream, CloseSetsBadbitOnlyWithoutAnOpenFile) {
     EXPECT_EQ(in.rdstate(), ios_base::badbit);
 }
 
-// Badbit comes only where no file is open that an exception could leave so.
+// badbit is set only if no file is open, so an exception cannot leave one open.
 TEST(CachedIfstream, CloseThrowsOnlyWithoutAnOpenFile) {
     const kxtest::TempDir dir;
     const std::string file = dir.write("f", "abc");
     const int before = kxtest::nextDescriptor();
     cached_ifstream in(file.c_str(), 4);
     std::string word;
-    in >> word >> word;  // to the end, and beyond
+    in >> word >> word;  // to the end and beyond
     EXPECT_TRUE(in.fail());
     in.exceptions(ios_base::badbit);
     EXPECT_NO_THROW(in.close());
@@ -222,7 +222,7 @@ TEST(CachedIstreambuf, OpensLater) {
     buffer.open(dir.write("f", "abcdef").c_str());
     EXPECT_TRUE(buffer.is_valid());
     EXPECT_EQ(rest(buffer), "abcdef");
-    EXPECT_TRUE(buffer.is_valid());  // at the end of the file too
+    EXPECT_TRUE(buffer.is_valid());  // also at the end of the file
     buffer.open(nullptr);
     EXPECT_TRUE(buffer.is_valid());
     buffer.close();
@@ -239,7 +239,7 @@ TEST(CachedIstreambuf, OpenNeitherClosesTheFileNorResetsTheBuffer) {
     buffer.open(second.c_str());
     EXPECT_EQ(rest(buffer), "bcd12345678");
     EXPECT_TRUE(kxtest::isOpenOn(lost, first));
-    close(lost);  // nobody else can
+    close(lost);  // nothing else can close it
 }
 
 // --- Positions -----------------------------------------------------------------------------------
@@ -251,7 +251,7 @@ TEST(CachedIfstream, ReportsThePositionBehindTheBuffer) {
     char bytes[10];
     in.read(bytes, 10);
     EXPECT_EQ(in.tellg(), 100);
-    in.seekg(100);  // where the file stands: keeps the buffer
+    in.seekg(100);  // the file is there already, so the buffer is kept
     EXPECT_EQ(in.get(), 10);
     in.seekg(0, ios_base::end);
     EXPECT_EQ(in.get(), 11);
@@ -270,8 +270,8 @@ struct SeekCase {
 };
 static void PrintTo(const SeekCase& c, std::ostream* os) { *os << c.name; }
 
-// Byte 0 of a file 0, 1, ... 99 was read through a buffer of 10: the file stands at 10, 9 bytes
-// are buffered.
+// Byte 0 of a file with the bytes 0, 1, ... 99 was read through a buffer of 10: the file is at 10,
+// and 9 bytes are buffered.
 class CachedIstreambufSeek : public testing::TestWithParam<SeekCase> {};
 TEST_P(CachedIstreambufSeek, Offset) {
     const SeekCase& c = GetParam();
@@ -338,27 +338,27 @@ TEST(CachedIstreambuf, PositionsGoBeyond32Bits) {
     const kxtest::TempDir dir;
     const std::string file = dir.write("f", "abc");
     const int fd = open(file.c_str(), O_WRONLY | O_CLOEXEC);
-    ASSERT_EQ(pwrite(fd, "xyz", 3, far), 3);  // all between is a hole
+    ASSERT_EQ(pwrite(fd, "xyz", 3, far), 3);  // the rest is a hole
     close(fd);
     cached_istreambuf buffer(2, file.c_str());
     EXPECT_EQ(buffer.pubseekpos(far), std::streampos(far));
     EXPECT_EQ(buffer.sbumpc(), 'x');
     EXPECT_EQ(position(buffer), far + 2);
-    EXPECT_EQ(buffer.pubseekoff(-1, ios_base::end), std::streampos(far + 2));  // keeps
+    EXPECT_EQ(buffer.pubseekoff(-1, ios_base::end), std::streampos(far + 2));  // keeps the buffer
     EXPECT_EQ(rest(buffer), "yz");
     EXPECT_EQ(buffer.pubseekoff(far, ios_base::beg), std::streampos(far));
     EXPECT_EQ(rest(buffer), "xyz");
 }
 
-// The position of a pipe is always -1, and so is the result of seeking it: nothing moves.
+// The position of a pipe is always -1, and so is the result of seeking in it: nothing moves.
 TEST(CachedIstreambuf, SeekingAPipeKeepsTheBufferAndPositioningDiscardsIt) {
     const kxtest::TempDir dir;
     const std::string pipe = dir.file("pipe");
     ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
-    const int fd = open(pipe.c_str(), O_RDWR | O_CLOEXEC);  // a writer, so that no open blocks
+    const int fd = open(pipe.c_str(), O_RDWR | O_CLOEXEC);  // with a writer, so no open blocks
     ASSERT_EQ(write(fd, "abcdefgh", 8), 8);
     cached_istreambuf buffer(4, pipe.c_str());
-    close(fd);  // the bytes stay, and a read behind them ends
+    close(fd);  // the bytes stay, and a read beyond them ends
     EXPECT_EQ(buffer.sbumpc(), 'a');
     EXPECT_EQ(position(buffer), -1);
     EXPECT_EQ(buffer.pubseekoff(1, ios_base::beg), std::streampos(-1));

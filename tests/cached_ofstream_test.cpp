@@ -30,7 +30,8 @@ long sizeOf(const std::string& path) {
     return info.st_size;
 }
 
-/// Opens the protected operations and counts the calls of sync that come through the virtual table.
+/// Makes the protected operations public and counts the calls of sync that come through the virtual
+/// table.
 class Probe : public cached_streambuf {
 public:
     using cached_streambuf::cached_streambuf;
@@ -44,7 +45,7 @@ protected:
     }
 };
 
-// Plug-ins are compiled against these.
+// Plug-ins are compiled against this layout.
 struct Fields : std::streambuf {
     std::FILE* file;
     bool ok;
@@ -64,7 +65,7 @@ static_assert(std::is_nothrow_destructible_v<cached_streambuf>, "an exception te
 
 // --- Writing files -------------------------------------------------------------------------------
 
-// What is on the disk at any moment: all but the bytes that came after the last block of `size`.
+// What is on the disk at any moment: everything but the bytes after the last block of `size`.
 class CachedStreambufModel : public testing::TestWithParam<int> {};
 TEST_P(CachedStreambufModel, AgreesOnRandomSequences) {
     const int size = GetParam();
@@ -93,7 +94,7 @@ TEST_P(CachedStreambufModel, AgreesOnRandomSequences) {
                 written += pending;
                 pending.clear();
                 break;
-            case 1:  // goes ahead of what is pending
+            case 1:  // goes ahead of the pending bytes
                 buffer.write_buffer(bytes.data(), bytes.size());
                 written += bytes;
                 break;
@@ -133,7 +134,7 @@ TEST(CachedOfstream, NarrowsTheSizeToInt) {
     EXPECT_EQ(sizeOf(file), 0);
     four << 'e';
     EXPECT_EQ(sizeOf(file), 4);
-    cached_ofstream none(file.c_str(), 0x80000000);  // negative: unbuffered
+    cached_ofstream none(file.c_str(), 0x80000000);  // as a negative size, it means unbuffered
     none << "ab";
     EXPECT_EQ(sizeOf(file), 2);
 }
@@ -238,7 +239,7 @@ TEST(CachedStreambuf, OverflowSyncsThroughTheVirtualTableAndAnswersZero) {
     buffer.close();
     EXPECT_EQ(buffer.syncs, 4);
     buffer.close();
-    EXPECT_EQ(buffer.syncs, 4);  // without a file nothing is synced
+    EXPECT_EQ(buffer.syncs, 4);  // nothing is synced without a file
 }
 
 TEST(CachedStreambuf, UnbufferedOverflowSyncsThroughTheVirtualTable) {
@@ -262,7 +263,7 @@ TEST(CachedStreambuf, OpenNeitherClosesTheFileNorResetsTheBuffer) {
     EXPECT_EQ(kxtest::slurp(first), "abcd");
     EXPECT_EQ(kxtest::slurp(second), "ef");
     EXPECT_TRUE(kxtest::isOpenOn(lost, first));
-    close(lost);  // nobody else can
+    close(lost);  // nothing else can close it
 }
 
 TEST(CachedStreambuf, OpensAgainAfterClose) {
@@ -290,7 +291,7 @@ void put(const Buffer& buffer, int n) {
 
 struct FailureCase {
     const char* name;
-    void (*write)(Buffer& buffer, int size);  // makes the device refuse for the first time
+    void (*write)(Buffer& buffer, int size);  // makes the device refuse a write for the first time
 };
 static void PrintTo(const FailureCase& c, std::ostream* os) { *os << c.name; }
 
@@ -322,7 +323,7 @@ static const FailureCase failureCases[] = {
     {"Flush",
      [](Buffer& buffer, int size) {
          put(buffer, size < 1 ? 1 : size);
-         EXPECT_EQ(buffer->is_valid(), size >= 1);  // nothing was written yet, or it failed
+         EXPECT_EQ(buffer->is_valid(), size >= 1);  // nothing has been written yet, or it failed
          EXPECT_EQ(buffer->pubsync(), 0);
      }},
     {"WriteBuffer", [](Buffer& buffer, int) { buffer->write_buffer("x", 1); }},
@@ -340,7 +341,8 @@ static const FailureCase failureCases[] = {
 INSTANTIATE_TEST_SUITE_P(Table, CachedStreambufFull, testing::ValuesIn(failureCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// close() tests validity before its own flush, so only an earlier flush shows in the state.
+// close() tests validity before its own flush, so the state shows only the failure of an earlier
+// flush.
 TEST(CachedOfstreamFull, CloseReportsOnlyFailuresBeforeItsOwnFlush) {
     if (access(fullDevice, W_OK) != 0) GTEST_SKIP() << "no " << fullDevice;
     for (const bool flush : {false, true}) {
@@ -355,7 +357,7 @@ TEST(CachedOfstreamFull, CloseReportsOnlyFailuresBeforeItsOwnFlush) {
     }
 }
 
-// An exception out of close() must not keep the file open until the stream is destroyed.
+// If close() throws, the file must not stay open until the stream is destroyed.
 TEST(CachedOfstreamFull, CloseClosesTheFileBeforeBadbitThrows) {
     const kxtest::TempDir dir;
     kxtest::Captured err(stderr);
@@ -400,7 +402,7 @@ TEST(CachedStreambufFull, NothingReachesTheFileAfterAFailure) {
         buffer.write_buffer("z", 1);
         buffer.close();
         EXPECT_EQ(kxtest::slurp(file), std::string(250, 'x'));
-        buffer.open(other.c_str());  // another file is no new start either
+        buffer.open(other.c_str());  // another file does not clear the failure either
         EXPECT_FALSE(buffer.is_valid());
         buffer.sputn("z", 1);
         buffer.close();
@@ -437,7 +439,7 @@ TEST(CachedOfstreamCount, CountsABufferOnlyWhenItIsFlushed) {
     EXPECT_EQ(out.size(), 0);
     out << 'x';
     EXPECT_EQ(out.size(), 4096);
-    out.close();  // no file: not even a flush
+    out.close();  // without a file, it does not even flush
     EXPECT_EQ(out.rdstate(), ios_base::goodbit);
     EXPECT_EQ(out.size(), 4096);
     out.flush();
@@ -459,7 +461,7 @@ TEST(CachedStreambufCount, TruncatesAFileThatIsOpenedAndStillCounts) {
     buffer.open(file.c_str());
     buffer.sputn("abcdef", 6);
     EXPECT_EQ(buffer.size(), 4);
-    buffer.close();  // flushes now that there is a file
+    buffer.close();  // flushes, now that there is a file
     EXPECT_EQ(buffer.size(), 6);
     EXPECT_TRUE(buffer.is_valid());
     EXPECT_EQ(kxtest::slurp(file), "");

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Both stream pairs together: what one writes the other reads, and what either costs the system.
+// Both stream pairs together: one reads what the other has written, and both are measured by the
+// system calls they make.
 #include <gtest/gtest.h>
 
 #include <map>
@@ -30,8 +31,8 @@ TEST(CachedStreams, ReadBackWhatWasWritten) {
     }
 }
 
-// Every block is one system call between the stream's buffer and the file: nothing in between that
-// would copy, read ahead or position once more.
+// Each block is one system call between the stream's buffer and the file. Nothing in between
+// copies, reads ahead or seeks again.
 class CachedStreamsCalls : public testing::TestWithParam<long> {
 protected:
     void SetUp() override {
@@ -43,10 +44,11 @@ protected:
     }
 
     static long block() { return GetParam(); }
-    /// A file of ten blocks and a half one.
+    /// The size of a file of ten and a half blocks.
     static long bytes() { return 10 * block() + block() / 2; }
 
-    /// Runs the probe; counts its calls on the file by name, and apart those that moved a block.
+    /// Runs the probe. Counts its calls on the file by name and, separately, those that moved a
+    /// whole block.
     void trace(const std::string& what) {
         const std::string log = dir.file("log");
         const auto outcome = kxtest::run({strace, "-s0", "-esignal=none", "-o", log, "-P",
@@ -73,7 +75,7 @@ protected:
 TEST_P(CachedStreamsCalls, Read) {
     trace("read");
     EXPECT_EQ(blocks, 10);
-    EXPECT_LE(calls["read"], 10 + 4);  // the half block, and the end of the file found twice
+    EXPECT_LE(calls["read"], 10 + 4);  // the half block, and finding the end of the file twice
     EXPECT_EQ(calls["lseek"], 0);
 }
 
@@ -86,7 +88,7 @@ TEST_P(CachedStreamsCalls, Write) {
 
 TEST_P(CachedStreamsCalls, Seek) {
     trace("seek");
-    EXPECT_GE(blocks, 20);  // a seek to where the file stands reads nothing
+    EXPECT_GE(blocks, 20);  // a seek to the current position reads nothing
     EXPECT_LE(blocks, 100);
     EXPECT_EQ(calls["read"], blocks);
     EXPECT_LE(calls["lseek"], 100 + 2);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// A program that is started while the library has a file open does not get that file: what the file
-// locks, blocks or keeps on the disk would then last as long as that program runs.
+// A program that is started while the library has a file open does not inherit that file. Otherwise
+// whatever the file locks, blocks or keeps on the disk would last as long as that program runs.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
@@ -27,7 +27,7 @@ protected:
         kxLog::setInfoCB(nullptr);
     }
 
-    // The descriptors of a command that kxFile::execute runs, as it sees them itself.
+    // The descriptors of a command that kxFile::execute runs, as listed by the command itself.
     static std::string ofACommand() {
         const kxtest::TempDir dir;
         const std::string file = dir.file("list");
@@ -35,15 +35,15 @@ protected:
         return kxtest::slurp(file);
     }
 
-    kxtest::Captured output{stdout};  // what is said on the way
+    kxtest::Captured output{stdout};  // hides what is printed meanwhile
     const kxtest::TempDir dir;
-    const std::string none = ofACommand();  // none but those that the test was started with
+    const std::string none = ofACommand();  // only those with which the test was started
     inline static std::string inCallback;
 };
 
 }  // namespace
 
-// The list is worth something: a descriptor that is left to commands is in it.
+// This shows that the list is reliable: a descriptor that commands do inherit is in it.
 TEST_F(CloseOnExec, IsWhatTheListTells) {
     const int inherited = open("/dev/null", O_RDONLY);  // without O_CLOEXEC
     EXPECT_NE(ofACommand(), none);
@@ -102,7 +102,7 @@ TEST_F(CloseOnExec, OutputOfAnotherCommand) {
     const std::string started = dir.file("started"), go = dir.file("go");
     ASSERT_EQ(mkfifo(started.c_str(), 0600), 0);
     ASSERT_EQ(mkfifo(go.c_str(), 0600), 0);
-    // Open from the start, so that nobody waits for the other end.
+    // Open from the start, so that nothing waits for the other end.
     const int startedEnd = open(started.c_str(), O_RDWR | O_CLOEXEC);
     const int goEnd = open(go.c_str(), O_RDWR | O_CLOEXEC);
     std::thread other(

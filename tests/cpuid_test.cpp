@@ -20,7 +20,7 @@ using Query = std::pair<std::uint32_t, std::uint32_t>;  // leaf, sub-leaf
 
 namespace {
 
-// A made-up processor: leaves that nobody set answer zeros. It notes what it is asked.
+// A made-up processor: leaves that have not been set answer zeros. It notes what it is asked.
 class FakeCpu {
 public:
     FakeCpu(std::uint32_t highestLeaf, std::uint32_t highestExtendedLeaf) {
@@ -53,7 +53,7 @@ std::vector<std::uint32_t> lastRegisters(const Fields& f) {
 
 constexpr std::uint32_t bit(unsigned index) { return std::uint32_t{1} << index; }
 
-// Leaf 1 ECX.
+// Bits of leaf 1 ECX.
 constexpr std::uint32_t fusedMultiplyAdd = bit(12), movbe = bit(22), osxsave = bit(27),
                         avx = bit(28);
 
@@ -66,7 +66,7 @@ namespace {
 struct WalkCase {
     const char* name;
     std::uint32_t highestLeaf, highestExtendedLeaf;
-    std::vector<std::uint32_t> leaves;  // each asked with sub-leaf 0
+    std::vector<std::uint32_t> leaves;  // all asked with sub-leaf 0
 };
 void PrintTo(const WalkCase& c, std::ostream* os) { *os << c.name; }
 
@@ -98,7 +98,7 @@ INSTANTIATE_TEST_SUITE_P(Table, CpuidWalk, testing::ValuesIn(walkCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
 // 65,536 standard leaves, as many extended ones, 257 sub-leaves of leaf 4, and the two leaves that
-// tell where the leaves end; without the bound, loops to 0xFFFFFFFF would never end.
+// tell where the leaves end. Without the bound, loops to 0xFFFFFFFF would never end.
 TEST(CpuidWalkBound, NonsenseAnswersEndAndAreDecodedAllTheSame) {
     FakeCpu cpu(0xFFFFFFFF, 0xFFFFFFFF);
     cpu.answers[{1, 0}] = {0x000506E3, 0, avx | fusedMultiplyAdd | movbe | osxsave, 0};
@@ -120,7 +120,7 @@ namespace {
 
 enum Register { EAX, EBX, ECX, EDX };
 
-// Where a field comes from. Rows stand in the order of the fields.
+// Where a field comes from. The rows are in the order of the fields.
 struct Source {
     std::variant<std::int32_t Fields::*, std::uint32_t Fields::*, bool Fields::*> field;
     std::uint32_t leaf;
@@ -183,7 +183,7 @@ const Source sources[] = {
     {&Fields::xsave, 1, ECX, 26, 26},
     {&Fields::osxsave, 1, ECX, 27, 27},
     {&Fields::avx, 1, ECX, 28, 28},
-    // avx2 and avx512 need several bits: they have tests of their own
+    // avx2 and avx512 need several bits, so they have their own tests.
     {&Fields::multithreading, 1, EDX, 28, 28},
     {&Fields::lahfSahf, 0x80000001, ECX, 0, 0},
     {&Fields::cmpLegacy, 0x80000001, ECX, 1, 1},
@@ -221,7 +221,8 @@ std::int64_t expectedValue(const Source& source, const std::uint32_t (&registers
     std::int64_t value = 0;
     for (unsigned i = source.first; i <= source.last; ++i)
         if (registers[source.reg] & bit(i)) value += std::int64_t{1} << (i - source.first);
-    // Only the number of sets and the feature word use a whole register; the former is signed.
+    // Only the number of sets and the feature word use a whole register; the number of sets is
+    // signed.
     const bool wholeSigned = std::holds_alternative<std::int32_t Fields::*>(source.field);
     return wholeSigned ? static_cast<std::int32_t>(value * source.factor) : value;
 }
@@ -230,11 +231,11 @@ std::int64_t expectedValue(const Source& source, const std::uint32_t (&registers
 
 class CpuidLeaf : public testing::TestWithParam<std::uint32_t> {};
 
-// One bit at a time: the fields that it belongs to change as the table says, and no other does.
+// One bit at a time: the fields to which it belongs change as the table says, and no others do.
 TEST_P(CpuidLeaf, EachBitLandsInItsFields) {
     const std::uint32_t leaf = GetParam();
     for (unsigned i = 0; i < 4 * 32; ++i) {
-        // A cache of level 1, so that leaf 4 is read; in the other leaves nothing.
+        // A cache of level 1, so that leaf 4 is read; the other leaves hold nothing.
         std::uint32_t registers[4] = {leaf == 4 ? bit(5) : 0, 0, 0, 0};
         registers[i / 32] |= bit(i % 32);
         FakeCpu cpu(20, 0x8000001F);
@@ -267,7 +268,7 @@ TEST(CpuidFields, StandInTheOrderOfTheTable) {
         offsets.push_back(std::visit(
             [&](auto member) { return reinterpret_cast<const char*>(&(fields.*member)) - start; },
             source.field));
-    std::ptrdiff_t expected = 16;  // behind the four registers
+    std::ptrdiff_t expected = 16;  // after the four registers
     for (std::size_t i = 0; i < offsets.size(); ++i) {
         if (offsets[i] == offsetof(Fields, multithreading)) expected += 2;  // avx2, avx512
         EXPECT_EQ(offsets[i], expected) << i;
@@ -286,7 +287,7 @@ TEST(CpuidFields, BeforeAnyQueryRegistersAreAllOnesAndTheRestIsZero) {
     EXPECT_FALSE(fields.avx512);
 }
 
-// --- What the highest leaves keep from being read ------------------------------------------------
+// --- How the highest leaves limit the walk -------------------------------------------------------
 
 TEST(CpuidHighestLeaf, FillsItsOwnFieldsOnly) {
     const CpuidRegisters ones{~0U, ~0U, ~0U, ~0U};
@@ -399,7 +400,7 @@ TEST(CpuidCaches, LastOneDescribedIsKeptAndCoresComeFromTheFirst) {
         FakeCpu cpu(4, 0);
         for (std::uint32_t i = 0; i < count; ++i) cpu.answers[{4, i}] = caches[i];
         cpu.answers[{4, count}] = {0x0400000F, 1, 2, 3};  // no cache
-        cpu.answers[{4, count + 1}] = caches[0];          // never asked for
+        cpu.answers[{4, count + 1}] = caches[0];          // never asked
         const Fields f = cpu.read();
         EXPECT_EQ(cpu.queries.back(), Query(4, count));
         EXPECT_EQ(lastRegisters(f), (std::vector<std::uint32_t>{0x0400000F, 1, 2, 3}));
@@ -417,7 +418,7 @@ TEST(CpuidCaches, LastOneDescribedIsKeptAndCoresComeFromTheFirst) {
     }
 }
 
-// Bit 4 belongs to the type, bits 5 to 7 to the level: each of them alone describes a cache.
+// Bit 4 belongs to the type, bits 5 to 7 to the level; each of them alone describes a cache.
 TEST(CpuidCaches, AnyOfBits4To7DescribesOne) {
     for (unsigned i = 0; i < 32; ++i) {
         FakeCpu cpu(0, 0);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The unit for macOS that looks at directories, compiled and run on any system with a stand-in for
-// what it calls there. In a program of its own: no other source may get the stand-in.
+// Tests the unit for macOS that looks at directories, on any system, with a stand-in for the calls
+// that it makes there. This needs its own program, because no other source may see the stand-in.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 

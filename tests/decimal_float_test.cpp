@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// That the fast way is taken: where it gives up, the classes have the right answer all the same,
-// but late.
+// Checks that the fast way is taken. When it gives up, the classes still find the right answer, but
+// slowly.
 #include "detail/numbers/read.h"
 #include "detail/numbers/write.h"
 
@@ -71,7 +71,7 @@ std::ptrdiff_t manyDigits(const std::string& text, std::uint64_t& number) {
     });
 }
 
-/// The text of `value`, "slow" if it would take more. Nothing behind the place for it is changed.
+/// The text of `value`, or "slow" if it takes more work. Nothing after the space for it is changed.
 std::string written(float value) {
     char text[17];
     text[15] = text[16] = '#';
@@ -81,7 +81,7 @@ std::string written(float value) {
     return end == nullptr ? "slow" : std::string(text, end);
 }
 
-/// True if a seventh digit 5 is the last one.
+/// True if the seventh digit is a 5 and the last one.
 bool isHalf(float value) {
     char text[16];
     std::snprintf(text, sizeof text, "%.6e", double{value});
@@ -97,7 +97,8 @@ TEST(DecimalToFloat, IsFastForRandomNumbers) {
     for (int i = 0; i < 20'000; ++i) {
         const int digits = 1 + static_cast<int>(random() % 18);
         const auto lowest = static_cast<std::uint64_t>(std::pow(10, digits - 1));
-        // Neither 0 nor a multiple of 5, which might be in the middle between two floats.
+        // Neither 0 nor a multiple of 5, either of which might lie in the middle between two
+        // floats.
         const std::uint64_t number = lowest + random() % (9 * lowest) / 5 * 5 + 1;
         const int power = -1 - static_cast<int>(random() % (36 + static_cast<unsigned>(digits)));
         EXPECT_TRUE(isFast<float>(decimal(number, power, i % 2 != 0))) << number << 'e' << power;
@@ -106,9 +107,9 @@ TEST(DecimalToFloat, IsFastForRandomNumbers) {
 
 TEST(DecimalToFloat, IsFastFromTheSmallestNormalFloatToHalfOfTheRange) {
     EXPECT_TRUE(isFast<float>(decimal(11754944, -45)));   // 0x1p-126 is 1.17549435e-38
-    EXPECT_FALSE(isFast<float>(decimal(11754943, -45)));  // below it
+    EXPECT_FALSE(isFast<float>(decimal(11754943, -45)));  // just below it
     EXPECT_TRUE(isFast<float>(decimal(17014118, 31)));    // 0x1p127 is 1.70141183e+38
-    EXPECT_FALSE(isFast<float>(decimal(17014119, 31)));   // above it
+    EXPECT_FALSE(isFast<float>(decimal(17014119, 31)));   // just above it
     EXPECT_FALSE(isFast<float>(decimal(1, 39)));
 }
 
@@ -123,7 +124,7 @@ TEST(DecimalToFloat, IsFastForEveryPowerInTheTable) {
         EXPECT_FALSE(isFast<float>(decimal(0, power))) << power;
 }
 
-// Where the double lies between two floats, what was rounded away decides.
+// If the double lies between two floats, the part that was rounded away decides.
 TEST(DecimalToFloat, GivesUpNearTheMiddleBetweenFloats) {
     constexpr std::uint64_t middle = (1U << 24U) + 1;
     EXPECT_FALSE(isFast<float>(decimal(middle, 0)));
@@ -227,7 +228,7 @@ TEST(DecimalReading, ManyDigitsAreThoseThatStandThere) {
             }
 }
 
-// Each byte in each place of each length: what the pattern takes, and nothing else.
+// For each byte in each place and each length: exactly what fits the pattern is accepted.
 TEST(DecimalReading, ScientificTextIsWhatThePatternTakes) {
     for (int decimals = 1; decimals <= 8; ++decimals) {
         const std::regex pattern("-?([0-9])\\.([0-9]{" + std::to_string(decimals) +
@@ -283,7 +284,7 @@ TEST(DecimalWriting, GivesUpBelowTheNormalFloatsAndForWhatIsNoNumber) {
         EXPECT_EQ(written(value), toStream(value));
 }
 
-// A half is rounded here where the power of ten is exact.
+// A half is rounded here if the power of ten is exact.
 TEST(DecimalWriting, IsFastForHalvesWithAnExactPowerOfTen) {
     for (const float half : {100000.5F, 100001.5F, 2.5F, 12345.25F, 1234.0625F})
         EXPECT_EQ(written(half), toStream(half));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The pieces below the host bridge and the platform that no public function shows directly.
+// The internals below the host bridge and the platform that no public function shows directly.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -89,7 +89,7 @@ TEST(KernelTable, FastestIsTheFirstUsable) {
     EXPECT_EQ((Table{{{{yes, 1}, {}, {}}}, 1}.fastest().number), 1);
 }
 
-// In blocks of sixteen, and each place of a block in a counter of its own that holds up to 127.
+// It works in blocks of sixteen; each place of a block has its own counter, which holds up to 127.
 TEST(CountByte, EqualsTheStandardLibrary) {
     std::string text;
     for (const std::size_t size :
@@ -107,12 +107,13 @@ TEST(CountByte, EqualsTheStandardLibrary) {
 
 TEST(ExecutablePath, IsThatOfTheRunningProgram) {
     const std::filesystem::path path = kx::detail::executablePath();
-    EXPECT_EQ(path.stem(), "detail_core_test");  // an emulator's program has an extension
-    // Read, not followed: that would lead to the emulator.
+    EXPECT_EQ(path.stem(), "detail_core_test");  // the programs of an emulator have an extension
+    // The link is read, not followed, since it would lead to the emulator.
     EXPECT_TRUE(std::filesystem::equivalent(path, std::filesystem::read_symlink("/proc/self/exe")));
 }
 
-// A shell that is started without PATH has one of its own: so the commands of the machine count.
+// A shell that is started without PATH has its own default path, so the commands of the machine
+// count.
 TEST(Browser, IsWhatTheShellFindsWithoutPath) {
     const auto shell = kxtest::run({"/bin/sh", "-c",
                                     "o=$(command -v open) && "

@@ -23,7 +23,7 @@ static int differentPixels(int a, int b) {
 
 TEST(DinaFont, HasNinetyOneGlyphsOfSevenBytes) { EXPECT_EQ(sizeof dina_font, 637U); }
 
-// Bytes worked out by hand: bit 7 is the leftmost column, the top row comes first.
+// These bytes were worked out by hand: bit 7 is the leftmost column, and the top row comes first.
 TEST(DinaFont, BytesOfSomeGlyphs) {
     const struct {
         char c;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The examples of the API documentation, each run in a directory of its own: a program must print
+// Runs the examples of the API documentation, each in its own directory. A program must print
 // exactly what its last lines say.
 #include <gtest/gtest.h>
 
@@ -14,7 +14,7 @@
 
 namespace {
 
-// The files in `directory` that end in `ending`, without it, sorted.
+// The names of the files in `directory` that end in `ending`, without that ending, sorted.
 std::vector<std::string> namesOf(const std::string& directory, const std::string& ending) {
     std::vector<std::string> names;
     for (const std::string& file : kxtest::list(directory))
@@ -26,7 +26,7 @@ std::vector<std::string> namesOf(const std::string& directory, const std::string
 
 std::vector<std::string> examples() { return namesOf(DOCUMENTATION_EXAMPLES, ".cpp"); }
 
-// What stands behind "// Prints:", without the comment signs; "" without such a line.
+// The text after "// Prints:", without the comment signs; "" if there is no such line.
 std::string promisedOutput(const std::string& source) {
     std::istringstream lines(source);
     std::string line, output;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What entering a directory would do, compared with doing it, in processes that may go where they
-// like.
+// Compares what entering a directory would do with actually entering it, in processes that may go
+// where they like.
 #include "detail/platform/entered_directory.h"
 
 #include <fcntl.h>
@@ -30,7 +30,7 @@ using kx::detail::directoryAfterEntering;
 
 constexpr std::size_t maxLength = 2047;
 
-/// An open directory, to return to.
+/// An open directory to which the test returns.
 class Place {
 public:
     explicit Place(const std::string& path)
@@ -55,21 +55,21 @@ std::string text(const std::optional<std::string>& answer) {
     return answer ? '"' + *answer + '"' : "not entered";
 }
 
-/// What happens in truth.
+/// Enters the directory and reports what really happens.
 std::optional<std::string> enter(const std::string& path) {
     if (chdir(path.c_str()) != 0) return std::nullopt;
     char buffer[maxLength + 1];
     return getcwd(buffer, sizeof buffer) ? buffer : "";
 }
 
-/// Whether the path of a directory can be found by its parts alone.
+/// Whether the path of a directory can be found from its parts alone.
 bool isNamed(const std::string& path) {
     char buffer[PATH_MAX];
     return realpath(path.c_str(), buffer) != nullptr;
 }
 
-/// Directories with all there is: some closed in one way or the other, links to them, a loop, and a
-/// chain with a path of about the greatest length.
+/// Directories of all kinds: some closed in one way or another, links to them, a loop, and a chain
+/// whose path has about the greatest length.
 class Tree {
 public:
     Tree() {
@@ -81,7 +81,7 @@ public:
             }
         }
         _dir.write("a/file", "");
-        // A program, yet no directory.
+        // Executable, but not a directory.
         chmod(_dir.write("b/c/file", "").c_str(), 0777);
         link("loop", "loop");
         link("..", "a/up");
@@ -102,7 +102,7 @@ public:
         const std::string deleted = makeDir("deleted");
         _places.push_back(std::make_unique<Place>(deleted));
         rmdir(deleted.c_str());
-        // From the inside, where the outside is closed first.
+        // From the inside to the outside, because a closed directory hides what is in it.
         const std::pair<const char*, mode_t> modes[] = {
             {"d/a/c", 0}, {"d/a", 0111}, {"d/b", 0444}, {"d", 0222},   {"c/d/a", 0},
             {"c/d", 0},   {"c/b", 0666}, {"b/a", 0111}, {"b/b", 0333}, {"a/b/d", 0444},
@@ -116,14 +116,15 @@ public:
     Tree(const Tree&) = delete;
     Tree& operator=(const Tree&) = delete;
 
-    /// Compares answers with the truth for `count` paths. "" or what was wrong; also if too few
-    /// directories were entered, or refused, for the comparison to mean something. If `byNameOnly`,
-    /// "" is the right answer too for a directory that is not named.
+    /// Compares the answers with reality for `count` paths. Returns "" or a description of what was
+    /// wrong; also fails if too few directories were entered or refused for the comparison to mean
+    /// anything. If `byNameOnly`, "" is also right for a directory without a name.
     std::string compare(int count, bool byNameOnly = false) const {
         std::mt19937 random(1);
         std::string wrong;
         int entered = 0, refused = 0, here = 0;
-        // In the last place, which is deleted, nothing tells whether a path leads anywhere.
+        // In the last place, which is deleted, there is no way to tell whether a path leads
+        // anywhere.
         const std::size_t places = _places.size() - (kxtest::exists(_dir.path()) ? 0 : 1);
         for (int i = 0; i < count; ++i) {
             const Place& place = *_places[random() % places];
@@ -257,7 +258,7 @@ TEST(EnteredDirectory, MayHaveAPathThatNoCallTakes) {
               "\"\"\"\"\"" + dir.path() + "\"not entered");
 }
 
-// What seems to be the mark of a deleted directory in the system's own path of it.
+// A name that looks like the mark with which the system shows a deleted directory's path.
 TEST(EnteredDirectory, MayBeCalledDeleted) {
     const kxtest::TempDir dir;
     const std::string path = dir.makeDir("closed/some (deleted)/below (deleted)");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The programs of examples/, run as their first lines say.
+// Runs the programs in examples/ as their first lines say.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -77,7 +77,7 @@ TEST(Examples, AskBeforeOverwritingFailsWhereNothingCanBeWritten) {
     }
 }
 
-// A regular file that can be opened, and not read.
+// A regular file that can be opened but not read.
 TEST(Examples, FailWhereAFileCannotBeRead) {
     const std::string file = "/proc/self/mem";
     if (!kxtest::exists(file)) GTEST_SKIP() << "no " << file;
@@ -112,7 +112,7 @@ TEST(Examples, StreamCodec) {
     const kxtest::TempDir dir;
     EXPECT_EQ(outputOf({"stream_codec", dir.write("short", "123456789")}),
               "MTIzNDU2Nzg5\nCRC-32: CBF43926\n");
-    // Longer than a block: zero bytes, of which 3 become "AAAA".
+    // Longer than a block: zero bytes, and every 3 of them become "AAAA".
     const std::string output =
         outputOf({"stream_codec", dir.write("long", std::string(300000, '\0'))});
     EXPECT_EQ(output.substr(0, output.find('\n')), std::string(400000, 'A'));

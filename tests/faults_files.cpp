@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Files: a failure is the result that stands for it, with the error number of the call that failed;
-// success is only reported for what is really there.
+// Files: a failure is the result that stands for it, with the error number of the call that failed.
+// Success is reported only for what is really there.
 #include <stdexcept>
 #include <vector>
 
@@ -17,10 +17,10 @@ namespace {
 using kxtest::Attempt;
 using kxtest::TempDir;
 
-// Several blocks of stdio.
+// Several stdio blocks.
 const std::string bytes = kxtest::someBytes(10000);
 
-// A refusal follows a failure, whose error number it leaves; nothing is refused without one.
+// A refusal comes only after a failure, and leaves the error number of that failure.
 void expectRefusal(const Attempt& attempt) {
     EXPECT_TRUE(attempt.failed());
     EXPECT_EQ(attempt.errnoAfter(), attempt.error());
@@ -40,7 +40,7 @@ void currentDir(Attempt& attempt) {
     EXPECT_EQ(attempt.outOfMemory(), attempt.failedAt("allocation"));
 }
 
-// A directory that cannot be entered leaves the present one.
+// If a directory cannot be entered, the current one stays.
 void setCurrentDir(Attempt& attempt) {
     const TempDir dir;
     const kxtest::ScopedCwd cwd(dir.path());
@@ -57,14 +57,14 @@ void exists(Attempt& attempt) {
     if (!answer) expectRefusal(attempt);
 }
 
-// What the host was asked to show.
+// The texts that the host was asked to show.
 std::string shown;
 bool show(const char* /*request*/, kxMessage& message, int /*flags*/) {
     shown = boost::any_cast<std::string>(message.get("text"));
     return true;
 }
 
-// Asks and logs; a refusal has its reason shown. True without any failure.
+// Asks and logs. The reason for a refusal is shown. The result is true if nothing fails.
 void check(Attempt& attempt, bool (*function)(const std::string&, bool, bool),
            const std::string& file) {
     shown.clear();
@@ -76,7 +76,7 @@ void check(Attempt& attempt, bool (*function)(const std::string&, bool, bool),
     EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
     if (answer || attempt.outOfMemory()) return;
     EXPECT_TRUE(attempt.failed());
-    // Where it cannot be looked at a file, another call finds out more.
+    // If a file cannot be looked at, another call finds out more.
     EXPECT_TRUE(attempt.errnoAfter() == attempt.error() || attempt.failedAt("stat"));
     EXPECT_NE(attempt.errnoAfter(), 0);
     EXPECT_TRUE(startsWith(reason, "File '" + file + "' ")) << reason;
@@ -87,7 +87,8 @@ void checkRead(Attempt& attempt) {
     check(attempt, kxFile::checkRead, dir.write(part, bytes));
 }
 
-// Refused in any case, for the same reason.
+// A missing file is refused in any case. The reason is that it is missing, unless the system cannot
+// look.
 void checkReadMissing(Attempt& attempt) {
     const TempDir dir;
     bool answer = true;
@@ -98,7 +99,7 @@ void checkReadMissing(Attempt& attempt) {
     EXPECT_EQ(attempt.errnoAfter(), attempt.failedAt("stat") ? EACCES : ENOENT);
 }
 
-// Whatever is found out, a file that exists keeps its content.
+// Whatever the result, a file that exists keeps its content.
 void checkWrite(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write(part, bytes);
@@ -113,7 +114,7 @@ void checkWriteNew(Attempt& attempt) {
     EXPECT_EQ(kxtest::exists(dir.file(part)), attempt.failedAt("unlink"));
 }
 
-// The error number can be used again.
+// The error number can be used afterwards.
 void reportError(Attempt& attempt) {
     attempt.run([] {
         errno = ENOTDIR;
@@ -182,8 +183,8 @@ void renameFile(Attempt& attempt) {
 
 // --- Content -------------------------------------------------------------------------------------
 
-// A read that fails before the first byte is a refusal; later it goes unnoticed, and the rest is
-// zero bytes.
+// If a read fails before the first byte, the result is a refusal. A later failure goes unnoticed,
+// and the rest is zero bytes.
 void expectRead(const Attempt& attempt, bool done, const std::string& content) {
     EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
     if (done) {
@@ -204,7 +205,7 @@ void readToBuffer(Attempt& attempt) {
     expectRead(attempt, done, content);
 }
 
-// Nothing goes unnoticed here; what was read before a failure counts.
+// No failure goes unnoticed here; what was read before a failure counts.
 void readBounded(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write("a", bytes);
@@ -214,7 +215,8 @@ void readBounded(Attempt& attempt) {
     bool done = false, more = false;
     attempt.run([&] { done = kxFile::read(file, content.data(), room, size, &more); });
     EXPECT_FALSE(attempt.outOfMemory());
-    // An interruption, half a read and the close of a file that was only read do no harm.
+    // Three things do no harm: an interruption, half a read, and a failure to close a file that was
+    // only read.
     const bool isHarmless =
         !attempt.failed() || attempt.failedAt("close") ||
         (attempt.failedAt("read") && (attempt.error() == 0 || attempt.error() == EINTR));
@@ -241,7 +243,7 @@ void readTo(Attempt& attempt) {
     if (!done) {
         EXPECT_TRUE(content.empty());
     }
-    // Too little memory is a plain refusal.
+    // A lack of memory is a plain refusal.
     EXPECT_FALSE(attempt.outOfMemory());
     EXPECT_TRUE(kxFile::read(file, content));
     EXPECT_EQ(std::string(content.begin(), content.end()), bytes);
@@ -250,7 +252,7 @@ void readTo(Attempt& attempt) {
 void expectWritten(const Attempt& attempt, bool done, const std::string& before,
                    const std::string& content) {
     EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
-    const bool isHarmless = !attempt.failed() || attempt.error() == 0;  // half, and then the rest
+    const bool isHarmless = !attempt.failed() || attempt.error() == 0;  // half first, then the rest
     EXPECT_TRUE(done || !isHarmless || attempt.outOfMemory());
     if (done) {
         EXPECT_EQ(content, before + bytes);
@@ -304,10 +306,10 @@ void fileSize(Attempt& attempt) {
 
 // --- Checksums -----------------------------------------------------------------------------------
 
-// The CRC-32 of `bytes`, of another implementation.
+// The CRC-32 of `bytes` by another implementation.
 const std::uint32_t crc = kxCRC32::calc_bitwise(bytes.data(), bytes.size());
 
-// A failure before the first byte gives 0; later it counts as the end.
+// A failure before the first byte gives 0; a later one counts as the end of the file.
 void checksum(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write("a", "skip" + bytes);
@@ -343,7 +345,7 @@ std::string stamped(const TempDir& dir) {
     return file;
 }
 
-// What keeps the file from being read is named; nothing is called correct that was not read.
+// The result says what keeps the file from being read. Nothing that was not read is called correct.
 void checksumFind(Attempt& attempt) {
     using Info = kxFile::ChecksumInfo;
     const TempDir dir;
@@ -362,7 +364,7 @@ void checksumFind(Attempt& attempt) {
     }
 }
 
-// What the progress throws reaches the caller.
+// An exception thrown by the progress function reaches the caller.
 void checksumFindWithProgress(Attempt& attempt) {
     const TempDir dir;
     const std::string file = stamped(dir);
@@ -376,7 +378,7 @@ void checksumFindWithProgress(Attempt& attempt) {
     EXPECT_TRUE(found->state == kxFile::ChecksumInfo::State::correct);
 }
 
-// The number's own exception, or that of memory.
+// Either the exception for the number, or the one for lack of memory.
 void checksumCheckBadMeta(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write("a", bytes + "TALOMETAxxxxxxxx");

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The log: a message never fails. A destination for which memory runs out, or which the system
-// refuses, misses it as a whole; the others get it. What was logged before is never lost.
+// The log: a message never fails. A destination that runs out of memory, or that the system
+// refuses, misses the whole message; the others get it. What was logged before is never lost.
 #include <cstdlib>
 #include <cstring>
 #include <set>
@@ -21,7 +21,7 @@ using kxtest::TempDir;
 
 enum Format { textFormat = 1, htmlFormat = 2, csvFormat = 3 };
 
-// A stream and a callback that take what they get without memory from the heap.
+// A stream and a callback that record what they get without using the heap.
 class Sink : public std::streambuf {
 public:
     Sink() { setp(_bytes, _bytes + sizeof _bytes); }
@@ -37,7 +37,8 @@ void hear(const char* text) {
     std::strncpy(heard, text, sizeof heard - 1);
 }
 
-// The log's initial state with a format, put back in the end; no memory stays behind.
+// Sets the log to its initial state with a format, and restores it in the end; no memory stays
+// behind.
 class Log {
 public:
     explicit Log(int format) {
@@ -76,7 +77,7 @@ struct Destinations {
 
 using Logger = void (*)(const char* text);
 
-// To all destinations. The formatting functions cut long texts, the others do not.
+// Logs to all destinations. The formatting functions cut long texts; the others do not.
 void logMessage(Attempt& attempt, const kxtest::Level& level, Logger log, int format,
                 std::size_t size) {
     const Log state(format);
@@ -135,7 +136,7 @@ void message(Attempt& attempt) {
     logMessage(attempt, kxtest::levels[level], log, format, size);
 }
 
-// Reports by a message only, which never fails.
+// Reports only with a message, which never fails.
 void report(Attempt& attempt, void (*function)(), const char* text) {
     const Log state(textFormat);
     attempt.run(function);
@@ -145,7 +146,7 @@ void report(Attempt& attempt, void (*function)(), const char* text) {
 
 // --- Lines ---------------------------------------------------------------------------------------
 
-// Directly on the console, where a part may stand if it takes no more.
+// Writes directly to the console, which may show a part if it takes no more.
 template <int type>
 void printLong(Attempt& attempt) {
     const std::string text(5000, 'm'),
@@ -158,7 +159,7 @@ void printLong(Attempt& attempt) {
     EXPECT_TRUE(printed.empty() || !attempt.outOfMemory());
 }
 
-// All of it or nothing.
+// Adds all of it or nothing.
 void addExtraInfo(Attempt& attempt, void (*add)(std::string&, const std::string&, int)) {
     const Log state(textFormat);
     kxLog::_add_time_stamp = true;
@@ -171,7 +172,7 @@ void addExtraInfo(Attempt& attempt, void (*add)(std::string&, const std::string&
 
 // --- Files ---------------------------------------------------------------------------------------
 
-// Whole texts of the files in a directory.
+// The whole texts of the files in a directory.
 std::multiset<std::string> contents(const TempDir& dir) {
     std::multiset<std::string> texts;
     for (const std::string& name : kxtest::list(dir.path()))
@@ -184,7 +185,7 @@ bool isSomewhere(const TempDir& dir, const std::string& text) {
     return false;
 }
 
-// Opens a log where there is an old one.
+// Opens a log where an old one exists.
 void openLog(Attempt& attempt, int format, const std::string& old) {
     const Log state(format);
     const TempDir dir;
@@ -208,7 +209,7 @@ void openLog(Attempt& attempt, int format, const std::string& old) {
     EXPECT_TRUE(isSomewhere(dir, "again"));
 }
 
-// Below a file. Logging to a file is off then, and the last error says so.
+// The path is below a file, so logging to a file is switched off, and the last error says so.
 void openLogNowhere(Attempt& attempt) {
     const Log state(textFormat);
     const TempDir dir;
@@ -222,7 +223,7 @@ void openLogNowhere(Attempt& attempt) {
                 attempt.failedAt("allocation"));
 }
 
-// The directory that the environment names is made.
+// The directory that the environment names is created.
 void openLogElsewhere(Attempt& attempt) {
     const Log state(textFormat);
     const TempDir dir;
@@ -240,7 +241,7 @@ void openLogElsewhere(Attempt& attempt) {
 
 const std::string oldCsv = std::string(kxtest::csvHeader) + "01.03.2017;14:05:09;INFO;100;old\n";
 
-// The first message of a new day.
+// Logs the first message of a new day.
 void changeDay(Attempt& attempt, void (*log)(const char* line)) {
     const Log state(csvFormat);
     const TempDir dir;
@@ -260,7 +261,7 @@ void addOnNewDay(Attempt& attempt) {
     changeDay(attempt, [](const char* line) { kxLog::addToLogFile(line); });
 }
 
-// A message is a line, or nothing where only a part could be written.
+// A message is a whole line, or nothing if only a part of it could be written.
 void addLine(Attempt& attempt) {
     const Log state(textFormat);
     const TempDir dir;
@@ -281,7 +282,7 @@ void writeHeader(Attempt& attempt) {
     const std::string complaint =
         "kxLog::writeCSVHeader: couldn't write log file '" + file + "'!\n";
     const bool maySayNothing =
-        isWritten || attempt.failsOnward();  // which cannot be written either
+        isWritten || attempt.failsOnward();  // the rest cannot be written either
     EXPECT_TRUE(attempt.err().empty() ? maySayNothing : attempt.err() == complaint)
         << attempt.err();
 }

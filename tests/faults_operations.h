@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The operations whose steps are made to fail, one row each: what is there before, what is done,
-// and what is promised for a failure.
+// The operations whose steps are made to fail, one row each: the state before, the action, and what
+// is promised for a failure.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -19,30 +19,32 @@ enum Steps { noSteps = 0, allocations = 1, systemCalls = 2, allSteps = allocatio
 
 struct Operation {
     const char* name;
-    /// Prepares, executes one piece of code with attempt.run(), checks, and leaves nothing behind.
+    /// Prepares, executes one piece of code with attempt.run(), checks the outcome, and leaves
+    /// nothing behind.
     std::function<void(kxtest::Attempt& attempt)> execute;
-    /// Which kinds of steps it takes.
+    /// The kinds of steps it takes.
     Steps steps = allocations;
-    /// What it does once in the life of a process, or leaves behind in static state: each execution
-    /// gets a process of its own.
+    /// It does something once in the life of a process, or leaves something in static state, so
+    /// each execution gets its own process.
     bool inOwnProcess = false;
-    /// Another library opens files in it, so that started programs may inherit them.
+    /// Another library opens files in it, which started programs may inherit.
     bool opensElsewhere = false;
 };
 inline void PrintTo(const Operation& operation, std::ostream* os) { *os << operation.name; }
 
-// Each list stands in the source named after it.
+// Each list is in the source file named after it.
 extern const std::vector<Operation> valueOperations, fileOperations, serviceOperations,
     logOperations, platformOperations, steplessOperations;
 
-// More than a string holds without memory of its own.
+// Longer than a string can hold without allocating memory.
 inline const std::string part(60, 'x');
 
 inline bool startsWith(const std::string& text, const std::string& start) {
     return text.compare(0, start.size(), start) == 0;
 }
 
-/// A function that only answers: std::bad_alloc if any allocation fails, else the right answer.
+/// For a function that only answers: std::bad_alloc if any allocation fails, otherwise the right
+/// answer.
 template <typename Function, typename Result>
 Operation answers(const char* name, const Function& function, const Result& expected) {
     return {name, [=](kxtest::Attempt& attempt) {
@@ -56,7 +58,7 @@ Operation answers(const char* name, const Function& function, const Result& expe
             }};
 }
 
-/// The same operation, each execution in a process of its own.
+/// The given operation, with a separate process for each execution.
 inline Operation inOwnProcess(Operation operation) {
     operation.inOwnProcess = true;
     return operation;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The platform's static values: each is the old or the new one, never a part of it, and a later
-// call sets what an earlier one could not.
+// The static values of the platform: each is either the old or the new one, never a part of it, and
+// a later call sets what an earlier one could not.
 #include <filesystem>
 #include <vector>
 
@@ -36,14 +36,14 @@ struct Installation {
     }
 };
 
-// A directory that cannot be found out because memory is short is not taken for another one.
+// A directory that cannot be found for lack of memory is not mistaken for another one.
 void initByPath(Attempt& attempt) {
     const Installation installation;
     const std::string directory = kxFile::getCurrentDir();
     attempt.run([&] { kxPlatform::init(installation.executable.c_str()); });
     EXPECT_EQ(kxFile::getCurrentDir(), directory);
     EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
-    // There is another way to look at a directory that cannot be opened, or has no path.
+    // There is another way to look at a directory that cannot be opened or has no path.
     const bool isSpared = attempt.failedAt("open") || attempt.failedAt("close") ||
                           (attempt.failedAt("readlink") && !attempt.failsOnward());
     if (!attempt.failed() || isSpared || (attempt.failedAt("allocation") && !attempt.outOfMemory()))
@@ -52,7 +52,7 @@ void initByPath(Attempt& attempt) {
     installation.expectAll();
 }
 
-// Outside any installation the base directory is found by the running executable.
+// Outside any installation, the base directory is found from the running executable.
 void initElsewhere(Attempt& attempt) {
     const TempDir dir;
     const kxtest::ScopedEnv home("HOME", dir.makeDir("home").c_str());
@@ -62,7 +62,7 @@ void initElsewhere(Attempt& attempt) {
     EXPECT_LE(attempt.outOfMemory(), attempt.failedAt("allocation"));
     std::string base;
     {
-        const kxtest::Captured err(stderr);  // where an empty one is reported
+        const kxtest::Captured err(stderr);  // catches the report of an empty one
         base = kxPlatform::getBaseDir();
     }
     init();
@@ -134,7 +134,7 @@ void setAppName(Attempt& attempt) {
     EXPECT_EQ(kxPlatform::getAppName(), attempt.failed() ? "old" : part);
 }
 
-// The version name is put together from what is known; a half of it is never seen.
+// The version name is composed of what is known; half of it is never seen.
 void setVersionName(Attempt& attempt) {
     kxPlatform::setAppName("old");
     kxPlatform::setFullAppName("");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Temporary files, expansion, commands, streams, memory and libraries: as for files, a failure is
+// Temporary files, expansion, commands, streams, memory and libraries. As for files, a failure is
 // the result that stands for it.
 #include <fcntl.h>
 #include <poll.h>
@@ -35,7 +35,8 @@ const std::string bytes = kxtest::someBytes(10000);  // several blocks
 
 // --- Temporary files -----------------------------------------------------------------------------
 
-// A directory that is chosen once in a process. Seen from "/tmp", whatever the test's own is.
+// A directory that is chosen once per process. It is relative to "/tmp", whatever the test's own
+// directory is.
 struct TmpDirs {
     TempDir dir;
     std::string shared = dir.file("shared"), root = dir.makeDir("root");
@@ -47,7 +48,7 @@ struct TmpDirs {
         return value ? value : "";
     }
     void init() const { kxFile::initTmpDir(".." + shared); }
-    // The shared directory, or, where that could not be created, one below the root.
+    // Expects the shared directory or, if that could not be created, one below the root.
     void expectChosen() const {
         const std::string directory = chosen();
         EXPECT_TRUE(directory == "/tmp/.." + shared || directory == root + "/tmp") << directory;
@@ -57,12 +58,12 @@ struct TmpDirs {
 };
 
 void tmpDirInit(Attempt& attempt) {
-    static bool isFirst = true;  // of the process
+    static bool isFirst = true;  // in this process
     const TmpDirs dirs;
     attempt.run([&] { dirs.init(); });
     if (!std::exchange(isFirst, false)) return;
     const kxtest::Captured out(stdout);
-    dirs.init();  // after a failure of memory there is still a choice to be made
+    dirs.init();  // after a lack of memory there is still a choice to be made
     if (attempt.failedAt("mkdir") && attempt.failsOnward()) {
         EXPECT_EQ(TmpDirs::chosen(), "");
         EXPECT_EQ(kxFile::getTmpDir(), "");
@@ -73,7 +74,7 @@ void tmpDirInit(Attempt& attempt) {
 
 // The user's choice is never changed.
 void tmpDirInitChosen(Attempt& attempt) {
-    static bool isFirst = true;  // of the process
+    static bool isFirst = true;  // in this process
     const TempDir dir;
     const std::string chosen = dir.file(part);
     const kxtest::ScopedEnv variable("TALO_TMP_DIR", chosen.c_str());
@@ -88,7 +89,7 @@ void tmpDirInitChosen(Attempt& attempt) {
     }
 }
 
-// Which the user has chosen.
+// For a directory that the user has chosen.
 template <typename Function>
 void inTmpDir(Attempt& attempt, const Function& function) {
     const TempDir dir;
@@ -127,7 +128,7 @@ void tmpName(Attempt& attempt) {
     EXPECT_TRUE(answer.empty() || startsWith(answer, part)) << answer;
 }
 
-// A path is registered or not; those that were stay.
+// A path is registered or not; those registered before stay.
 void tmpFileAdd(Attempt& attempt) {
     const TempDir dir;
     const std::string first = dir.write("a", ""), second = dir.write("b", "");
@@ -149,7 +150,7 @@ void tmpFileRemove(Attempt& attempt) {
     });
 }
 
-// One file that stays, as one does that cannot be seen, does not keep the others.
+// A file that stays, such as one that cannot be seen, does not keep the others from being removed.
 void tmpFilesRemove(Attempt& attempt) {
     const TempDir dir;
     for (const char* name : {"a", "b", "c"}) kxFile::addTmpFile(dir.write(name, ""));
@@ -157,7 +158,7 @@ void tmpFilesRemove(Attempt& attempt) {
     const std::size_t left = kxtest::list(dir.path()).size();
     EXPECT_EQ(left != 0, attempt.failedAt("unlink") || attempt.failedAt("stat"));
     EXPECT_LE(left, attempt.failsOnward() ? 3u : 1u);
-    kxFile::removeTmpFiles();  // forgotten
+    kxFile::removeTmpFiles();  // they are forgotten
     EXPECT_EQ(kxtest::list(dir.path()).size(), left);
 }
 
@@ -177,7 +178,7 @@ void expandUnknown(Attempt& attempt) {
     EXPECT_EQ(answer, attempt.outOfMemory() ? "" : "/a/${KXTEST_NO_VARIABLE}/b");
 }
 
-// A user database that cannot be read knows no user; another one may.
+// A user database that cannot be read knows no users; another one may know them.
 void expandHome(Attempt& attempt) {
     getpwnam("kxtest-nobody");  // the C library loads all of its user databases
     const std::string path = "~/" + part, expanded = getpwuid(geteuid())->pw_dir + ('/' + part);
@@ -213,13 +214,13 @@ void expandTooLong(Attempt& attempt) {
 using Execute = bool (*)(const std::string& command, bool wait,
                          void (*progress)(unsigned int, void*), void* data);
 
-// Whether the command has ended without a word on how, or by a signal. Waiting goes on after a
-// signal to the process that waits.
+// Whether the command ended in a way that is not known, or by a signal. A signal to the waiting
+// process does not end its wait.
 bool endedOtherwise(const Attempt& attempt) {
     return attempt.failedAt("wait") && attempt.error() != EINTR;
 }
 
-// True if it has run to its end, and only then.
+// True if and only if the command has run to its end.
 template <Execute function>
 void execute(Attempt& attempt) {
     const TempDir dir;
@@ -230,7 +231,7 @@ void execute(Attempt& attempt) {
     EXPECT_TRUE(done || attempt.failed());
 }
 
-// A command that a signal ends has not succeeded, whatever it has done before.
+// A command that a signal ends has not succeeded, whatever it did before.
 template <Execute function>
 void executeKilled(Attempt& attempt) {
     const TempDir dir;
@@ -241,7 +242,7 @@ void executeKilled(Attempt& attempt) {
     EXPECT_TRUE(kxtest::exists(dir.file("a")) || attempt.failed());
 }
 
-// True if it was started. What becomes of it afterwards is nobody's business.
+// True if the command was started. What becomes of it afterwards does not matter.
 template <Execute function>
 void executeInBackground(Attempt& attempt) {
     const TempDir dir;
@@ -259,7 +260,7 @@ void executeInBackground(Attempt& attempt) {
     close(answer.fd);
 }
 
-// The wait status is the command's own, if it could be started.
+// The wait status is that of the command, if it could be started.
 void executeNoOutput(Attempt& attempt, const std::string& command, int expected) {
     int status = -2;
     attempt.run([&] { status = kxFile::execute_no_output(command); });
@@ -271,7 +272,7 @@ void executeNoOutput(Attempt& attempt, const std::string& command, int expected)
     EXPECT_EQ(attempt.out(), wasStarted ? "Close and waiting for subprocess to end...\n" : "");
     EXPECT_TRUE(wasStarted || attempt.failed());
     EXPECT_EQ(attempt.err(), "");
-    if (attempt.failedAt("close")) {  // where pclose gives up without waiting
+    if (attempt.failedAt("close")) {  // pclose then gives up without waiting
         EXPECT_TRUE(status == -1 || status == 0 || status == expected) << status;
         if (status == -1) waitpid(-1, nullptr, 0);
     } else if (endedOtherwise(attempt)) {
@@ -281,15 +282,15 @@ void executeNoOutput(Attempt& attempt, const std::string& command, int expected)
     }
 }
 
-// A signal does not end the reading, which would end a command that goes on writing.
+// A signal does not end the reading, since that would end a command that is still writing.
 void executeNoOutputLong(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write("a", std::string(100000, 'x'));  // more than a pipe holds
     executeNoOutput(attempt, "cat " + file + "; exit 3", 3 << 8);
 }
 
-// A failure to read does: nobody takes what the command still writes, and the status is the signal
-// that ends it.
+// A failure to read does end it. Nothing takes what the command still writes, and the status is the
+// signal that ends the command.
 void executeNoOutputUnread(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write("a", std::string(100000, 'x'));
@@ -298,7 +299,7 @@ void executeNoOutputUnread(Attempt& attempt) {
     attempt.run([&] { status = kxFile::execute_no_output("exec cat " + file); });
     std::signal(SIGPIPE, old);
     if (attempt.failedAt("read") && attempt.error() == EIO) {
-        EXPECT_TRUE(status == SIGPIPE || status == 0) << status;  // 0: all was written
+        EXPECT_TRUE(status == SIGPIPE || status == 0) << status;  // 0 if everything was written
     } else if (!attempt.failed() || attempt.failedAt("read")) {
         EXPECT_EQ(status, 0);
     }
@@ -311,7 +312,7 @@ void executeNoOutputKilled(Attempt& attempt) {
 
 // --- Streams -------------------------------------------------------------------------------------
 
-// The bytes before the failure; one that cannot be opened is bad.
+// The bytes before the failure are read; a stream whose file cannot be opened is bad.
 void streamRead(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write("a", bytes);
@@ -333,7 +334,7 @@ void streamRead(Attempt& attempt) {
     }
 }
 
-// A seek that fails is the stream's failure, and leaves it usable.
+// A failing seek puts the stream into a failed state and leaves it usable.
 template <typename Seek>
 void streamSeek(Attempt& attempt, const Seek& seek) {
     const TempDir dir;
@@ -351,7 +352,7 @@ void streamSeek(Attempt& attempt, const Seek& seek) {
     EXPECT_EQ(c, bytes[200]);
 }
 
-// Opened again, after a failure as well.
+// The buffer is opened again, even after a failure.
 template <typename Buffer>
 void bufferOpen(Attempt& attempt) {
     const TempDir dir;
@@ -377,7 +378,7 @@ void streamClose(Attempt& attempt) {
     EXPECT_TRUE(stream.bad());
 }
 
-// Without a buffer every character is a write; after one that fails none follows.
+// Without a buffer every character is a write; after a failed write there are no more.
 void streamWriteUnbuffered(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write("a", "");
@@ -392,7 +393,7 @@ void streamWriteUnbuffered(Attempt& attempt) {
     EXPECT_TRUE(buffer.is_valid() || attempt.failed());
 }
 
-// In the way that the header recommends.
+// Writes as the header recommends.
 void streamWrite(Attempt& attempt) {
     const TempDir dir;
     const std::string file = dir.write("a", "");
@@ -410,7 +411,7 @@ void streamWrite(Attempt& attempt) {
     EXPECT_FALSE(done && content != bytes);
     const bool isComplaint = attempt.err() == "cached_streambuf::write_buffer: failed!\n";
     const bool mustComplain = attempt.failedAt("write") && !done;
-    // A complaint that cannot be written either is none.
+    // A complaint that cannot be written either does not appear.
     EXPECT_EQ(isComplaint, mustComplain && !attempt.failsOnward());
 }
 
@@ -435,7 +436,7 @@ void alignedMemoryNew(Attempt& attempt) {
     aligned_free(block);
 }
 
-// A block that cannot grow keeps its place and content.
+// A block that cannot grow keeps its place and its content.
 void alignedMemory(Attempt& attempt) {
     char* block = static_cast<char*>(aligned_malloc(1000, 64));
     std::fill_n(block, 1000, 'x');
@@ -450,9 +451,9 @@ void alignedMemory(Attempt& attempt) {
     aligned_free(block);
 }
 
-// A handle or a reason; a library that could not be loaded can be loaded later.
+// The result is a handle or a reason. A library that could not be loaded can be loaded later.
 void libraryLoad(Attempt& attempt) {
-    kxUtils::loadSharedLibrary('/' + part, /*lazy=*/false);  // room for an error, once and for all
+    kxUtils::loadSharedLibrary('/' + part, /*lazy=*/false);  // makes room for an error, once
     EXPECT_NE(kxUtils::getLastError(), "");
     void* handle = nullptr;
     attempt.run([&] { handle = kxUtils::loadSharedLibrary(KX_PROVIDER_PLUGIN, /*lazy=*/false); });
@@ -464,7 +465,7 @@ void libraryLoad(Attempt& attempt) {
     EXPECT_TRUE(kxUtils::unloadSharedLibrary(handle));
 }
 
-// Null, with a reason as far as there is memory for one.
+// The result is null, with a reason as far as there is memory for one.
 void libraryMissingSymbol(Attempt& attempt) {
     void* const handle = kxUtils::loadSharedLibrary(KX_PROVIDER_PLUGIN, /*lazy=*/false);
     void* symbol = handle;
@@ -479,14 +480,14 @@ void libraryError(Attempt& attempt) {
     EXPECT_EQ(kxUtils::loadSharedLibrary('/' + part, /*lazy=*/false), nullptr);
     std::string text;
     attempt.run([&] { text = kxUtils::getLastError(); });
-    // The loader has a text for the case that it cannot make one.
+    // The loader has a text for the case that it cannot compose one.
     EXPECT_TRUE(text.find(part) != std::string::npos || attempt.failed());
     EXPECT_EQ(text.empty(), attempt.outOfMemory());
-    EXPECT_EQ(kxUtils::getLastError(), "");  // asked again, the loader lets go of its text
+    EXPECT_EQ(kxUtils::getLastError(), "");  // when asked again, the loader drops its text
 }
 
-// The new value or, with the error number, the old one. The C library keeps every value for ever,
-// so each has to be another one.
+// The value is the new one or, with the error number, the old one. The C library keeps every value
+// for ever, so each value has to be different.
 void environmentSet(Attempt& attempt) {
     static int count = 0;
     const kxtest::ScopedEnv variable("KXTEST_SET", "old");
@@ -574,7 +575,7 @@ const std::vector<Operation> serviceOperations = {
     {"StreamWrite", streamWrite, allSteps},
     {"StreamLeave", streamLeave, allSteps},
 
-    // oneTBB's allocator looks at the system's files.
+    // oneTBB's allocator reads files of the system.
     {"AlignedMemoryNew", alignedMemoryNew, systemCalls, /*inOwnProcess=*/true,
      /*opensElsewhere=*/true},
     inOwnProcess({"AlignedMemory", alignedMemory, systemCalls}),

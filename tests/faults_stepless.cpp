@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What neither allocates nor calls the system, so that nothing of it can fail: all public functions
-// that have no row elsewhere.
+// Functions that neither allocate nor call the system, so nothing in them can fail: all public
+// functions that have no row elsewhere.
 #include <array>
 #include <vector>
 
@@ -51,7 +51,7 @@ void formats() {
         return formats;
     }();
     registry.hasExtension(longText);
-    registry.checkFilename("a." + longText.substr(0, 5));  // within the string itself
+    registry.checkFilename("a." + longText.substr(0, 5));  // fits into the string itself
     registry.subFormat(longName);
 }
 
@@ -165,7 +165,7 @@ void services() {
     kxUtils::unsetenv("KXTEST_NO_VARIABLE");
     kxUtils::setenv(nullptr, "");
     kxUtils::getLastError();
-    // Stays loaded, so that it is not the one whose loading is tried.
+    // It stays loaded, so that it is not the library whose loading is tested.
     static void* const library = kxUtils::loadSharedLibrary(KX_CONSUMER_PLUGIN, /*lazy=*/true);
     kxUtils::resolveSymbol(library, "kxOwnValue");
     kxUtils::unloadSharedLibrary(nullptr);

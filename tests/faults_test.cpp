@@ -1,10 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Every step of every operation fails once, alone and with all that follow: each allocation, and
-// each call of the operating system in the ways in which it can fail. What the operation promises
-// for that case holds then, no memory, descriptor or child process is left behind, and the log can
-// still be used.
+// Every step of every operation fails once, by itself and together with all that follow: each
+// allocation, and each call of the operating system in each way in which it can fail. Then the
+// operation keeps its promise for that case, leaves no memory, descriptor or child process behind,
+// and the log can still be used.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 
@@ -27,7 +27,7 @@ namespace {
 using kxtest::Attempt;
 using kxtest::Fault;
 
-// Every entry point has a lock of its own.
+// Every entry point has its own lock.
 void logThroughAll() {
     kxLog::info("%s", "still here");
     kxLog::warning("%s", "still here");
@@ -37,7 +37,7 @@ void logThroughAll() {
     kxLog::error(0, "%s", "still here");
 }
 
-// A lock that was left behind would block another thread for ever.
+// A lock left held would block another thread for ever.
 void expectFreeLog() {
     const kxtest::Captured out(stdout), err(stderr);
     std::packaged_task<void()> task(logThroughAll);
@@ -67,7 +67,7 @@ Trial tryHere(const Operation& operation, const Fault& fault) {
         if (testing::Test::HasFailure()) std::cout << attempt.description() << std::endl;
         trial.failed = attempt.failed();
         trial.hasMoreVariants = attempt.hasMoreVariants();
-        if (kxtest::reachesMalloc()) {  // a sanitizer makes calls of its own
+        if (kxtest::reachesMalloc()) {  // a sanitizer makes its own calls
             EXPECT_EQ(attempt.unknownCall(), -1) << "a system call that nothing makes fail";
             if (!operation.opensElsewhere) {
                 EXPECT_EQ(attempt.inheritable(), "") << "started programs inherit what it opened";
@@ -82,8 +82,8 @@ Trial tryHere(const Operation& operation, const Fault& fault) {
     return trial;
 }
 
-// The same in a process of its own, which executes the operation a second time without a fault:
-// what stays in static state has its final size then.
+// Like tryHere(), but in a separate process, which executes the operation a second time without a
+// fault; static state has its final size by then.
 Trial tryInChild(const Operation& operation, const Fault& fault) {
     Trial trial;
     std::istringstream answer(kxtest::inChild([&] {
@@ -98,10 +98,10 @@ Trial tryInChild(const Operation& operation, const Fault& fault) {
     return trial;
 }
 
-// Makes one step after the other fail, from that of `fault` on; says how many.
+// Makes one step after another fail, beginning with that of `fault`; returns how many failed.
 int failEach(const Operation& operation, Fault fault) {
     const auto tryOnce = operation.inOwnProcess ? tryInChild : tryHere;
-    // What libraries allocate once and for all is there afterwards.
+    // Whatever libraries allocate once and for all is there afterwards.
     const long blocksLeft = tryOnce(operation, {}).blocksLeft;
     for (int failures = 0;; ++failures) {
         const Trial trial = tryOnce(operation, fault);
@@ -149,7 +149,7 @@ TEST_P(SystemCalls, FailOneByOne) {
 class Stepless : public testing::TestWithParam<Operation> {};
 TEST_P(Stepless, HasNothingThatCouldFail) {
     Fault fault;
-    tryHere(GetParam(), fault);  // what is done once and for all
+    tryHere(GetParam(), fault);  // does what is done once and for all
     for (const Fault::Kind kind : {Fault::allocation, Fault::systemCall}) {
         if (kind == Fault::systemCall && !kxtest::whyNoSystemCalls().empty()) continue;
         fault.kind = kind;

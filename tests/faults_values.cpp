@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Functions and values without files: an allocation that fails leaves by std::bad_alloc, and every
-// object as it was.
+// Functions and values without files: if an allocation fails, std::bad_alloc is thrown and every
+// object is left as it was.
 #include <map>
 #include <memory>
 #include <set>
@@ -48,7 +48,7 @@ void messageCopy(Attempt& attempt) {
     }
 }
 
-// Some of the attributes may have been added, whole ones.
+// Some of the attributes may have been added, but only whole ones.
 void messageAssign(Attempt& attempt) {
     const kxMessage other(7, a, textA, b, textB, c, textC);
     kxMessage message(8, b, textA);
@@ -80,7 +80,7 @@ void messageReplace(Attempt& attempt) {
     EXPECT_EQ(textsOf(message), (Texts{{a, b}}));
 }
 
-// Said on standard error; the result's place keeps what it holds.
+// The fault is reported on standard error; the place for the result keeps its value.
 void messageReadWrongType(Attempt& attempt) {
     const kxMessage message(7, a, textA);
     int result = 5;
@@ -120,7 +120,7 @@ public:
     }
 };
 
-// Registered entirely or not at all.
+// Registered completely or not at all.
 void converterRegister(Attempt& attempt) {
     std::unique_ptr<TextConverter> converter;
     attempt.run([&] { converter = std::make_unique<TextConverter>(part); });
@@ -164,7 +164,7 @@ kxFileExtension registryOf(const Formats& formats) {
     return registry;
 }
 
-// Changes a registry of one format, or leaves it as it was.
+// Changes a registry of one format or leaves it as it was.
 template <typename Change>
 void changeRegistry(Attempt& attempt, const Change& change, const Formats& changed) {
     kxFileExtension registry = registryOf(oneFormat);
@@ -192,7 +192,7 @@ void formatsAssign(Attempt& attempt) {
     EXPECT_EQ(registry.getExtensionMap(), twoFormats);
 }
 
-// Some of the formats may have been added, whole ones.
+// Some of the formats may have been added, but only whole ones.
 void formatsAddAll(Attempt& attempt) {
     const Formats all{{a, {a, b}}, {b, {b, c}}, {c, {a, b}}};
     const kxFileExtension other = registryOf(all);
@@ -209,7 +209,7 @@ void formatsAddAll(Attempt& attempt) {
 
 using ToText = unsigned long (*)(const std::string&, std::string&);
 
-// The result's place keeps what it holds.
+// The place for the result keeps its value.
 void convertText(Attempt& attempt, ToText convert, const std::string& in, const std::string& out) {
     std::string result = "old";
     attempt.run([&] { convert(in, result); });
@@ -290,7 +290,7 @@ void replaceText(Attempt& attempt) {
     EXPECT_EQ(text, '1' + part + '2' + part + part);
 }
 
-// Its twenty digits need no memory where a string holds that much itself.
+// Its twenty digits need no memory if a string can hold them itself.
 Operation hashed() {
     const std::string digits = std::to_string(std::hash<std::string>()(part));
     Operation operation = answers(

@@ -15,7 +15,7 @@ namespace {
 
 const std::string mark("\0TALOCRC", 8);
 
-// What is found in a file of these bytes, printing nothing on the way.
+// The findings in a file of these bytes; nothing must be printed meanwhile.
 Info inspect(const std::string& bytes, std::uint32_t offset) {
     const kxtest::TempDir dir;
     kxtest::Captured out(stdout), err(stderr);

@@ -37,8 +37,8 @@ std::string repeated(const std::string& part, std::size_t length) {
     return text;
 }
 
-/// a, ab, aba, abaab, abaababa, ... of that length: each is the two before it, so that everything
-/// in it nearly repeats.
+/// a, ab, aba, abaab, abaababa, ... of the given length: each is made of the two before it, so that
+/// everything in it nearly repeats.
 std::string fibonacciWord(std::size_t length) {
     std::string word = "a", next = "ab";
     while (word.size() < length) {
@@ -53,7 +53,7 @@ std::string fibonacciWord(std::size_t length) {
 
 class FindText : public testing::TestWithParam<Search> {
 protected:
-    /// Compares all places from `at` on with those that the standard library finds.
+    /// Compares all places from `at` on with those found by the standard library.
     static void expectAllPlaces(const std::string& text, const std::string& search,
                                 std::size_t at = 0) {
         for (std::size_t found = 0; found != std::string::npos && at <= text.size();
@@ -73,7 +73,7 @@ TEST_P(FindText, FindsAllShortTextsInAllShortTexts) {
                     ASSERT_NO_FATAL_FAILURE(expectAllPlaces(text, search));
 }
 
-// Too long for all places to be a rest that is searched in another way.
+// The texts are too long to be searched entirely in the way for the last few places.
 TEST_P(FindText, FindsAllShortTextsInLongOnes) {
     std::mt19937 random(7);
     for (std::size_t searchLength = 1; searchLength <= 10; ++searchLength)
@@ -109,7 +109,7 @@ TEST_P(FindText, EqualsTheStandardLibrarysInRandomTexts) {
         };
         const std::string text = randomText(random() % 300);
         std::string search = randomText(1 + random() % 64);
-        if (random() % 2 == 0 && !text.empty())  // what is there, or nearly
+        if (random() % 2 == 0 && !text.empty())  // a part of the text, perhaps changed
             search = text.substr(random() % text.size(), 1 + random() % 100);
         if (random() % 4 == 0) search[random() % search.size()] = 'y';
         ASSERT_NO_FATAL_FAILURE(expectAllPlaces(text, search));
@@ -139,8 +139,8 @@ TEST_P(FindText, BeginsAtAnyPlace) {
     EXPECT_EQ(GetParam().find("", "a", 0), std::string::npos);
 }
 
-// The first places nearly fit and a later one does: whatever takes over has to find it, be it the
-// very next one.
+// The first places nearly fit, and a later one fits. Whichever search takes over has to find it,
+// even if it is the very next place.
 TEST_P(FindText, FindsBehindPlacesThatNearlyFit) {
     for (const std::size_t half : {20U, 100U, 1000U})
         for (std::size_t before = 0; before < 60; ++before) {
@@ -152,7 +152,7 @@ TEST_P(FindText, FindsBehindPlacesThatNearlyFit) {
 }
 
 // Each of these would take minutes if the places that nearly fit were compared one by one, or the
-// suffixes of what is searched for.
+// suffixes of the search text.
 TEST_P(FindText, TakesTimeInProportionToTheTexts) {
     constexpr std::size_t size = 8 << 20;
     const auto letters = [](std::size_t part, char letter) {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Which instructions the kernels ask the processor for.
+// Tests which instructions the kernels ask the processor for.
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -26,7 +26,7 @@ struct Feature {
         NAME, [] { return __builtin_cpu_supports(NAME) != 0; } \
     }
 
-/// The bit of a feature, 0 if none of them is.
+/// The bit of a feature; 0 if the feature has none.
 std::uint64_t bitOf(const Feature& feature) {
     const ScopedFeatures restored;
     for (int bit = 0; bit < 64; ++bit) {

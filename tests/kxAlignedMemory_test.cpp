@@ -147,7 +147,7 @@ TEST(AlignedMemoryFree, IgnoresNull) { aligned_free(nullptr); }
 
 TEST(AlignedMemoryFree, LetsTheMemoryBeUsedAgain) {
     constexpr std::size_t blocks = 1000;
-    std::set<void*> places;  // as many as blocks if all of them stay
+    std::set<void*> places;  // as many as there are blocks if none of them moves
     for (std::size_t i = 0; i < blocks; ++i) {
         void* const p = aligned_malloc(1UL << 20, 64);
         ASSERT_NE(p, nullptr);

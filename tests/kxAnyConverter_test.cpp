@@ -21,7 +21,7 @@ static_assert(std::has_virtual_destructor_v<kxAnyConverter>);
 
 namespace {
 
-/// Serves values of type T, whose text it makes itself: `tag`, and for an int the number.
+/// Serves values of type T with a text of its own: `tag` and, for an int, the number.
 template <typename T>
 class Converter : public kxAnyConverter {
 public:
@@ -73,7 +73,7 @@ std::string unknownTypeLines(const std::string& name) {
            rule + "\n";
 }
 
-// A type that only the converter below serves, which registers before main().
+// A type that only the following converter serves, which registers before main().
 struct Early {};
 Converter<Early> earlyConverter("early");
 
@@ -181,10 +181,10 @@ TEST(ConverterToString, AnEarlierConverterHidesALaterOne) {
     std::optional<Converter<int>> first("first");
     Converter<int> second("second");
     EXPECT_EQ(Text(1).text, "first");
-    EXPECT_EQ(second.asked, 0);  // the search ends at the first that accepts
+    EXPECT_EQ(second.asked, 0);  // the search ends at the first one that accepts
     first.reset();
     EXPECT_EQ(Text(1).text, "second");
-    first.emplace("first again");  // now the later one
+    first.emplace("first again");  // now it is the later one
     EXPECT_EQ(Text(1).text, "second");
 }
 
@@ -219,7 +219,7 @@ TEST(ConverterLifetime, EndsTheRegistration) {
     std::unique_ptr<kxAnyConverter> first = std::make_unique<Converter<int>>("first"),
                                     middle = std::make_unique<Converter<long>>("middle"),
                                     last = std::make_unique<Converter<char>>("last");
-    middle.reset();  // through the base class
+    middle.reset();  // destroyed through the base class
     kxtest::Captured out(stdout);
     EXPECT_FALSE(Text(1L).converted);
     EXPECT_EQ(read(typeid(long).name(), ""), "refused, old value");
@@ -245,7 +245,7 @@ TEST(ConverterLifetime, EndsWithThePluginThatOwnsTheConverter) {
 
 namespace {
 
-/// A list of values: the texts of its elements, as the registry makes them.
+/// Serves a list of values: the texts of its elements, as the registry makes them.
 class ListConverter : public kxAnyConverter {
 public:
     ListConverter() : kxAnyConverter("list") {}
@@ -267,7 +267,7 @@ public:
     bool convertFromString(const std::string& typeName, const std::string& text,
                            boost::any& value) override {
         if (typeName != "list") return false;
-        // Made in the middle of a search, and gone before it ends.
+        // Made in the middle of a search and destroyed before it ends.
         const Converter<int> temporary("temporary");
         return fromString(intName, text, value);
     }

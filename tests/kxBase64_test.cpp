@@ -20,7 +20,7 @@ using kxtest::randomText;
 
 namespace {
 
-/// `out` is one byte larger than getEncodeSize() says, as every raw buffer has to be.
+/// `out` is one byte larger than getEncodeSize() says, as every raw buffer must be.
 std::string encodeRaw(const std::string& bytes) {
     std::string out(kxBase64::getEncodeSize(bytes.size()) + 1, canary);
     out.resize(kxBase64::encode(bytes.data(), bytes.size(), out.data()));
@@ -169,7 +169,7 @@ TEST_P(Base64Texts, DecodeAgreesWithTheModel) {
     }
 }
 
-// From every third character to a clean text.
+// From texts with one odd character in 3 to clean ones.
 INSTANTIATE_TEST_SUITE_P(OddCharacterOneIn, Base64Texts, testing::Values(3U, 30U, 300U, 1000000U),
                          testing::PrintToStringParamName());
 
@@ -212,7 +212,7 @@ TEST(Base64Size, Decode) {
     EXPECT_EQ(kxBase64::getDecodeSize(8000000000UL), 6000000003UL);
 }
 
-// Deliberate: the terminator has room only where 3 divides n.
+// Deliberate: there is room for the terminator only if n is divisible by 3.
 TEST(Base64Size, EncodeLeavesNoRoomForTheTerminator) {
     for (std::size_t n = 1; n <= 30; ++n) {
         const std::size_t length = encodeString(std::string(n, 'x')).size();
@@ -265,7 +265,7 @@ TEST(Base64String, FailedDecodeLeavesOutputEmpty) {
 }
 
 TEST(Base64String, InputMayLieInTheOutput) {
-    // Within the string object, on the heap, and too long to be converted at once.
+    // These fit into the string object, fit on the heap, and are too long to be converted at once.
     for (const std::size_t n : {3UL, 5UL, 100UL, 20000UL}) {
         const std::string bytes(n, 'x'), text = reference::encodeBase64(bytes);
         std::string s = bytes;
@@ -281,7 +281,7 @@ TEST(Base64String, InputMayLieInTheOutput) {
 
 TEST(Base64String, LongInputsOfAnyLength) {
     std::mt19937 random(6);
-    std::string encoded, decoded;  // used again, larger and smaller than needed
+    std::string encoded, decoded;  // used again, both larger and smaller than needed
     for (const std::size_t n :
          {6142UL, 6143UL, 6144UL, 6145UL, 12288UL, 12289UL, 30000UL, 9000UL}) {
         const std::string bytes = randomBytes(random, n), text = reference::encodeBase64(bytes);

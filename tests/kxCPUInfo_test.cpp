@@ -45,7 +45,7 @@ TEST(CpuInfo, OwnInstanceAnswersLikeTheSharedOne) {
     EXPECT_EQ(own.hasAVX512Support(), shared.hasAVX512Support());
 }
 
-// The answers of a processor with exactly one thing set.
+// The answers of a processor on which exactly one thing is set.
 static std::vector<bool> answers(void (*set)(kxCPUInfo::Fields&)) {
     kxCPUInfo::Fields fields;
     set(fields);

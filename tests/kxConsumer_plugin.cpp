@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// A library with a function that only another library defines: it loads lazily in any case, and at
-// once only where that definition is visible.
+// A library with a function that only another library defines. Lazily, it can be loaded in any
+// case; with immediate binding, only if that definition is visible.
 extern "C" {
 
 int kxProvidedValue();

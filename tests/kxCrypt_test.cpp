@@ -55,7 +55,7 @@ protected:
                 << "at " << rfc6229::offsets[row];
         }
     }
-    // Zero bytes show the key stream as it is.
+    // Encrypting zero bytes shows the key stream itself.
     static Bytes keyStream(kxCrypt& cipher) {
         return bytesOf(code(cipher, std::string(4112, '\0')));
     }
@@ -80,7 +80,7 @@ TEST(Crypt, WellKnownTexts) {
 
 // --- The class ----------------------------------------------------------------------------------
 
-// A key stands for its cipher.
+// A key converts to its cipher.
 static_assert(std::is_convertible_v<const Bytes&, kxCrypt>);
 
 TEST(Crypt, IsMadeOfAKey) {
@@ -139,8 +139,8 @@ TEST(Crypt, CopiesGoOnIndependently) {
     EXPECT_EQ(code(assigned, "Plain"), code(bytesOf("Key"), "Plain"));
 }
 
-// Why it protects nothing: texts of one key give each other away, and whoever knows where a byte
-// stands can change it unnoticed.
+// This is why it protects nothing: texts with one key give each other away, and anybody who knows
+// where a byte is can change it unnoticed.
 TEST(Crypt, HidesButDoesNotProtect) {
     const std::string known = "known text", secret = "secret one";
     const std::string codedKnown = code(bytesOf("Key"), known);
@@ -177,7 +177,7 @@ TEST(Crypt, FieldsStandInOrder) {
     for (int n = 0; n < 256; ++n) seen[*at++] = true;
     for (const bool value : seen) EXPECT_TRUE(value);
 
-    // The generator after two calls with this key, by an independent RC4.
+    // The generator after two calls with this key, computed with an independent RC4.
     std::uint32_t i = 0, j = 0;
     std::memcpy(&i, at, sizeof i);
     std::memcpy(&j, at + 4, sizeof j);

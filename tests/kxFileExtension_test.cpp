@@ -74,8 +74,8 @@ TEST(FileExtension, ReplaceFormatEndsWithExactlyTheGivenSet) {
     EXPECT_EQ(registry.getExtensionMap(), (Map{{"A", {".y", ".z"}}, {"B", {".b"}}, {"C", {}}}));
 }
 
-// Names and sets that the registry itself holds; texts too long for a string's own buffer, so that
-// a read of freed memory is seen.
+// Uses names and sets that the registry itself holds. The texts are too long for a string's own
+// buffer, so that a read of freed memory is noticed.
 TEST(FileExtension, ArgumentsMayBePartsOfTheRegistry) {
     const std::string one = ".an extension of format one", two = ".an extension of format two";
     const std::string first = "the first format of them all",

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The functions on path names ask for no more memory than their result takes. This program replaces
-// operator new, which the library then calls as well.
+// The functions for path names allocate no more memory than their result takes. This program
+// replaces operator new, which the library then calls as well.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -28,11 +28,11 @@ void* operator new(std::size_t size) {
     if (void* const memory = std::malloc(std::max<std::size_t>(size, 1))) return memory;
     throw std::bad_alloc();
 }
-// Not inlined: GCC then takes free() for the wrong partner of operator new.
+// Not inlined, because GCC would then take free() for the wrong partner of operator new.
 [[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
 
-// What a call allocates, its result included.
+// The bytes that a call allocates, including its result.
 template <typename Function>
 static auto counted(const Function& function) {
     allocations = bytes = 0;
@@ -44,7 +44,7 @@ static auto counted(const Function& function) {
 
 namespace {
 
-// Longer than what a string holds without memory of its own.
+// Longer than a string can hold without allocating memory.
 const std::string part(60, 'X');
 const std::string base = "/home/" + part, backslashed = "\\home\\" + part;
 
@@ -61,10 +61,10 @@ class Allocations : public testing::TestWithParam<AllocationCase> {
 TEST_P(Allocations, AreNoMoreThanTheResultNeeds) {
     const std::string result = counted(GetParam().call);
     EXPECT_LE(allocations, GetParam().most);
-    EXPECT_GE(allocations, GetParam().most == 0 ? 0u : 1u);  // else nothing is counted here
+    EXPECT_GE(allocations, GetParam().most == 0 ? 0u : 1u);  // otherwise nothing is counted here
     const std::size_t taken = bytes;
     EXPECT_EQ(counted([&] { return std::string(result); }), result);
-    // A string that grows takes room for 30 characters first.
+    // A string that grows first allocates room for 30 characters.
     EXPECT_LE(taken, GetParam().most * std::max<std::size_t>(bytes, 31));
 }
 

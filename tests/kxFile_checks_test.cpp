@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// checkRead and checkWrite, observed in a child process that is not the super-user: what the host
-// is asked, what is logged, in which order, and what is answered.
+// checkRead and checkWrite, observed in a child process that is not the super-user: what they ask
+// the host, what they log, in which order, and what they return.
 #include <fcntl.h>
 #include <grp.h>
 #include <gtest/gtest.h>
@@ -30,8 +30,8 @@
 #include "kxLog.h"
 #include "kxUtils.h"
 
-// These take the place of the C library's functions for calls from the library too, so that a test
-// can do what other programs might do at that moment.
+// These replace the C library's functions, even for calls from the library, so that a test can do
+// what other programs might do at that moment.
 static std::function<int(const std::string&, int)> afterStat;
 static std::function<void()> beforeFstat;
 
@@ -48,7 +48,7 @@ extern "C" int fstat(int file, struct stat* info) noexcept {
 
 namespace {
 
-// What the host does with the overwrite question, and what its callback returns.
+// How the host answers the overwrite question, and what its callback returns.
 struct Host {
     bool installed = true;
     std::function<void(kxMessage&)> react = [](kxMessage&) {};
@@ -56,7 +56,7 @@ struct Host {
 };
 
 Host theHost;
-std::string events;  // one line per request and per message, in the order of their arrival
+std::string events;  // one line per request and per message, in the order of arrival
 
 std::string describe(const boost::any& value) {
     if (const auto* text = boost::any_cast<std::string>(&value)) return "string '" + *text + "'";
@@ -97,7 +97,7 @@ std::string question(const std::string& path) {
 
 using Check = bool (*)(const std::string&, bool, bool);
 
-// Files of every kind, owned by the user who makes them, in the working directory.
+// Makes files of every kind in the working directory; they belong to the user who makes them.
 void makeFiles() {
     const auto make = [](const char* name, mode_t mode) {
         kxtest::writeAt(name, 0, "old");
@@ -115,7 +115,7 @@ void makeFiles() {
     if (failed != 0) ADD_FAILURE() << "no links";
     sockaddr_un address{};
     address.sun_family = AF_UNIX;
-    std::strcpy(address.sun_path, "socket");  // exists, and cannot be opened
+    std::strcpy(address.sun_path, "socket");  // exists but cannot be opened
     const int socket = ::socket(AF_UNIX, SOCK_STREAM, 0);
     bind(socket, reinterpret_cast<const sockaddr*>(&address), sizeof address);
     close(socket);
@@ -160,9 +160,9 @@ struct CheckRow {
     const char* name;
     Check check;
     std::string path;
-    bool asksFirst;       // the overwrite question comes before the test
-    std::string warning;  // "": nothing to complain about
-    std::string logged;   // the log's form of the warning
+    bool asksFirst;       // the overwrite question comes before the access test
+    std::string warning;  // "" if there is nothing to complain about
+    std::string logged;   // the form of the warning in the log
     bool result;
     int error;  // errno after false
 };
@@ -245,7 +245,7 @@ INSTANTIATE_TEST_SUITE_P(Table, FileCheck, testing::ValuesIn(checkRows),
 
 struct AnswerRow {
     const char* name;
-    boost::any button;  // empty: the host sets none
+    boost::any button;  // if empty, the host sets none
     bool consents;
 };
 static void PrintTo(const AnswerRow& row, std::ostream* os) { *os << row.name; }
@@ -262,7 +262,7 @@ TEST_P(OverwriteAnswer, DecidesWhateverTheCallbackReturns) {
             host.react = [&](kxMessage& message) { message.set("button", row.button, true); };
         EXPECT_EQ(observe(kxFile::checkWrite, "plain", true, true, host),
                   question("plain") + (row.consents ? "true" : "false"));
-        // Consent only leads on to the test. A refusal is not logged.
+        // Consent only leads to the access test. A refusal is not logged.
         EXPECT_EQ(
             observe(kxFile::checkWrite, "fixed", true, true, host),
             question("fixed") + (row.consents ? complaint + "false, Permission denied" : "false"));
@@ -295,16 +295,16 @@ TEST(OverwriteQuestion, ComesBeforeTheAccessTest) {
               question("plain") + warning(text) + "false, Permission denied");
 }
 
-// --- Links that lead nowhere ---------------------------------------------------------------------
+// --- Dangling links ------------------------------------------------------------------------------
 
 struct LinkCase {
     const char* name;
-    std::vector<std::pair<std::string, std::string>> links;  // each with what it holds
-    int error;  // 0: a file can be created where the first link leads
+    std::vector<std::pair<std::string, std::string>> links;  // each with its target
+    int error;  // 0 if a file can be created where the first link leads
 };
 static void PrintTo(const LinkCase& c, std::ostream* os) { *os << c.name; }
 
-// The file is created where the link leads, as if it were written, and deleted there.
+// The file is created, and deleted again, where the link leads, as if it were being written.
 class CheckWriteLink : public testing::TestWithParam<LinkCase> {};
 TEST_P(CheckWriteLink, AnswersForItsTargetAndChangesNothing) {
     const LinkCase& c = GetParam();
@@ -312,7 +312,7 @@ TEST_P(CheckWriteLink, AnswersForItsTargetAndChangesNothing) {
     chmod(dir.path().c_str(), 0777);
     const std::string observed = kxtest::asOrdinaryUser([&] {
         const kxtest::ScopedEnv place("TMPDIR", dir.path().c_str());
-        const kxtest::TempDir own;  // of the user
+        const kxtest::TempDir own;  // belongs to the user
         for (const char* name : {"sub/x", "sub/deep/x"}) own.write(name, "");
         mkdir(own.file("sealed").c_str(), 0555);
         if (symlink("sub/deep", own.file("way").c_str()) != 0) return std::string("no link");
@@ -334,7 +334,7 @@ TEST_P(CheckWriteLink, AnswersForItsTargetAndChangesNothing) {
         const bool answer = kxFile::checkWrite(first, /*ask=*/true, /*log=*/false);
         std::string text = answer ? "true" : std::string("false, ") + std::strerror(errno);
         if (seen() != before) text += ", changed to " + seen();
-        const bool isWritten = kxFile::write(first, "x");  // the truth
+        const bool isWritten = kxFile::write(first, "x");  // tells what is really possible
         if (isWritten != answer) text += ", wrongly";
         return text;
     });
@@ -375,11 +375,11 @@ TEST(CheckWrite, FollowsALinkWithAnAbsoluteTarget) {
     EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>{"link"});
 }
 
-// --- Others at work ------------------------------------------------------------------------------
+// --- Other processes at work ---------------------------------------------------------------------
 
 namespace {
 
-// A file that others make and delete while checkWrite is at work.
+// A file that others create and delete while checkWrite is at work.
 class CheckWriteRace : public testing::Test {
 protected:
     ~CheckWriteRace() override {
@@ -425,7 +425,7 @@ TEST_F(CheckWriteRace, FileCreatedMeanwhileIsLeftAlone) {
     EXPECT_EQ(kxtest::slurp(file), "theirs");
 }
 
-// It exists by then, so the user is asked.
+// The file exists by then, so the user is asked.
 TEST_F(CheckWriteRace, FileCreatedMeanwhileIsAskedFor) {
     if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
     kxUtils::init(countQuestion);
@@ -451,7 +451,7 @@ TEST_F(CheckWriteRace, FileCreatedAndDeletedMeanwhileIsNone) {
     afterStat = [&](const std::string&, int result) {
         if (++calls == 1) create();
         if (calls != 2) return result;
-        remove();  // after all, there was nothing to be seen
+        remove();  // in truth there was nothing to be seen
         errno = ENOENT;
         return -1;
     };
@@ -461,7 +461,7 @@ TEST_F(CheckWriteRace, FileCreatedAndDeletedMeanwhileIsNone) {
     EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
 }
 
-// As another probe's file is.
+// Like the file of another caller's probe.
 TEST_F(CheckWriteRace, FileThatGoesBeforeTheAccessTestIsNone) {
     if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
     create();
@@ -474,7 +474,7 @@ TEST_F(CheckWriteRace, FileThatGoesBeforeTheAccessTestIsNone) {
     EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
 }
 
-// The user was asked about a file that existed: it is that one whose rights are tested.
+// The user was asked about a file that existed, so the rights of that file are tested.
 TEST_F(CheckWriteRace, FileThatGoesDuringTheQuestionIsNotWritable) {
     create();
     static std::string path;
@@ -493,7 +493,7 @@ TEST_F(CheckWriteRace, EndsWhereTheSystemContradictsItself) {
     int calls = 0;
     afterStat = [&](const std::string&, int) {
         ++calls;
-        return 0;  // exists, and cannot be accessed
+        return 0;  // it exists but cannot be accessed
     };
     EXPECT_FALSE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/false));
     EXPECT_EQ(calls, 100);
@@ -502,7 +502,7 @@ TEST_F(CheckWriteRace, EndsWhereTheSystemContradictsItself) {
     afterStat = [&](const std::string&, int) {
         ++calls;
         errno = ENOENT;
-        return -1;  // does not exist, and cannot be created
+        return -1;  // it does not exist and cannot be created
     };
     EXPECT_FALSE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/false));
     EXPECT_EQ(calls, 1 + 100);
@@ -528,7 +528,7 @@ TEST_F(CheckWriteRace, FileThatStaysIsLookedAtOnce) {
     EXPECT_EQ(observed, "0 after 1");
 }
 
-// What could not be seen, and is there: it is not created again.
+// A file that is there but could not be seen at first is not created again.
 TEST_F(CheckWriteRace, FileThatCannotBeSeenAtFirstIsLeftAlone) {
     if (!isReplaced()) GTEST_SKIP() << "stat cannot be replaced";
     create();
@@ -553,7 +553,7 @@ TEST_F(CheckWriteRace, ProbeThatOthersTakeIsTheirs) {
     bool isCalled = false;
     beforeFstat = [&] {
         isCalled = true;
-        create();  // they write into the file that is there
+        create();  // they write to the existing file
     };
     EXPECT_TRUE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/true));
     beforeFstat = nullptr;
@@ -562,7 +562,7 @@ TEST_F(CheckWriteRace, ProbeThatOthersTakeIsTheirs) {
     remove();
     beforeFstat = [&] {
         remove();
-        kxtest::writeAt(file, 0, "");  // they replace it, also by an empty one
+        kxtest::writeAt(file, 0, "");  // they replace it, even with an empty one
     };
     EXPECT_TRUE(kxFile::checkWrite(file, /*ask=*/false, /*log=*/true));
     beforeFstat = nullptr;
@@ -573,7 +573,7 @@ TEST_F(CheckWriteRace, ProbeThatOthersTakeIsTheirs) {
     EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
 }
 
-// Two processes, for half a second: whoever creates a file exclusively keeps it.
+// Two processes run for half a second. A file that a process creates exclusively stays.
 TEST_F(CheckWriteRace, ProcessesThatCreateLoseNothing) {
     const std::string go = dir.file("go");
     kxtest::writeAt(go, 0, "x");
@@ -586,7 +586,7 @@ TEST_F(CheckWriteRace, ProcessesThatCreateLoseNothing) {
     const auto end = std::chrono::steady_clock::now() + std::chrono::milliseconds(500);
     while (std::chrono::steady_clock::now() < end) {
         const int mine = open(file.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (mine < 0) continue;  // the other's probe
+        if (mine < 0) continue;  // the other process's probe
         ++created;
         EXPECT_EQ(write(mine, "mine", 4), 4);
         bool isThere = true;
@@ -595,7 +595,7 @@ TEST_F(CheckWriteRace, ProcessesThatCreateLoseNothing) {
             isThere = fstatat(AT_FDCWD, file.c_str(), &info, 0) == 0 && info.st_size == 4;
         }
         lost += !isThere;
-        // Out of the way by a rename: to delete it might hit the other's probe.
+        // Moved away by renaming, since deleting it might hit the other process's probe.
         std::rename(file.c_str(), dir.file("done").c_str());
         close(mine);
     }
@@ -605,7 +605,7 @@ TEST_F(CheckWriteRace, ProcessesThatCreateLoseNothing) {
     EXPECT_EQ(lost, 0) << "of " << created;
 }
 
-// Probes in several threads do not keep each other from finding that the file can be written.
+// Probes in several threads do not keep each other from finding out that the file can be written.
 TEST_F(CheckWriteRace, ProbesGetAlongWithEachOther) {
     std::atomic<int> refused{0};
     std::vector<std::thread> threads;
@@ -619,8 +619,8 @@ TEST_F(CheckWriteRace, ProbesGetAlongWithEachOther) {
     EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());
 }
 
-// Rights are those that a write would have: where it may not even look, the user that the process
-// was started by does not count.
+// What counts is the right to write. If the process may not even look, it does not help that the
+// user who started it may.
 TEST(CheckWrite, IsFalseWhereOnlyTheRealUserMayLook) {
     if (!kxtest::isRoot()) GTEST_SKIP() << "needs two users";
     const kxtest::TempDir dir;
@@ -642,7 +642,7 @@ TEST(CheckWrite, IsFalseWhereOnlyTheRealUserMayLook) {
     EXPECT_EQ(kxtest::slurp(dir.file("closed/plain")), "old");
 }
 
-// What no right of a user changes, seen without a process of its own.
+// Results that do not depend on a user's rights, so they need no separate process.
 TEST(Checks, OfPathsThatAreEmptyOrWritable) {
     const kxtest::TempDir dir;
     const std::string file = dir.write("plain", "old");
@@ -653,7 +653,7 @@ TEST(Checks, OfPathsThatAreEmptyOrWritable) {
     EXPECT_EQ(kxtest::slurp(file), "old");
 }
 
-// A name that nothing can have is free, and cannot be written to.
+// A name that no file can have is free, but cannot be written to.
 TEST(CheckWrite, IsFalseForWhatCannotBeThere) {
     const kxtest::TempDir dir;
     ASSERT_EQ(symlink("loop", dir.file("loop").c_str()), 0);

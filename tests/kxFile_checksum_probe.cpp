@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Calls one function on one file, so that a test can count what it asks of the system.
+// Calls one function on one file, so that a test can count its system calls.
 #include <cstdint>
 #include <string>
 

@@ -112,7 +112,7 @@ TEST(GetChecksum, IsZeroOnFailureAndClosesTheFile) {
     EXPECT_EQ(kxFile::getChecksum(dir.path(), 0), 0U);
     EXPECT_EQ(kxFile::getChecksum(dir.path(), 1), 0U);
     EXPECT_EQ(kxFile::getChecksum(path, 10), 0U);
-    EXPECT_EQ(kxFile::getChecksum(path, 9), 0U);  // no bytes, and no failure
+    EXPECT_EQ(kxFile::getChecksum(path, 9), 0U);  // no bytes, but no failure
     EXPECT_EQ(kxFile::getChecksum(path, 8), crc32Bitwise("9"));
     EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
@@ -160,7 +160,8 @@ TEST(AppendChecksum, IsWhatCheckChecksumAccepts) {
     EXPECT_EQ(out.text(), correct("data"));
 }
 
-// A checksum finds damage, no intent: whoever changes a file can stamp it anew, or not at all.
+// A checksum finds damage but not intent: anybody who changes a file can stamp it anew, or leave it
+// unstamped.
 TEST(AppendChecksum, HelpsAForgerToo) {
     const kxtest::TempDir dir;
     const std::string path = dir.write("f", "forged data");
@@ -200,7 +201,7 @@ TEST_P(ChecksumCheck, MatchesTable) {
     }
     EXPECT_EQ(accepted, c.accepted);
     EXPECT_EQ(text, c.out);
-    // The out value is the digits of the "correct" line, otherwise 0.
+    // The out value is the number in the "correct" line, otherwise 0.
     const std::size_t at = c.out.find("Found correct file checksum ");
     EXPECT_EQ(digits(checksum), at == std::string::npos ? "00000000" : c.out.substr(at + 28, 8));
     EXPECT_EQ(kxtest::nextDescriptor(), before);
@@ -209,12 +210,12 @@ TEST_P(ChecksumCheck, MatchesTable) {
 
 static CheckCase withMeta(const char* name, const std::string& length, const std::string& out,
                           std::uint32_t offset = 0) {
-    // The checksum footer stands at 4, the meta footer at 4 + 0x1A.
+    // The checksum footer is at 4, the meta footer at 4 + 0x1A.
     return {name, stamped("data") + "0123456789" + meta(length), offset, true, foundMeta + out};
 }
 
 static const CheckCase checkCases[] = {
-    // Without a meta footer.
+    // Files without a meta footer.
     {"EmptyFile", "", 0, true, none},
     {"FifteenBytes", footerOf("").substr(1), 0, true, none},
     {"OnlyAFooter", footer("00000000"), 0, true, correct("")},
@@ -233,7 +234,7 @@ static const CheckCase checkCases[] = {
     {"MarkInLowerCase", std::string("\0talocrc", 8) + "00000000", 0, true, none},
     {"ByteAfterTheFooter", stamped("data") + "x", 0, true, none},
     {"DataEndsInAFooter", stamped(stamped("data")), 0, true, correct(stamped("data"))},
-    // Offsets.
+    // Files with an offset.
     {"HeaderExcluded", "HEAD" + stamped("data"), 4, true, correct("data")},
     {"HeaderNotExcluded", "HEAD" + stamped("data"), 0, false,
      incorrect("HEADdata", digits(crc32Bitwise("data")))},
@@ -242,7 +243,7 @@ static const CheckCase checkCases[] = {
     {"OffsetAtTheEnd", stamped("data"), 20, true, none},
     {"OffsetPastTheEnd", stamped("data"), 21, true, none},
     {"LargestOffset", stamped("data"), 0xFFFFFFFF, true, none},
-    // With a meta footer: L is 0x10 and the length of the meta data.
+    // Files with a meta footer: L is 0x10 plus the length of the meta data.
     {"NoMetaData", stamped("data") + meta("00000010"), 0, true, foundMeta + correct("data")},
     {"NoProtectedData", footer("00000000") + meta("00000010"), 0, true, foundMeta + correct("")},
     {"OnlyAMetaFooter", meta("00000010"), 0, true, foundMeta + none},
@@ -341,7 +342,7 @@ TEST(CheckChecksum, FindsNoChecksumInADirectory) {
     EXPECT_EQ(kxtest::nextDescriptor(), before);
 }
 
-// Deliberate: the exception of the standard conversion leaves, with the file closed.
+// Deliberate: the exception of the standard conversion is passed on, with the file closed.
 TEST(CheckChecksum, ThrowsForAMetaFooterWithoutADigit) {
     const kxtest::TempDir dir;
     for (const std::string& length :
@@ -392,9 +393,9 @@ TEST(GetFileID, CoversTheFirst8192BytesOnly) {
     }
 }
 
-// --- Pipes, and what is asked of the system ------------------------------------------------------
+// --- Pipes, and the system calls made ------------------------------------------------------------
 
-// A pipe cannot seek: what is skipped is read away.
+// A pipe cannot seek, so the bytes to be skipped are read and dropped.
 TEST(ChecksumOfPipe, SkipsByReading) {
     const kxtest::TempDir dir;
     const std::string path = dir.file("pipe");
@@ -418,7 +419,7 @@ struct BlockCase {
 };
 static void PrintTo(const BlockCase& c, std::ostream* os) { *os << c.function; }
 
-// The probe's calls on a file of three full blocks, counted by name and size.
+// The calls of the probe on a file of three full blocks, counted by name and size.
 class ChecksumBlocks : public testing::TestWithParam<BlockCase> {};
 TEST_P(ChecksumBlocks, AreReadWhole) {
     const std::string strace = "/usr/bin/strace";
@@ -466,7 +467,7 @@ TEST(LargeFile, FooterStandsAbove4GiB) {
 TEST(LargeFile, MetaDataReachesBeyond8GiB) {
     const kxtest::TempDir dir;
     const std::string path = dir.file("f");
-    // The largest of both: offset 4 GiB - 1, L 4 GiB - 1.
+    // Both have their largest value: the offset and L are 4 GiB - 1.
     if (!kxtest::writeAt(path, 0xFFFFFFFF, stamped("data")) ||
         !kxtest::writeAt(path, off_t{0xFFFFFFFF} + 4 + 0xFFFFFFFF, meta("FFFFFFFF")))
         GTEST_SKIP() << "no room for sparse files";
@@ -479,7 +480,7 @@ TEST(LargeFile, MetaDataReachesBeyond8GiB) {
 TEST(LargeFile, IsNotMistakenForAShortOne) {
     const kxtest::TempDir dir;
     const std::string path = dir.file("f");
-    // In 32 bits this file would have 8 bytes, and L would not fit.
+    // In 32-bit arithmetic this file would have 8 bytes, and L would not fit.
     if (!kxtest::writeAt(path, 0, stamped("data")) ||
         !kxtest::writeAt(path, fourGiB - 8, meta("FFFFFFF4")))
         GTEST_SKIP() << "no room for sparse files";

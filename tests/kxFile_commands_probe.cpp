@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxFile_commands_probe FIFO COMMAND: runs COMMAND with kxFile::execute_no_output, the standard
-// output of this process being FIFO and unbuffered.
+// kxFile_commands_probe FIFO COMMAND: runs COMMAND with kxFile::execute_no_output while FIFO is the
+// standard output of this process, which is not buffered.
 #include <fcntl.h>
 #include <sys/wait.h>
 #include <unistd.h>

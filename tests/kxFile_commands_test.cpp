@@ -25,7 +25,7 @@ struct Variant {
 };
 void PrintTo(const Variant& v, std::ostream* os) { *os << v.name; }
 
-// Both behave alike except at zero bytes.
+// Both functions behave alike except at zero bytes.
 class ExecuteBoth : public testing::TestWithParam<Variant> {
 protected:
     static bool run(const std::string& command, bool wait) {
@@ -40,15 +40,16 @@ INSTANTIATE_TEST_SUITE_P(Table, ExecuteBoth, testing::ValuesIn(variants),
 int progressCalls = 0;
 void countProgress(unsigned int /*percent*/, void* /*data*/) { ++progressCalls; }
 
-/// A pipe in the file system through which a background command is let go and answers.
+/// A named pipe, which lets a background command continue and returns its answer.
 std::string makeFifo(const kxtest::TempDir& dir, const char* name) {
     std::string path = dir.file(name);
     if (mkfifo(path.c_str(), 0600) != 0) ADD_FAILURE() << "cannot make a FIFO";
     return path;
 }
 
-/// Runs `execute` with a command that waits for a word from the test and hands it back, the text
-/// `behind` appended: true if it came back, which takes a command that runs in the background.
+/// Runs `execute` with a command that waits for a word from the test and returns it; the text
+/// `behind` is appended to the command. True if the word comes back, which is possible only if the
+/// command runs in the background.
 bool runsInBackground(Execute execute, const std::string& behind) {
     const kxtest::TempDir dir;
     const std::string go = makeFifo(dir, "go"), done = makeFifo(dir, "done");
@@ -96,7 +97,7 @@ TEST_P(ExecuteBoth, LeavesTheCommandsStreamsAlone) {
     EXPECT_EQ(err.text(), "two\n");
 }
 
-// Deliberate: arguments are the caller's to quote, a file name from elsewhere as well.
+// Deliberate: the caller must quote the arguments, including file names from elsewhere.
 TEST_P(ExecuteBoth, QuotesNothing) {
     const std::string name = "a  b; echo $((1 + 1)) 'c  d' #";
     kxtest::Captured out(stdout);
@@ -111,10 +112,11 @@ TEST_P(ExecuteBoth, ReturnsAtOnceFromTheBackground) {
 TEST_P(ExecuteBoth, SaysOfTheBackgroundOnlyThatItWasStarted) {
     EXPECT_TRUE(run("exit 3", false));
     EXPECT_TRUE(run("kxtest-no-such-program 2>/dev/null", false));
-    // The backslash meets the blank; an ampersand right behind it would be an argument of exit.
+    // The backslash is followed by the blank; an ampersand directly after it would become an
+    // argument of exit.
     EXPECT_TRUE(run("exit 3 \\", false));
     kxtest::Captured err(stderr);
-    EXPECT_FALSE(run("(", false));  // nothing that the shell could start
+    EXPECT_FALSE(run("(", false));  // nothing that the shell can start
     EXPECT_NE(err.text(), "");
 }
 
@@ -137,7 +139,7 @@ TEST(ExecuteW, CutsTheCommandAtItsFirstZeroByte) {
     EXPECT_TRUE(runsInBackground(kxFile::executeW, zero + "rest"));
 }
 
-// The shell sees an empty command, and succeeds.
+// The shell sees an empty command and succeeds.
 TEST(Execute, TakesACommandOfZeroBytesForOne) {
     EXPECT_TRUE(kxFile::execute(std::string(1, '\0'), true));
 }
@@ -148,7 +150,7 @@ namespace {
 
 const std::string closingLine = "Close and waiting for subprocess to end...\n";
 
-/// Keeps the process from opening files while it lives.
+/// Keeps the process from opening files during its lifetime.
 class NoMoreFiles {
 public:
     NoMoreFiles() {
@@ -167,7 +169,7 @@ private:
 struct StatusCase {
     const char* name;
     std::string command;
-    int exitCode;  // or minus the signal that ends the shell
+    int exitCode;  // or the negative number of the signal that ends the shell
     std::string err;
 };
 void PrintTo(const StatusCase& c, std::ostream* os) { *os << c.name; }
@@ -181,7 +183,7 @@ const StatusCase statusCases[] = {
     {"Failure", "echo hi; exit 3", 3, ""},
     {"Signal", "echo hi; kill -9 $$", -9, ""},
     {"ErrorsAreNotRedirected", "echo hi; echo bad >&2", 0, "bad\n"},
-    // Had the reader stopped early, the pipe's signal would have ended the writer.
+    // If the reader had stopped early, the pipe's signal would have ended the writer.
     {"OneLongLine", "head -c 10485760 /dev/zero | tr '\\0' x", 0, ""},
     {"ManyLines", "head -c 10485760 /dev/zero | tr '\\0' '\\n'", 0, ""},
     {"ZeroBytes", "head -c 10485760 /dev/zero", 0, ""},
@@ -211,7 +213,7 @@ INSTANTIATE_TEST_SUITE_P(Table, ExecuteNoOutputStatus, testing::ValuesIn(statusC
 TEST(ExecuteNoOutput, SaysThatItWaitsBeforeItWaits) {
     const kxtest::TempDir dir;
     const std::string fifo = makeFifo(dir, "stdout"), seen = dir.file("seen");
-    // The command closes its output and ends when it has read what the waiting process says.
+    // The command closes its output, and ends when it has read what the waiting process says.
     const auto outcome = kxtest::run(
         {KX_COMMANDS_PROBE, fifo, "exec >&-; timeout 10 head -n 1 <'" + fifo + "' >'" + seen + "'"},
         {{"PATH", "/usr/bin:/bin"}});
@@ -220,7 +222,7 @@ TEST(ExecuteNoOutput, SaysThatItWaitsBeforeItWaits) {
     EXPECT_EQ(outcome.err, "");
 }
 
-// As where the program has its children buried by the system.
+// As in a program that has the system reap its children.
 TEST(ExecuteNoOutput, IsMinusOneWhereTheSystemKeepsTheStatus) {
     auto* const old = std::signal(SIGCHLD, SIG_IGN);
     kxtest::Captured out(stdout), err(stderr);

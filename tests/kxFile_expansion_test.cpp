@@ -32,7 +32,7 @@ static std::string syntax(const std::string& name) {
 static std::string unset(const std::string& name) {
     return "expandFilename: couldn't expand env.var " + name + "!";
 }
-// What the log's errors leave on standard error.
+// What the errors in the log leave on standard error.
 static std::string inRed(const Texts& errors) {
     std::string all;
     for (const auto& error : errors) all += "\x1b[31m" + error + "\n\x1b[0m";
@@ -40,7 +40,7 @@ static std::string inRed(const Texts& errors) {
 }
 static std::string letters(std::size_t count) { return std::string(count, 'x'); }
 
-// --- What an expansion gives and reports ---------------------------------------------------------
+// --- Results and reports of an expansion ---------------------------------------------------------
 
 static Texts loggedErrors;
 
@@ -68,7 +68,7 @@ static void expectExpansion(const std::string& path, const std::string& text, co
     EXPECT_EQ(got.out, "");
 }
 
-// The message goes to standard error as it is, and the log knows nothing of it.
+// The message goes directly to standard error; the log does not know of it.
 static void expectTooLong(const std::string& path) {
     const Observed got = observe(path);
     EXPECT_EQ(got.text, path);
@@ -78,7 +78,7 @@ static void expectTooLong(const std::string& path) {
     EXPECT_EQ(got.out, "");
 }
 
-// Variables of the environment, put back by the destructor; a null value unsets one.
+// Sets environment variables, which the destructor restores; a null value unsets one.
 class Variables {
 public:
     Variables(std::initializer_list<std::pair<std::string, const char*>> settings) {
@@ -202,8 +202,8 @@ static const ExpansionCase variableCases[] = {
 INSTANTIATE_TEST_SUITE_P(Table, ExpandVariables, testing::ValuesIn(variableCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// Any byte but the six copies a tilde behind it (blank, tab and the other four are in the table of
-// home directories).
+// After any other byte a tilde is copied. (The table of home directories has the six bytes that
+// begin a word.)
 TEST(ExpandFilename, CopiesATildeInsideAWord) {
     for (int value = 0; value < 256; ++value) {
         const char c = static_cast<char>(value);
@@ -290,7 +290,7 @@ TEST(ExpandFilename, RefusesALongHomeDirectory) {
     EXPECT_EQ(got.err, tooLongMessage);
 }
 
-// The system's own database; ROOT and root mean a variable and a user.
+// Looks in the system's own database; ROOT and root are a variable and a user.
 static std::optional<std::string> homeInDatabase(const std::string& name) {
     if (name.find('\0') != std::string::npos) return std::nullopt;
     const passwd* const entry = name.empty() ? getpwuid(geteuid()) : getpwnam(name.c_str());
@@ -349,7 +349,7 @@ TEST(ExpandFilenameLimit, EveryPartOfTheResultCounts) {
     expectTooLong("$TEN$BIG/${TEN}$(TEN)/aaaaaa$TEN");
 }
 
-// A long name takes room in no buffer: only what it stands for counts.
+// A long name takes no room in a buffer: only its value counts.
 TEST(ExpandFilenameLimit, NamesDoNotCount) {
     const std::string name = letters(2040), value = letters(1500);
     const Variables variables{{name, "v"}, {letters(500), "w"}, {"BIG", value.c_str()}};
@@ -398,7 +398,7 @@ TEST(ExpandFilenameModel, AgreesOnRandomPathsAndEnvironments) {
     std::mt19937 random(4096);
     const auto pick = [&](const Texts& from) { return from[random() % from.size()]; };
 
-    std::map<std::string, std::optional<std::string>> homes;  // the database is slow
+    std::map<std::string, std::optional<std::string>> homes;  // looking in the database is slow
     reference::World world;
     world.home = [&](const std::string& user) {
         if (homes.count(user) == 0) homes[user] = homeInDatabase(user);
@@ -424,7 +424,8 @@ TEST(ExpandFilenameModel, AgreesOnRandomPathsAndEnvironments) {
         for (int i = 0; i < 200 && wrong.empty(); ++i) {
             std::string path;
             for (auto count = random() % 12; count > 0; --count) path += pick(tokens);
-            const std::string exact(path.data(), path.size());  // its memory ends where it ends
+            const std::string exact(path.data(),
+                                    path.size());  // its memory ends exactly where the text ends
             loggedErrors.clear();
             const std::string got = kxFile::expandFilename(exact);
             const reference::Expansion expected = reference::expand(path, world);
@@ -436,7 +437,7 @@ TEST(ExpandFilenameModel, AgreesOnRandomPathsAndEnvironments) {
     kxLog::setErrorCB(nullptr);
     EXPECT_EQ(wrong, "");
     EXPECT_TRUE(err.text() == expectedErr);
-    // The paths reach every kind of end.
+    // The paths reach every kind of result.
     EXPECT_GT(expanded, 1000u);
     EXPECT_GT(refused, 1000u);
     EXPECT_GT(tooLong, 1000u);

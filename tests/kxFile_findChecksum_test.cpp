@@ -16,7 +16,7 @@ namespace {
 
 using State = kxFile::ChecksumInfo::State;
 
-constexpr std::size_t block = 81920;  // what is read at once
+constexpr std::size_t block = 81920;  // the size that is read at once
 const std::string mark("\0TALOCRC", 8);
 
 std::string stampedBytes(std::size_t size) {

@@ -26,8 +26,8 @@
 
 using kxtest::someBytes;
 
-// These take the place of the C library's functions for calls from the library too, so that a test
-// can see what is to be created and refuse it, and let a read end where it likes.
+// These replace the C library's functions, even for calls from the library, so that a test can see
+// what is to be created and refuse it, and can end a read early.
 static std::function<int(const std::string&, mode_t)> theMkdir;
 
 static std::function<ssize_t(int, void*, std::size_t)> theRead;
@@ -43,7 +43,7 @@ extern "C" int mkdir(const char* path, mode_t mode) noexcept {
 
 namespace {
 
-// A prepared directory, made the working directory:
+// A prepared working directory:
 //   file (9 bytes), empty, dir/, full/inside, dangling -> nowhere
 class FileOperations : public testing::Test {
 protected:
@@ -69,7 +69,7 @@ mode_t modeOf(const std::string& path) {
     return info.st_mode & 07777;
 }
 
-// The text of errors logged during its life, by a callback that spoils errno.
+// The texts of errors logged during its lifetime, received by a callback that spoils errno.
 class LoggedErrors {
 public:
     LoggedErrors() {
@@ -124,7 +124,7 @@ TEST_F(FileOperations, CreateDirMakesOneDirectory) {
     EXPECT_EQ(kxtest::list("dir"), std::vector<std::string>{"new"});
     for (const char* path : {"", "dir", "file", "missing/new", "file/new", "dangling"})
         EXPECT_FALSE(kxFile::createDir(path)) << path;
-    EXPECT_TRUE(kxFile::createDir("back\\slash"));  // no separator here
+    EXPECT_TRUE(kxFile::createDir("back\\slash"));  // not a separator here
     EXPECT_TRUE(kxtest::exists("back\\slash"));
 }
 
@@ -208,7 +208,7 @@ struct WalkCase {
 };
 static void PrintTo(const WalkCase& c, std::ostream* os) { *os << c.name; }
 
-// Paths below the root, where nothing may be created: only what is tried is seen.
+// Paths below the root, where nothing may be created: the attempts alone are recorded.
 class CreatePathWalk : public FileOperations, public testing::WithParamInterface<WalkCase> {};
 TEST_P(CreatePathWalk, TriesEveryComponent) {
     const WalkCase& c = GetParam();
@@ -284,7 +284,7 @@ TEST_F(FileOperations, RemoveIsFalseWhereNobodyCanTell) {
     EXPECT_EQ(error, EACCES);
 }
 
-// Deliberate: it is the link that is removed, and nobody needs to see where it leads.
+// Deliberate: the link itself is removed, so nobody needs to see where it leads.
 TEST_F(FileOperations, RemoveTakesALinkIntoAClosedDirectory) {
     chmod(dir.path().c_str(), 0777);
     const std::string answers = kxtest::asOrdinaryUser([] {
@@ -306,7 +306,7 @@ TEST_F(FileOperations, RemoveTakesALinkIntoAClosedDirectory) {
 TEST_F(FileOperations, RenameStaysInTheDirectory) {
     EXPECT_TRUE(kxFile::rename(dir.path(), "file", "new"));
     EXPECT_EQ(kxtest::slurp("new"), "123456789");
-    EXPECT_TRUE(kxFile::rename(".", "new", "empty"));  // replaces
+    EXPECT_TRUE(kxFile::rename(".", "new", "empty"));  // replaces the existing one
     EXPECT_EQ(kxtest::slurp("empty"), "123456789");
     EXPECT_TRUE(kxFile::rename("full", "inside", "../dir/outside"));
     EXPECT_TRUE(kxFile::rename(".", "dir", "other"));
@@ -382,7 +382,7 @@ TEST_F(FileOperations, ReadIsFalseWhereTheMemoryDoesNotSuffice) {
               "000");
 }
 
-// A file of the system's that promises a page and gives a line.
+// A file of the system that announces a page and delivers a line.
 TEST_F(FileOperations, AShortReadIsNotDetected) {
     const std::string path = "/sys/kernel/mm/transparent_hugepage/enabled";
     const std::uint64_t size = kxFile::getFileSize(path);
@@ -393,10 +393,10 @@ TEST_F(FileOperations, AShortReadIsNotDetected) {
     EXPECT_EQ(content.back(), '\0');
 }
 
-// What has no size is not read whole, so that this ends where the device does not.
+// A device without a size is not read as a whole, so the call ends even if the device does not.
 TEST_F(FileOperations, DevicesAndPipesAreNotReadWhole) {
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
-    const int other = open("pipe", O_RDWR | O_CLOEXEC);  // nobody waits
+    const int other = open("pipe", O_RDWR | O_CLOEXEC);  // so that no open waits
     for (const char* path : {"/dev/zero", "pipe"}) {
         std::string text = "old";
         std::vector<char> bytes(3, 'o');
@@ -412,7 +412,7 @@ TEST_F(FileOperations, DevicesAndPipesAreNotReadWhole) {
     close(other);
 }
 
-// Without another end open yet, they wait for it.
+// If the other end is not open yet, they wait for it.
 TEST_F(FileOperations, PipesAreWaitedFor) {
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
     std::thread writer([] { EXPECT_TRUE(kxFile::write("pipe", "through the pipe")); });
@@ -494,7 +494,7 @@ TEST_F(FileOperations, ReadBoundedTakesANullBufferForNoBytesOnly) {
     EXPECT_TRUE(more);
 }
 
-// More than the system takes in one call.
+// The capacity is more than the system takes in one call.
 TEST_F(FileOperations, ReadBoundedTakesAnyCapacity) {
     const std::string bytes = someBytes(100000);
     dir.write("bytes", bytes);
@@ -507,7 +507,7 @@ TEST_F(FileOperations, ReadBoundedTakesAnyCapacity) {
     EXPECT_EQ(buffer, bytes);
 }
 
-// A file that has grown since its size was asked for does not run over.
+// A file that has grown since its size was asked for does not overflow the buffer.
 TEST_F(FileOperations, ReadBoundedStopsWhereTheFileWentOn) {
     const std::size_t room = kxFile::getFileSize("file");
     std::string buffer(room + 4, '#');
@@ -520,7 +520,7 @@ TEST_F(FileOperations, ReadBoundedStopsWhereTheFileWentOn) {
     EXPECT_EQ(buffer, "123456789####");
 }
 
-// What arrives in pieces is put together.
+// Content that arrives in pieces is put together.
 TEST_F(FileOperations, ReadBoundedGoesOnAfterAShortRead) {
     ASSERT_EQ(mkfifo("pipe", 0600), 0);
     const std::string bytes = someBytes(300000);  // more than a pipe holds
@@ -538,7 +538,7 @@ TEST_F(FileOperations, ReadBoundedGoesOnAfterAShortRead) {
     }
 }
 
-// Interruptions are overcome, and what was read before a failure counts.
+// Reading continues after interruptions, and what was read before a failure counts.
 TEST_F(FileOperations, ReadBoundedSaysHowFarItCame) {
     unsigned calls = 0;
     std::size_t most = 0;

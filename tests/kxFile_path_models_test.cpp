@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The functions on path names agree with their models on texts of every short length, whose memory
-// ends where they end.
+// The functions for path names agree with their models for texts of every short length, whose
+// memory ends exactly where they end.
 #include <gtest/gtest.h>
 
 #include <random>
@@ -23,7 +23,7 @@ struct ModelCase {
 };
 void PrintTo(const ModelCase& c, std::ostream* os) { *os << c.name; }
 
-// Texts of every length below 80, a quarter of them without a special character.
+// Texts of every length below 80, a quarter of them without special characters.
 class Texts {
 public:
     std::string operator()() {
@@ -47,7 +47,7 @@ class PathModel : public testing::TestWithParam<ModelCase> {};
 TEST_P(PathModel, AgreesOnRandomTexts) {
     const ModelCase& c = GetParam();
     Texts text;
-    std::size_t telling = 0;  // results that are more than the argument or nothing
+    std::size_t telling = 0;  // results that are neither the argument nor empty
     for (int i = 0; i < 20000; ++i) {
         const std::string first = text();
         std::string second = text().substr(0, text.below(40));

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Path names: every function on the text of a path, and the working directory.
+// Path names: every function for the text of a path, and the working directory.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -180,11 +180,11 @@ TEST(CaseFolding, TouchesTheLettersAToZOnly) {
     }
 }
 
-// In this locale the byte 0xDD is a letter in upper case, and "I" is not that of "i".
+// In this locale the byte 0xDD is an upper-case letter, and "I" is not the upper case of "i".
 TEST(CaseFolding, NoLocaleChangesIt) {
     const kxtest::ScopedLocale turkish("tr_TR", "ISO-8859-9");
     if (!turkish.isSet()) GTEST_SKIP() << "no Turkish locale, and none can be compiled";
-    EXPECT_NE(std::tolower(0xDD), 0xDD);  // else the locale would show nothing
+    EXPECT_NE(std::tolower(0xDD), 0xDD);  // otherwise the locale would show nothing
     EXPECT_EQ(kxFile::getExtension("x.I\xC4\xDD"), "i\xC4\xDD");
     EXPECT_EQ(kxFile::getExtensionFromFilter("*.I\xC4\xDD"), ".i\xC4\xDD");
     EXPECT_TRUE(kxFile::hasExtension("x.I", "i"));
@@ -393,7 +393,8 @@ TEST(Abs2RelLimit, WaysUpCount) {
     }
 }
 
-// 682 ways up take 2046 characters; the last slash is dropped only after the limit is tested.
+// 682 steps up take 2046 characters; the last slash is dropped only after the limit has been
+// tested.
 TEST(Abs2RelLimit, IsTestedBeforeTheLastSlashIsDropped) {
     const std::string all = repeated("../", 682);
     EXPECT_EQ(kxFile::abs2Rel("/a" + repeated("/b", 682), "/a"), all.substr(0, 2045));
@@ -408,7 +409,8 @@ TEST(Abs2RelLimit, FallbackIsNotTakenForALongInputWithAShortResult) {
 }
 
 TEST(Abs2RelLimit, PathReplacesResultUnderTheLimitOnly) {
-    // The result is "../" and the path less its first slash, thus holds the whole path.
+    // The result is "../" followed by the path without its first slash, so it contains the whole
+    // path.
     const std::string fits = "/" + letters(2042) + "\\", over = "/" + letters(2043) + "\\";
     EXPECT_EQ(kxFile::abs2Rel("/a", fits), "/" + letters(2042) + "/");
     EXPECT_EQ(kxFile::abs2Rel("/a", over), over);
@@ -462,7 +464,7 @@ static bool agree(const std::string& base, const std::string& path) {
     return false;
 }
 
-// All texts over the alphabet up to a length.
+// All texts of the alphabet's characters up to the given length.
 static std::vector<std::string> allTexts(const std::string& alphabet, std::size_t length) {
     std::vector<std::string> texts{""};
     for (std::size_t i = 0; i < texts.size(); ++i)
@@ -496,7 +498,7 @@ TEST(Abs2RelModel, AgreesOnRandomTexts) {
     }
 }
 
-// Ways up, ways down and both around the limit.
+// Paths up, paths down and both, with lengths around the limit.
 TEST(Abs2RelModel, AgreesOnRandomTextsAroundTheLimit) {
     std::mt19937 random(1);
     for (int i = 0; i < 300; ++i) {
@@ -526,11 +528,11 @@ TEST(PathNames, RunOnSeveralThreads) {
 
 // --- Working directory ---------------------------------------------------------------------------
 
-// Goes down from the working directory until its path is of exactly this length.
+// Descends from the working directory until its path has exactly this length.
 static void descend(std::size_t here, std::size_t length) {
     while (here < length) {
         std::size_t name = std::min<std::size_t>(length - here - 1, 200);
-        if (length - here - 1 - name == 1) --name;  // a rest of one would leave no name
+        if (length - here - 1 - name == 1) --name;  // a rest of one character would leave no name
         const std::string directory = letters(name);
         ASSERT_EQ(mkdir(directory.c_str(), 0777), 0);
         ASSERT_EQ(chdir(directory.c_str()), 0);

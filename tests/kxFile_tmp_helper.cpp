@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Does what its arguments say, in their order, and prints what is answered: the temporary directory
-// is chosen once per process.
+// Performs the actions that its arguments name, in order, and prints the answers. It is a separate
+// program because the temporary directory is chosen once per process.
 //
 //   init NAME | get | teamcenter | clear       the functions of these names
 //   name DIRECTORY PREFIX                      getTmpName
@@ -12,8 +12,8 @@
 //   make PATH | rmdir PATH                     creates a file, removes a directory
 //   atexit                                     prints the variable once static objects are gone
 //
-// "/tmp/talo" is redirected to the directory named by KXTEST_TALO. With KXTEST_RACE set another
-// process makes each directory just before this one does.
+// "/tmp/talo" is redirected to the directory named by KXTEST_TALO. If KXTEST_RACE is set, it seems
+// that another process makes each directory just before this one does.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -32,7 +32,7 @@ static std::string redirected(const char* path) {
     return isShared && target ? target + text.substr(shared.size()) : text;
 }
 
-// These take the place of the C library's functions for calls from the library.
+// These replace the C library's functions for calls from the library.
 extern "C" int mkdir(const char* path, mode_t mode) noexcept {
     const std::string place = redirected(path);
     if (std::getenv("KXTEST_RACE")) mkdirat(AT_FDCWD, place.c_str(), mode);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The temporary directory is chosen once per process: every case runs a process of its own.
+// The temporary directory is chosen once per process, so every case runs in its own process.
 #include <gtest/gtest.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -14,7 +14,7 @@
 
 namespace {
 
-// Console lines of the log's levels.
+// The console lines of the log's levels.
 std::string info(const std::string& text) { return text + "\n"; }
 std::string warning(const std::string& text) { return "\033[33m" + text + "\n\033[0m"; }
 std::string error(const std::string& text) { return "\033[31m" + text + "\n\033[0m"; }
@@ -26,7 +26,7 @@ std::string cannotCreate(const std::string& path) {
 std::string answer(const std::string& what, const std::string& text) {
     return what + " [" + text + "]\n";
 }
-// What getTmpDir() returns, and what a child process finds in the environment.
+// The result of getTmpDir(), and what a child process finds in the environment.
 std::string published(const std::string& path) {
     return answer("get", path) + answer("child", path);
 }
@@ -37,12 +37,13 @@ const std::string noBase = warning("kxFile::getTeamcenterTmpDir : Couldn't get b
 using Steps = std::vector<std::string>;
 using Variables = std::map<std::string, std::string>;
 
-// Files below /tmp, as the library's names are; the file "file" exists.
+// Files below /tmp, like the names that the library uses; the file "file" exists.
 class TmpDir : public testing::Test {
 protected:
     TmpDir() { dir.write("file", "x"); }
 
-    // What the steps print on standard output; nothing is expected on standard error.
+    // Returns what the steps print on standard output; expects nothing but `errors` on standard
+    // error.
     std::string run(Steps steps, Variables variables = {}, const std::string& errors = "") const {
         steps.insert(steps.begin(), TMP_HELPER);
         variables["KXTEST_TALO"] = dir.file("talo");
@@ -54,11 +55,11 @@ protected:
         return outcome.out;
     }
 
-    // The name to pass to initTmpDir for a directory in `dir`.
+    // The name that makes initTmpDir use a directory in `dir`.
     std::string name(const std::string& sub) const {
         return dir.path().substr(dir.path().rfind('/') + 1) + "/" + sub;
     }
-    // The directory that initTmpDir makes of it.
+    // The directory that initTmpDir makes from it.
     std::string made(const std::string& sub) const { return "/tmp/" + name(sub); }
 
     const kxtest::ScopedEnv tmp{"TMPDIR", "/tmp"};
@@ -106,7 +107,7 @@ TEST_F(TmpDir, AnythingOfThatNameCountsAsExisting) {
     EXPECT_EQ(kxtest::slurp(dir.file("file")), "x");
 }
 
-// Deliberate: nobody asks whose directory it is.
+// Deliberate: nothing checks whose directory it is.
 TEST_F(TmpDir, LinkToADirectoryIsFollowed) {
     dir.write("elsewhere/x.tmp", "x");
     ASSERT_EQ(symlink("elsewhere", dir.file("a").c_str()), 0);
@@ -119,7 +120,7 @@ TEST_F(TmpDir, DefaultNameIsTalo) {
     EXPECT_EQ(run({"get", "child", "get", "init", name("b")}),
               chosen("/tmp/talo") + published("/tmp/talo") + answer("get", "/tmp/talo"));
     EXPECT_EQ(kxtest::list(dir.path()), (Steps{"file", "talo"}));
-    // There by now: taken without a word more.
+    // By now it exists, so it is taken without further messages.
     EXPECT_EQ(run({"get", "child"}), chosen("/tmp/talo") + published("/tmp/talo"));
 }
 
@@ -132,12 +133,12 @@ TEST_F(TmpDir, PathIsReadFromTheEnvironmentEachTime) {
                   answer("child", "unset"));
 }
 
-// The environment keeps a pointer to the text, also while the process ends.
+// The environment keeps a pointer to the text, even while the process ends.
 TEST_F(TmpDir, PublishedValueOutlivesStaticObjects) {
     EXPECT_EQ(run({"atexit", "init", name("a")}), chosen(made("a")) + answer("at exit", made("a")));
 }
 
-// Applications that start at the same time all find the directory.
+// Applications that start at the same time all use the directory.
 TEST_F(TmpDir, DirectoryThatAnotherProcessMakesFirstIsTaken) {
     EXPECT_EQ(run({"init", name("a"), "teamcenter", "child"}, {{"KXTEST_RACE", "1"}}),
               chosen(made("a")) + answer("teamcenter", made("a") + "/teamcenter") +
@@ -154,8 +155,8 @@ TEST_F(TmpDir, DirectoryThatAnotherProcessMakesFirstIsTaken) {
 
 struct UserCase {
     const char* name;
-    std::string value;    // relative to the test's directory; "" stays
-    bool warns, created;  // whether a directory of that name comes into being
+    std::string value;    // relative to the test's directory; "" stays ""
+    bool warns, created;  // whether a directory of that name is created
 };
 static void PrintTo(const UserCase& c, std::ostream* os) { *os << c.name; }
 
@@ -228,7 +229,7 @@ TEST_F(TmpDir, SecondCandidateWithoutARootIsTheTextItself) {
 TEST_F(TmpDir, DefaultNameFallsBackToo) {
     dir.makeDir("root");
     const std::string second = dir.file("root/tmp");
-    // The place that the default name stands for leads nowhere.
+    // The default directory is a link that leads nowhere.
     ASSERT_EQ(symlink("no/where", dir.file("talo").c_str()), 0);
     EXPECT_EQ(run({"get", "child"}, {{"TALO_ROOT", dir.file("root")}}),
               cannotCreate("/tmp/talo") + chosen(second) + published(second));
@@ -277,7 +278,7 @@ TEST_F(TmpDir, NamesCountUpAndNothingIsCreated) {
 TEST_F(TmpDir, NamesThatExistArePassedOver) {
     dir.write("img0", "");
     dir.makeDir("img1");
-    ASSERT_EQ(symlink("nowhere", dir.file("img2").c_str()), 0);  // leads to nothing: free
+    ASSERT_EQ(symlink("nowhere", dir.file("img2").c_str()), 0);  // dangling: the name is free
     dir.write("img4", "");
     EXPECT_EQ(
         run({"name", dir.path(), "img", "name", dir.path(), "img", "name", dir.path(), "img"}),
@@ -322,7 +323,7 @@ static const RemoveCase removeCases[] = {
 INSTANTIATE_TEST_SUITE_P(Table, RemoveTmpFile, testing::ValuesIn(removeCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// Such a name stands for the directory itself, empty as it may be.
+// Such a name stands for the directory itself, even if that is empty.
 TEST_F(TmpDir, RemoveNeverTakesTheDirectoryItself) {
     dir.makeDir("tmp");
     dir.makeDir("tmp/sub");
@@ -335,7 +336,8 @@ TEST_F(TmpDir, RemoveNeverTakesTheDirectoryItself) {
     EXPECT_TRUE(kxtest::exists(dir.file("tmp")));
 }
 
-// As any name but the empty one: the directory is chosen, and what is not there is gone.
+// Like every name but the empty one: the directory is chosen, and a file that is missing counts as
+// removed.
 TEST_F(TmpDir, RemoveAsksForTheDirectoryWhateverTheNameEndsIn) {
     EXPECT_EQ(run({"remove", ""}), answer("remove", "false"));
     EXPECT_EQ(run({"remove", "sub/", "child"}),
@@ -346,13 +348,13 @@ TEST_F(TmpDir, RemoveAsksForTheDirectoryWhateverTheNameEndsIn) {
         chosen(gone) + answer("get", gone) + answer("remove", "true") + answer("remove", "true"));
 }
 
-// Without a temporary directory there is nothing to remove, least of all in the root directory.
+// Without a temporary directory there is nothing to remove, especially not in the root directory.
 TEST_F(TmpDir, RemoveWithoutADirectoryTouchesNothing) {
     EXPECT_EQ(run({"remove", "tmp", "remove", "tmp/"}, {{"TALO_TMP_DIR", ""}}),
               cannotCreate("") + chosen("") + answer("remove", "true") + answer("remove", "false"));
 }
 
-// Where the system lets nobody look.
+// The system does not let anybody look there.
 TEST_F(TmpDir, RemoveInAClosedDirectoryIsFalse) {
     chmod(dir.path().c_str(), 0777);
     const std::string answers = kxtest::asOrdinaryUser([&] {
@@ -368,7 +370,7 @@ TEST_F(TmpDir, RemoveInAClosedDirectoryIsFalse) {
     EXPECT_EQ(answers, "false false true");
 }
 
-// Deliberate: it is the link that is removed, and nobody needs to see where it leads.
+// Deliberate: the link itself is removed, so nobody needs to see where it leads.
 TEST_F(TmpDir, RemoveTakesALinkIntoAClosedDirectory) {
     chmod(dir.path().c_str(), 0777);
     const std::string answers = kxtest::asOrdinaryUser([&] {
@@ -398,7 +400,7 @@ TEST_F(TmpDir, RegisteredFilesAreRemovedOnce) {
     EXPECT_FALSE(kxtest::exists(two));
 }
 
-// Only what is seen to exist is removed.
+// Only what can be seen to exist is removed.
 TEST_F(TmpDir, RegisteredLinkStaysWhereNobodyCanSeeWhatItLeadsTo) {
     chmod(dir.path().c_str(), 0777);
     const std::string left = kxtest::asOrdinaryUser([&] {
@@ -419,7 +421,7 @@ TEST_F(TmpDir, RegisteredLinkStaysWhereNobodyCanSeeWhatItLeadsTo) {
     EXPECT_EQ(left, "closed plain to-c to-n ");
 }
 
-// A directory goes once it is empty: the registrations are worked off in their order, each of them.
+// A directory is removed once it is empty: all registrations are processed, in their order.
 TEST_F(TmpDir, RegistrationsKeepTheirOrderAndDuplicates) {
     for (const char* name : {"a", "b", "c"}) dir.write(std::string(name) + "/inside", "");
     run({"add", "a/inside", "add", "a", "add", "b", "add", "b/inside", "add", "c", "add",

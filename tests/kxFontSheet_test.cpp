@@ -9,8 +9,8 @@
 #include "detail/font/dina.h"
 #include "kxtest.h"
 
-// A pixel of the sheet before its enlargement, (0, 0) at the upper left. Fails the running test if
-// the 64 pixels that show it are not of one colour, black or white.
+// Whether a pixel of the sheet before its enlargement has ink; (0, 0) is the upper left one. Fails
+// the running test if the 64 pixels that show it are not all black or all white.
 static bool isInk(const std::string& ppm, std::size_t header, std::size_t width, std::size_t x,
                   std::size_t y) {
     const std::size_t corner = header + 3 * (8 * y * 8 * width + 8 * x);
@@ -28,7 +28,8 @@ TEST(FontSheet, ShowsEveryCharacterSixteenToALine) {
     const std::string header = "P6\n800 448\n255\n";
     ASSERT_EQ(sheet.out.substr(0, header.size()), header);
     ASSERT_EQ(sheet.out.size(), header.size() + 3 * 800 * 448);
-    // Six lines of 7 rows, 2 rows between them and around; a margin of 2 at the left and right.
+    // Six lines of 7 rows, with 2 rows between and around them, and a margin of 2 on the left and
+    // right.
     std::size_t inked = 0;
     for (std::size_t y = 0; y < 56; ++y)
         for (std::size_t x = 0; x < 100; ++x)

@@ -24,7 +24,7 @@ namespace {
 using Bytes = std::vector<unsigned char>;
 
 // An image with a picture in it, two more rows than the text takes, and a margin of bytes before
-// and behind, so that every stray write is seen.
+// and after it, so that every stray write is noticed.
 struct Canvas {
     static constexpr std::size_t margin = 64, height = 9;
 
@@ -40,7 +40,7 @@ struct Canvas {
     Bytes bytes;
 };
 
-// The slow, obvious version: asks of every pixel whether it gets ink.
+// The slow, obvious version, which asks for each pixel whether it gets ink.
 Bytes reference(const std::string& text, int width, unsigned int color) {
     Canvas canvas(width);
     for (std::size_t y = 0; y < 7; ++y) {
@@ -65,7 +65,7 @@ Bytes drawn(const std::string& text, int width, unsigned int color) {
     return canvas.bytes;
 }
 
-// What the seven rows look like, the top row of the picture first.
+// The appearance of the seven rows, with the top row of the picture first.
 std::vector<std::string> picture(const std::string& text, int width) {
     const auto pixels = static_cast<std::size_t>(width);
     Bytes image(3 * pixels * 7, 0);
@@ -160,7 +160,7 @@ TEST(DrawText, TextAfterAZeroByteIsDrawn) {
     EXPECT_EQ(picture(std::string("\0A", 2), 13), picture(" A", 13));
 }
 
-// 45 GB of address space, of which the text touches seven pages: an offset computed in 32 bits
+// 45 GB of address space; the text touches seven pages of it. An offset computed in 32 bits
 // would miss them.
 TEST(DrawText, WidestImage) {
     const std::size_t size = std::size_t{3} * 7 * INT_MAX;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// A plug-in as the application's makers write them: it exchanges messages with the program that
-// loaded it and registers a converter while it is loaded.
+// A plug-in as the makers of the application write it: it exchanges messages with the program that
+// loaded it, and registers a converter while it is loaded.
 #include "kxHost_plugin.h"
 
 #include <boost/any.hpp>

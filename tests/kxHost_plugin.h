@@ -6,16 +6,16 @@
 
 #include "kxMessage.h"
 
-/// A type of the application's that crosses the border of a plug-in. The plug-in is built with
-/// hidden symbols, so each side has its own copy of the type information.
+/// A type of the application that crosses the border of a plug-in. The plug-in is built with hidden
+/// symbols, so each side has its own copy of the type information.
 struct SharedPoint {
     int x, y;
 };
 
 extern "C" {
 /// Sets "number" (int 42), "text" (std::string "from the plug-in"), "point" (SharedPoint 3, 4) and
-/// "local" (a type of the plug-in's own unnamed namespace, LocalValue{5}).
+/// "local" (a type from the plug-in's own unnamed namespace, LocalValue{5}).
 using FillMessage = void (*)(kxMessage&);
-/// Reads "number" as an int and "point" as a SharedPoint; the sum of all, or -1.
+/// Reads "number" as an int and "point" as a SharedPoint; returns the sum of all, or -1.
 using SumMessage = int (*)(const kxMessage&);
 }

@@ -1,15 +1,14 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The part of kxLog_end_probe that logs, and with which the library comes and goes. "Late" is when
-// the library's static objects are destroyed. What follows the mode is the log file.
+// The part of kxLog_end_probe that logs; the library is loaded and unloaded with it. "Late" means
+// while the library's static objects are being destroyed. The log file comes after the mode.
 //
-//   late FILE          logs, late too
+//   late FILE          logs, and logs again late
 //   errors FILE        logs an error; reads, sets and clears the last error late
-//   choose FILE OTHER  late chooses another file, then a directory, and logs after each
-//   new-day FILE       late, logs the first CSV line of a day, for an application whose name a
-//   short
-//                      string has no room for
+//   choose FILE OTHER  late, chooses another file, then a directory, and logs after each
+//   new-day FILE       late, logs the first CSV line of a day, for an application with a name that
+//                      does not fit into a short string
 //   overlong FILE      late, logs with a name that is longer than any path
 //   threads FILE       four threads log until the process has ended
 //   exit FILE          ends with code 3 in a callback
@@ -31,7 +30,7 @@
 
 namespace {
 
-// Without a destructor, since they are read late.
+// Without destructors, since they are read late.
 std::string_view mode;
 const char* other = nullptr;
 
@@ -64,7 +63,7 @@ void choose() {
     kxLog::info("lost");
 }
 
-// By slashes, to one character more than a path may have.
+// Adds slashes until the path is one character longer than a path may be.
 std::string lengthened(std::string path) {
     path.insert(path.rfind('/'), PATH_MAX - path.size(), '/');
     return path;

@@ -1,11 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxLog_end_probe PLUGIN MODE FILE OTHER: loads a plug-in, which brings the library, and lets it
-// log; again late, which is when the library's static objects are destroyed. In the mode "unload"
-// it loads and unloads it three times in place of that, checks that the library OTHER is gone with
-// it, and then starts a process. Does not link the library itself: what is registered for the end
-// of the process before the library is loaded comes after it there.
+// kxLog_end_probe PLUGIN MODE FILE OTHER: loads a plug-in, which loads the library, and lets it
+// log, and log again late, that is, while the library's static objects are being destroyed. In the
+// mode "unload" it instead loads and unloads the plug-in three times, checks that the library OTHER
+// is unloaded with it, and then starts a process. It does not link the library itself: there, what
+// is registered for the end of the process before the library is loaded happens after the library's
+// end.
 #include <dlfcn.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -45,8 +46,8 @@ int main(int argc, char** argv) {
     if (std::atexit(end) != 0) return 1;
     void* const plugin = dlopen(argv[1], RTLD_NOW);
     if (!plugin) {
-        // Through the C++ library, which must be loaded before the plug-in: it might else be bound
-        // to the plug-in's copies of its templates, which could then not be unloaded.
+        // Printed with the C++ library, which must be loaded before the plug-in. Otherwise it might
+        // be bound to the plug-in's copies of its templates, and these could then not be unloaded.
         std::cerr << dlerror() << '\n';
         return 2;
     }

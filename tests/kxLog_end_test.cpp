@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Logging while the process ends, when static objects are destroyed, and after the library was
-// unloaded.
+// Logging while the process ends and static objects are being destroyed, and after the library has
+// been unloaded.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -18,7 +18,7 @@ using kxtest::slurp;
 
 namespace {
 
-// A name that stands in memory from the heap.
+// A name that needs memory from the heap.
 class LogEnd : public testing::Test {
 protected:
     Outcome probe(const std::string& mode,
@@ -72,10 +72,10 @@ TEST_F(LogEnd, NameThatNoFileCanHaveMeansNoFile) {
     const Outcome outcome = probe("overlong");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_EQ(outcome.out + outcome.err, "late 1\n");
-    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());  // no part of it either
+    EXPECT_EQ(kxtest::list(dir.path()), std::vector<std::string>());  // not even a part of it
 }
 
-// Each ends while its threads log: most, but not all, in the middle of a message.
+// Each process ends while its threads log: most of them, but not all, in the middle of a message.
 TEST_F(LogEnd, ThreadsMayLogUntilTheProcessHasEnded) {
     using Clock = std::chrono::steady_clock;
     const auto end = Clock::now() + std::chrono::seconds(10);
@@ -90,12 +90,12 @@ TEST_F(LogEnd, ThreadsMayLogUntilTheProcessHasEnded) {
             ASSERT_TRUE(line == "a line of an info\n" || line == "a line of an error\n") << line;
             at += line.size();
         }
-        // Nothing went to a file of another name.
+        // Nothing was written to a file of another name.
         ASSERT_LE(kxtest::list(dir.path()).size(), 2U);
     }
 }
 
-// Without waiting for itself. A busy machine may take its time once, but not each time.
+// It does not wait for itself. A busy machine may be slow once, but not every time.
 TEST_F(LogEnd, CallbackMayEndTheProcess) {
     using Clock = std::chrono::steady_clock;
     auto shortest = Clock::duration::max();
@@ -115,7 +115,7 @@ TEST_F(LogEnd, WaitsASecondForACallbackThatHangs) {
     EXPECT_GE(Clock::now() - start, std::chrono::seconds(1));
 }
 
-// LeakSanitizer, where the tests run with it, finds memory that stays behind.
+// If the tests run with LeakSanitizer, it finds leaked memory.
 TEST_F(LogEnd, UnloadingTheLibraryLeavesNothingBehind) {
     const Outcome outcome = probe("unload", {}, KX_LIBRARY);
     EXPECT_EQ(outcome.exitCode, 0) << outcome.err;

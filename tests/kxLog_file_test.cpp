@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The log file: choosing it, its head, its lines, and what goes wrong with it.
+// The log file: choosing it, its header, its lines, and what can go wrong with it.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -28,7 +28,7 @@ protected:
     const kxtest::TempDir dir;
     const std::string path = dir.file("app.log");
 
-    /// What choosing the file prints when all goes well.
+    /// What is printed when the file is chosen and all goes well.
     static Console setting(const std::string& file) {
         return {"Setting log file to '" + file + "'.\n", ""};
     }
@@ -61,7 +61,7 @@ TEST_F(LogFile, TextStartsEmpty) {
     EXPECT_EQ(slurp(path), "");
 }
 
-// Its descriptor is 0 then.
+// The descriptor of the file is then 0.
 TEST_F(LogFile, TakesTextWhereStandardInputIsClosed) {
     kxLog::setLogFormat(1);
     choose(path);
@@ -134,14 +134,14 @@ TEST_F(LogFile, FailureTurnsFileLoggingOffAndIsAnError) {
             EXPECT_EQ(buffer, levels[2].html(report));
         }
         EXPECT_EQ(kxLog::getLogFile(), nullptr);
-        EXPECT_EQ(slurp(path), before);  // the report is not in the file that was set before
+        EXPECT_EQ(slurp(path), before);  // the report is not in the file chosen before
         EXPECT_EQ(consoleOf([] { kxLog::info("x"); }), levels[0].console("x"));
         EXPECT_EQ(slurp(path), before);
     }
     EXPECT_EQ(slurp(dir.file("file")), "kept");
 }
 
-// The report then has the console and the last error only, the output being busy.
+// The report then goes only to the console and the last error, since the output is busy.
 TEST_F(LogFile, CallbackMayChooseAFileThatCannotBeOpened) {
     const std::string below = dir.write("file", "") + "/app.log";
     static std::string name;
@@ -175,7 +175,7 @@ TEST_F(LogFile, FailureInCsvConcernsTheHeaderToo) {
 TEST_F(LogFile, EmptyOrEndlessNamesFail) {
     kxLog::setLogFormat(1);
     EXPECT_EQ(choose(""), failing(""));
-    // The report is cut as every formatted text is.
+    // The report is cut like every formatted text.
     const std::string endless(5000, 'x'), report = "Couldn't create log file '" + endless;
     choose(endless);
     EXPECT_EQ(kxLog::_last_error.size(), 2047U);
@@ -196,7 +196,7 @@ TEST_F(LogFile, DirectoryIsLeftAlone) {
 
 TEST_F(LogFile, FifoIsWrittenToAndNotMoved) {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
-    const int fifo = open(path.c_str(), O_RDWR | O_NONBLOCK);  // a reader, so that no open waits
+    const int fifo = open(path.c_str(), O_RDWR | O_NONBLOCK);  // with a reader, so no open waits
     ASSERT_GE(fifo, 0);
     for (const int format : {1, 3}) {
         kxLog::_log_format = format;
@@ -211,7 +211,7 @@ TEST_F(LogFile, FifoIsWrittenToAndNotMoved) {
     EXPECT_EQ(kxtest::list(dir.path()), Names{"app.log"});
 }
 
-// A program that waits for a reader is ended by its alarm clock.
+// A program that waits for a reader is ended by its alarm.
 TEST_F(LogFile, FifoThatNobodyReadsCannotBeOpened) {
     ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
     alarm(20);
@@ -244,7 +244,7 @@ TEST_F(LogFile, LinesToAFifoAreLostWhileNobodyReads) {
     alarm(0);
 }
 
-// A file that can be appended to but not read has an age that nobody knows.
+// If a file can be appended to but not read, its age is unknown.
 TEST_F(LogFile, UnreadableFileIsAppendedTo) {
     dir.write("app.log", "2017-03-01 14:05:09 old\n");
     chmod(path.c_str(), 0222);
@@ -327,7 +327,7 @@ TEST_F(LogFile, CsvHeaderGoesToNewFilesOnly) {
     const auto write = [](const char* name) {
         return consoleOf([&] { kxLog::writeCSVHeader(name); });
     };
-    for (const int format : {1, 3}) {  // whatever the format
+    for (const int format : {1, 3}) {  // in either format
         kxLog::_log_format = format;
         const std::string fresh = dir.file("fresh" + std::to_string(format));
         EXPECT_EQ(write(fresh.c_str()), Console());
@@ -359,8 +359,8 @@ TEST_F(LogFile, CsvHeaderFailureGoesToStandardError) {
     EXPECT_STREQ(kxLog::getLastError(), "");
 }
 
-// A disk without room, as the limit on the size of files shows it. The message goes to a pipe,
-// which has no such limit.
+// A full disk, simulated with the limit on the size of files. The message goes to a pipe, which has
+// no such limit.
 TEST_F(LogFile, CsvHeaderThatDoesNotFitIsReported) {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
@@ -429,7 +429,7 @@ TEST_F(LogFile, LinesOfAnyLengthAndByteAreAppended) {
 }
 
 TEST_F(LogFile, LineCreatesAFileThatIsMissing) {
-    for (const int format : {1, 2, 3}) {  // without head or header
+    for (const int format : {1, 2, 3}) {  // without any header
         kxLog::_log_format = format;
         kxLog::_log_file = dir.file(std::to_string(format));
         kxLog::addToLogFile("x\n");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What the tests of the log share: the table of levels, a fixture that starts and ends with the
+// Shared by the tests of the log: the table of levels, a fixture that starts and ends with the
 // log's initial state, captured console output, and a time zone in which it is noon.
 #pragma once
 
@@ -22,8 +22,8 @@
 
 namespace kxtest {
 
-/// Puts the process, for good, into a time zone where it is noon, of a day that is not the day of
-/// UTC: no test meets midnight, and local time is never mistaken for UTC.
+/// Permanently puts the process into a time zone where it is noon, and where the date differs from
+/// that of UTC. No test meets midnight, and local time is never mistaken for UTC.
 class NoonZone {
 public:
     NoonZone() {
@@ -37,7 +37,7 @@ public:
         tzset();
     }
 
-    /// A moment in this zone, as strftime formats it.
+    /// A moment in this zone, formatted as by strftime.
     std::string format(const char* format, std::time_t moment) const {
         moment += _east;
         std::tm fields{};
@@ -47,7 +47,7 @@ public:
         return text.str();
     }
 
-    /// The same for a moment some days from the start of the program.
+    /// The moment some days from the start of the program, formatted as above.
     std::string day(int days, const char* text) const {
         return format(text, _start + 24L * 3600 * days);
     }
@@ -62,12 +62,12 @@ constexpr const char* textStampFormat = "%Y-%m-%d %H:%M:%S ";
 constexpr const char* csvStampFormat = "%d.%m.%Y;%H:%M:%S;";
 constexpr const char* csvHeader = "Date;Time;Type of Message;Message Number;Description\n";
 
-/// Whether `text` is a stamp of a moment from `start` until now, in `format`, between `before` and
+/// Whether `text` consists of `before`, a stamp in `format` of a moment from `start` until now, and
 /// `after`.
 inline testing::AssertionResult isStamped(const std::string& text, std::time_t start,
                                           const char* format, const std::string& after,
                                           const std::string& before = "") {
-    // time() may lag behind a finer clock by a tick, so one second more counts as now.
+    // time() may lag behind a finer clock by a tick, so one second later still counts as now.
     for (const std::time_t end = std::time(nullptr) + 1; start <= end; ++start)
         if (text == before + noonZone.format(format, start) + after)
             return testing::AssertionSuccess();
@@ -75,7 +75,7 @@ inline testing::AssertionResult isStamped(const std::string& text, std::time_t s
            << '"' << text << "\" is not \"" << before << '<' << format << '>' << after << '"';
 }
 
-/// What a piece of code wrote to the console.
+/// The console output of a piece of code.
 struct Console {
     std::string out, err;
     bool operator==(const Console& other) const { return out == other.out && err == other.err; }
@@ -91,7 +91,7 @@ Console consoleOf(Code&& code) {
     return {out.text(), err.text()};
 }
 
-/// A row of the table of levels. The arrays hold the normal and the alternate variant.
+/// A row of the table of levels. The arrays contain the normal and the alternate variant.
 struct Level {
     const char* name;
     int number;
@@ -115,7 +115,7 @@ struct Level {
         const std::string painted = paint(consoleColor[alternate], text + "\n");
         return onStandardError ? Console{"", painted} : Console{painted, ""};
     }
-    /// `escaped`: the text as HTML has it.
+    /// `escaped` is the text as HTML shows it.
     std::string html(const std::string& escaped, bool alternate = false) const {
         return std::string("<span style=\"color:#") + htmlColor[alternate] + ";\">" + escaped +
                "</span><br>\n";
@@ -169,7 +169,7 @@ inline const Level levels[] = {
      kxLog::setErrorCB},
 };
 
-/// Starts from and returns to the log's initial state; collects what the callbacks hear, once
+/// Starts from and returns to the log's initial state. Collects what the callbacks receive, once
 /// listen() has installed them.
 class LogTest : public testing::Test {
 protected:
@@ -188,7 +188,7 @@ protected:
     LogTest() { reset(); }
     ~LogTest() override { reset(); }
 
-    /// Filled without a lock: the log's own must do.
+    /// Filled without a lock, because the lock of the log must be enough.
     static Hearings& heard() {
         static Hearings hearings;
         return hearings;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Child processes of a process that logs. None hangs: each has an alarm clock, which ends it.
+// Child processes of a process that logs. None may hang: each has an alarm that ends it.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -27,7 +27,7 @@ namespace {
 
 constexpr unsigned patience = 20;  // seconds
 
-/// Through every way into the log.
+/// Logs through every entry point of the log.
 void logEverywhere(const std::string& text) {
     for (const kxtest::Level& level : levels) {
         level.print("%s", text.c_str());
@@ -36,13 +36,13 @@ void logEverywhere(const std::string& text) {
     }
 }
 
-/// Ends a child that was well.
+/// Ends a child in which all went well.
 [[noreturn]] void endChild() {
-    if (kxtest::countsCoverage()) std::exit(0);  // which writes the counts
+    if (kxtest::countsCoverage()) std::exit(0);  // this writes the counts
     _exit(0);
 }
 
-/// What is left of a child; 0 if it was well.
+/// The exit status of a child; 0 if all went well in it.
 int statusOf(pid_t child) {
     int status = -1;
     return waitpid(child, &status, 0) == child ? status : -1;
@@ -66,7 +66,7 @@ protected:
     kxtest::Captured out{stdout}, err{stderr};
 };
 
-/// Threads that log until they are destroyed.
+/// Threads that log until this object is destroyed.
 class Busy {
 public:
     Busy() {
@@ -136,7 +136,8 @@ std::atomic<bool> isWaiting{false};
 
 void forkInCallback(const char* /*text*/) {
     isWaiting = true;
-    // Time for the other thread to wait for this message; without it, it is of no harm.
+    // This gives the other thread time to wait for this message; if it is too short, it does no
+    // harm.
     std::this_thread::sleep_for(std::chrono::milliseconds(20));
     forked = forkWithAlarm();
 }
@@ -148,7 +149,7 @@ TEST_F(LogFork, CallbackMayFork) {
     kxLog::setErrorCB(forkInCallback);
     std::thread other([] {
         while (!isWaiting) std::this_thread::yield();
-        kxLog::warning("other");  // holds the text buffer of warnings and waits
+        kxLog::warning("other");  // waits while it holds the text buffer of warnings
     });
     kxLog::error("message");  // in both processes from the callback on
     kxLog::setErrorCB(nullptr);
@@ -182,13 +183,13 @@ void forkAndLog(const char* text) {
         kxLog::error("thread");
     });
     while (!isWaiting) std::this_thread::yield();
-    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // time for it to do harm
+    std::this_thread::sleep_for(std::chrono::milliseconds(20));  // gives it time to do harm
 }
 
 }  // namespace
 
-// Its text buffer is in use until the callback has returned, in the child too. It does not wait for
-// itself; a busy machine may take its time once, but not each time.
+// The entry point's text buffer is in use until the callback has returned, even in the child. The
+// child does not wait for itself; a busy machine may be slow once, but not every time.
 TEST_F(LogFork, ChildOfACallbackFinishesItsMessage) {
     if (kxtest::underSanitizer())
         GTEST_SKIP() << "ThreadSanitizer lets no child of several threads start one";
@@ -249,8 +250,8 @@ TEST_F(LogFork, WaitsASecondForACallbackThatHangs) {
     EXPECT_EQ(count(lines, "parent\n"), 9U);
 }
 
-// A message on its way is whole before the child starts. (ThreadSanitizer has the child report
-// threads that have ended, so this one waits.)
+// A message that is being written is complete before the child starts. (ThreadSanitizer makes the
+// child report threads that have ended, so this child waits.)
 TEST_F(LogFork, WaitsForAMessageOnItsWay) {
     hangs = {};
     goesOn = {};

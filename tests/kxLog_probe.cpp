@@ -1,23 +1,21 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What the tests of the log run as a process of its own.
+// Run by the tests of the log as a separate process.
 //
 //   kxLog_probe initial-state              prints the log's public state
 //   kxLog_probe die-unflushed              logs to standard output and is killed before it flushes
 //   kxLog_probe unreadable FILE            logs "new" to FILE as a text log, without privileges
 //   kxLog_probe write FORMAT FILE PROCESS THREADS COUNT
 //                                          logs numbered texts to FILE from several threads
-//   kxLog_probe limit FORMAT FILE BYTES    logs "line-0001" to "line-0009" to FILE, which up to the
-//                                          fifth must not grow beyond a size
-//   kxLog_probe full FORMAT DIRECTORY      eight processes log numbered texts, the first 200 of
-//   each
-//                                          while the disk has only 16 KiB left, the next 200 when
-//                                          it has space again; prints the log file as an error
-//   kxLog_probe clock FORMAT FILE CLOCK    does what standard input says at moments that it says:
-//   each
-//                                          line is a moment (seconds of the epoch) and the text of
-//                                          an info or, to choose the log file, nothing. Runs with
+//   kxLog_probe limit FORMAT FILE BYTES    logs "line-0001" to "line-0009" to FILE, which may not
+//                                          grow beyond BYTES with the first five
+//   kxLog_probe full FORMAT DIRECTORY      eight processes log numbered texts: each logs 200 while
+//                                          the disk has only 16 KiB left, then 200 when it has
+//                                          space again; prints the log file as an error
+//   kxLog_probe clock FORMAT FILE CLOCK    logs what standard input says, when it says. Each line
+//                                          is a moment (seconds of the epoch) and the text of an
+//                                          info, or nothing, which chooses the log file. Runs with
 //                                          libfaketime, which takes the time from the file CLOCK.
 #include <sys/resource.h>
 #include <sys/types.h>
@@ -82,7 +80,7 @@ int limit(int format, const char* file, unsigned bytes) {
     return 0;
 }
 
-/// Eight processes log `count` texts each, from the number `first` on.
+/// Eight processes log `count` texts each, beginning with the number `first`.
 void logFromEight(int first, int count) {
     for (int process = 0; process < 8; ++process) {
         if (fork() != 0) continue;
@@ -115,11 +113,11 @@ int full(int format, const std::string& directory) {
 }
 
 int write(int format, const char* file, int process, int threads, int count) {
-    const int niceness = nice(19);  // who kills eight such processes wants to be in time
+    const int niceness = nice(19);  // the program that kills eight such processes must not be late
     static_cast<void>(niceness);
     kxLog::_log_format = format;
     kxLog::_add_time_stamp = format == 3;
-    kxLog::_log_file = file;  // not through setLogFile: the processes would move the file away
+    kxLog::_log_file = file;  // not with setLogFile, because the processes would move the file away
     std::vector<std::thread> running;
     for (int thread = 0; thread < threads; ++thread)
         running.emplace_back([=] {

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Several processes that log to one file, processes that are killed while they do, and a disk that
+// Several processes that log to one file, processes that are killed while they log, and a disk that
 // is full for a while.
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -34,7 +34,7 @@ struct Format {
     const char* name;
     int number;
 
-    /// What a file must start with to be of today.
+    /// The beginning that a file must have to count as today's.
     std::string fileStart() const {
         if (number != 3) return "";
         return kxtest::csvHeader + kxtest::noonZone.day(0, kxtest::csvStampFormat) + "\n";
@@ -43,16 +43,17 @@ struct Format {
 void PrintTo(const Format& format, std::ostream* os) { *os << format.name; }
 const Format text{"Text", 1}, html{"Html", 2}, csv{"Csv", 3};
 
-/// Reads a log file of several processes back: which lines are whole, and in the order of each
-/// thread of each process.
+/// Reads back a log file of several processes: which lines are whole, in the order of each thread
+/// of each process.
 class LogFile {
 public:
     using Thread = std::pair<int, int>;  ///< process and thread
 
     explicit LogFile(Format format) : _format(format) {}
 
-    /// Each line must be the next of its thread (or, where `mayLose`, a later one); of a line that
-    /// its process did not live to finish only the start, and behind it the next line.
+    /// Each line must be the next one of its thread (or, if `mayLose`, a later one). If a process
+    /// did not live to finish a line, the file contains the start of that line, directly followed
+    /// by the next line.
     void read(const std::string& content, bool mayLose = false) {
         ASSERT_EQ(content.compare(0, _format.fileStart().size(), _format.fileStart()), 0);
         std::size_t at = _format.fileStart().size();
@@ -76,7 +77,7 @@ public:
     const std::map<Thread, int>& next() const { return _next; }
 
 private:
-    /// A line without what only CSV lines start with; "" if that is wrong.
+    /// A line without the fields that begin CSV lines; "" if these are wrong.
     std::string withoutStamp(const std::string& line) const {
         if (_format.number != 3) return line;
         const std::string form = "01.03.2017;14:05:09;INFO;100;";
@@ -107,7 +108,7 @@ private:
         return true;
     }
 
-    /// Whether some thread's next line starts like this.
+    /// Whether the next line of some thread starts like this.
     bool isStart(const std::string& piece) const {
         const std::string body = withoutStamp(piece);
         for (const auto& [thread, i] : _next)
@@ -132,7 +133,7 @@ const auto nameOf = [](const auto& test) { return std::string(test.param.name); 
 
 // --- One file ------------------------------------------------------------------------------------
 
-// With the variable KX_LOG_FULL set: twice the threads, five times the lines of each.
+// If the variable KX_LOG_FULL is set, there are twice the threads and five times the lines of each.
 using SharedLog = LogProcesses;
 TEST_P(SharedLog, HasEveryLineOfEveryProcess) {
     const bool full = std::getenv("KX_LOG_FULL") != nullptr;
@@ -186,9 +187,9 @@ off_t sizeOf(const std::string& path) {
 }
 
 // Eight processes, one of which is killed and replaced 50 times (1000 times with the variable
-// KX_LOG_FULL), each time when the file has grown by a random number of bytes. The system may end a
-// write of a process that is killed at the end of a page of memory, so the start of a line may be
-// left for each.
+// KX_LOG_FULL), each time after the file has grown by a random number of bytes. When a process is
+// killed, the system may end its write at the end of a memory page, so each killed process may
+// leave the start of a line.
 using KilledLog = LogProcesses;
 TEST_P(KilledLog, HasWholeLines) {
     const unsigned seed = 20170301U + static_cast<unsigned>(format.number);
@@ -219,12 +220,12 @@ INSTANTIATE_TEST_SUITE_P(As, KilledLog, testing::Values(text, html, csv), nameOf
 
 // --- A disk without space ------------------------------------------------------------------------
 
-// What finds no room is lost as a whole, so that the next line does not continue its start.
+// A line that finds no room is lost as a whole, so the next line does not continue its start.
 struct Limit {
     const char* name;
     Format format;
-    int bytes;  ///< that the file may have during the first five lines
-    int kept;   ///< of these
+    int bytes;  ///< the greatest size of the file during the first five lines
+    int kept;   ///< how many of these lines are kept
 };
 void PrintTo(const Limit& limit, std::ostream* os) { *os << limit.name; }
 
@@ -234,7 +235,7 @@ TEST_P(LimitedLog, LosesWholeLinesAndGoesOn) {
     const kxtest::TempDir dir;
     const int devNull = ::open("/dev/null", O_WRONLY | O_CLOEXEC);
     kxtest::RunOptions options;
-    options.out = devNull;  // the limit holds for all files
+    options.out = devNull;  // the limit applies to all files
     const kxtest::Outcome outcome =
         kxtest::run({KX_LOG_PROBE, "limit", std::to_string(limit.format.number), dir.file("log"),
                      std::to_string(limit.bytes)},
@@ -249,7 +250,7 @@ TEST_P(LimitedLog, LosesWholeLinesAndGoesOn) {
     }
     EXPECT_EQ(kxtest::slurp(dir.file("log")), expected);
 }
-// A line has 10 bytes as text and 50 as HTML.
+// A line has 10 bytes as text and 50 bytes as HTML.
 const Limit limits[] = {
     {"TextNothing", text, 0, 0},          {"TextOneByte", text, 1, 0},
     {"TextAllButNewline", text, 9, 0},    {"TextOneLine", text, 10, 1},
@@ -260,7 +261,7 @@ const Limit limits[] = {
 };
 INSTANTIATE_TEST_SUITE_P(At, LimitedLog, testing::ValuesIn(limits), nameOf);
 
-// A small disk in memory, where the system lets ordinary users mount one for themselves.
+// A small disk in memory, if the system lets ordinary users mount one for themselves.
 using FullDisk = LogProcesses;
 TEST_P(FullDisk, LosesWholeLinesAndGoesOn) {
     const auto onSmallDisk = [&](const std::string& command) {
@@ -275,7 +276,7 @@ TEST_P(FullDisk, LosesWholeLinesAndGoesOn) {
     ASSERT_EQ(outcome.exitCode, 0);
     file.read(outcome.err, /*mayLose=*/true);
     EXPECT_EQ(file.torn(), 0);
-    // All lines of the second half, and some of the first.
+    // All lines of the second half are there, and some of the first.
     EXPECT_GT(file.whole(), 8 * 200);
     EXPECT_LT(file.whole(), 2 * 8 * 200);
     for (const auto& [thread, next] : file.next()) EXPECT_EQ(next, 400) << thread.first;

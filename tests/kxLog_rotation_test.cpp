@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Old log files: how they are recognised and moved aside, when the file is chosen and, in CSV
+// Old log files: how they are recognised and moved aside when the file is chosen and, in CSV
 // format, with every message.
 #include <gtest/gtest.h>
 
@@ -49,7 +49,7 @@ protected:
     Console choose() const {
         return consoleOf([&] { kxLog::setLogFile(path.c_str()); });
     }
-    /// Chooses a CSV file that exists with this content, as a program of an earlier day left it.
+    /// Chooses an existing CSV file with this content, as a program left it on an earlier day.
     void adopt(const std::string& content) {
         kxLog::setLogFormat(3);
         dir.write("app.log", content);
@@ -62,7 +62,7 @@ protected:
 struct OldFile {
     const char* name;
     int format;
-    std::string content, stamp;  ///< of the moved file; "": the file stays
+    std::string content, stamp;  ///< of the moved file; "" if the file stays
 };
 void PrintTo(const OldFile& c, std::ostream* os) { *os << c.name; }
 
@@ -84,7 +84,7 @@ TEST_P(OldLogFile, MovesIfNotOfToday) {
     }
 }
 
-// The day alone decides; the fields of a stamp are read as scanf reads them, as far as they go.
+// Only the day matters; the fields of a stamp are read as scanf reads them, as far as they go.
 const OldFile textCases[] = {
     {"TextOld", 1, oldText, oldStamp},
     {"TextToday", 1, textDay(0), ""},
@@ -114,7 +114,8 @@ const OldFile textCases[] = {
 INSTANTIATE_TEST_SUITE_P(Text, OldLogFile, testing::ValuesIn(textCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// The first line is skipped whatever it holds: up to 1023 bytes of it, as fgets fills 1024.
+// The first line is skipped whatever it contains: up to 1023 bytes of it, as with fgets and a size
+// of 1024.
 const OldFile csvCases[] = {
     {"CsvOld", 3, header + oldCsv, oldStamp},
     {"CsvToday", 3, header + csvDay(0), ""},
@@ -190,7 +191,7 @@ TEST_F(Rotation, FailedRenameIsReportedAndTheOldFileAppendedTo) {
     EXPECT_STREQ(kxLog::getLastError(), "");
 }
 
-// The path is used as it is: lines go where it leads, and what moves aside is the link.
+// The path is used as it is: lines go where the link leads, and the link itself is moved aside.
 TEST_F(Rotation, LinkIsFollowedByLinesAndMovedItself) {
     const std::string target = dir.write("target", textDay(0));
     std::filesystem::create_symlink("target", path);
@@ -247,8 +248,8 @@ TEST_F(Rotation, CsvFileMovesAtItsFirstMessage) {
     EXPECT_EQ(consoleOf([] { kxLog::info("b"); }), levels[0].console("b"));
 }
 
-// Deliberate, and the sum of two moves to one name: a file that was no log is gone after the first
-// message.
+// Deliberate. It follows from two moves to one name that a file that was no log is gone after the
+// first message.
 TEST_F(Rotation, CsvTakesThePlaceOfAFileThatWasNoLog) {
     const std::string text = "Chapter 1\nIt was a dark and stormy night.\n";
     dir.write("app.log", text);
@@ -307,7 +308,7 @@ TEST_F(Rotation, AddToLogFileLooksAtTheDayToo) {
     EXPECT_EQ(slurp(path), header + "line");
 }
 
-// --- A new day whose file cannot be opened -------------------------------------------------------
+// --- A new day, and a file that cannot be opened -------------------------------------------------
 
 struct Message {
     const char* name;
@@ -320,14 +321,15 @@ class FailedNewDay : public Rotation, public testing::WithParamInterface<Message
 protected:
     FailedNewDay() { kxPlatform::setAppName("talo"); }
 
-    // The day change resolves the directory variable anew, and meets a regular file there.
+    // At the change of day the directory variable is resolved again, and the path meets a regular
+    // file.
     const std::string below = dir.write("file", "kept");
     const std::string lost = below + "/app.log";
     const kxtest::ScopedEnv variable{"TALO_LOG_DIR", below.c_str()};
     const std::string report = "Couldn't create log file '" + lost + "'!";
 };
 
-// A report that meets a lock already held would hang here, until ctest's time limit.
+// A report that waits for a lock that is already held would hang here, until ctest's time limit.
 TEST_P(FailedNewDay, IsReportedAfterTheMessage) {
     const Message& c = GetParam();
     const Level& level = levels[c.level];

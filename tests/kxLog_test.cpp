@@ -25,7 +25,7 @@ namespace {
 
 class Log : public kxtest::LogTest {};
 
-// Everything that passes through unchanged: a terminal escape, ";", "%", line ends, high bytes.
+// Everything that must pass through unchanged: a terminal escape, ";", "%", line ends, high bytes.
 const std::string odd = "a%s\x1b[31m;b\n\n;c%n\xff\t";
 
 // --- Console -------------------------------------------------------------------------------------
@@ -250,7 +250,7 @@ TEST_P(PerLevel, ScriptTextsKeepTheirLength) {
         EXPECT_EQ(consoleOf(call), level.console(text));
 }
 
-// From texts that are put together on the stack to those that are not.
+// From texts that are composed on the stack to texts that are not.
 TEST_P(PerLevel, TextsOfEveryLengthAreWholeEverywhere) {
     std::string buffer;
     kxLog::enableOutputBuffer(buffer);
@@ -282,7 +282,7 @@ TEST_P(PerLevel, FailedFormattingStillGivesOneBoundedText) {
     for (const Heard& message : heard()) EXPECT_LE(message.text.size(), 2047U);
 }
 
-// The callback hears the static buffer itself: a change to a shared or an allocated one is seen.
+// The callback receives the static buffer itself; a shared or an allocated buffer would be noticed.
 std::vector<const char*> addresses;
 void noteAddress(const char* text) { addresses.push_back(text); }
 TEST_F(Log, EachEntryPointFormatsIntoABufferOfItsOwn) {
@@ -322,7 +322,7 @@ TEST_P(PerLevel, StampedLines) {
                               level.word + (" " + number) + " " + text + end));
         EXPECT_TRUE(isStamped(csvLine, start, kxtest::csvStampFormat,
                               level.word + (";" + number) + ";" + text + end));
-        const Console once = level.console(text);  // a newline in any case, and no stamp
+        const Console once = level.console(text);  // always with a newline, never with a stamp
         EXPECT_EQ(console, (Console{once.out + once.out, once.err + once.err}));
     }
 }
@@ -434,7 +434,7 @@ TEST_F(Log, NumberWrapsAroundBeyondTheLargest) {
 
 // --- Order ---------------------------------------------------------------------------------------
 
-/// A stream buffer that looks around before it takes anything.
+/// A stream buffer that looks at the log's state before it accepts anything.
 class WatchingStream : public std::stringbuf {
 public:
     std::function<void()> look;
@@ -498,7 +498,7 @@ TEST_P(PerLevel, CallbackThenConsoleThenBufferThenStreamThenFile) {
     EXPECT_EQ(kxtest::slurp(dir.file("log")), "x\n");
 }
 
-// Standard error is unbuffered: on a pipe without a reader, the console step raises SIGPIPE.
+// Standard error is unbuffered, so on a pipe without a reader the console step raises SIGPIPE.
 const std::string* bufferToWatch;
 std::string seenByConsole;
 void onBrokenPipe(int) { seenByConsole += *bufferToWatch + kxLog::getLastError(); }
@@ -525,7 +525,7 @@ TEST_F(Log, ConsoleComesBeforeTheBuffer) {
     EXPECT_EQ(buffer, "empty " + levels[2].html("x"));
 }
 
-// Output is not checked: a stream that fails or throws does not keep the line from the file.
+// The output is not checked: a stream that fails or throws does not keep the line out of the file.
 TEST_P(PerLevel, FailingStreamIsIgnored) {
     const kxtest::TempDir dir;
     WatchingStream throwing;
@@ -544,7 +544,7 @@ TEST_P(PerLevel, FailingStreamIsIgnored) {
 
 // --- Format check --------------------------------------------------------------------------------
 
-// Each call is wrong on a line of its own; with the right argument none may be reported.
+// Each call is wrong and on a line of its own; with the right argument none may be reported.
 TEST(LogFormatCheck, CompilerRejectsWrongArguments) {
     std::string calls;
     for (const char* level : {"info", "warning", "error"}) {

@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Texts that several threads and processes log: whoever reads them back can tell which are whole.
+// Texts that several threads and processes log. When they are read back, one can tell which are
+// whole.
 #pragma once
 
 #include <cstddef>
@@ -10,9 +11,9 @@
 
 namespace kxtest {
 
-/// "process.thread.i " and a tail of letters, all decided by these three numbers. Most texts are
-/// short, as messages are; every 64th has, as a whole, 2046, 2047, 2048 or 3000 characters (printf
-/// style messages are cut at 2047) and a tail that grows fivefold in HTML.
+/// "process.thread.i " and a tail of letters, all determined by these three numbers. Most texts are
+/// as short as messages are. Every 64th has a total of 2046, 2047, 2048 or 3000 characters (printf
+/// style messages are cut at 2047) and a tail that becomes five times as long in HTML.
 inline std::string numberedText(int process, int thread, int i) {
     const int mix = 31 * process + 17 * thread + i;
     std::string text =
@@ -26,7 +27,7 @@ inline std::string numberedText(int process, int thread, int i) {
     return text;
 }
 
-/// The numbers at the start of such a text. False if there are none.
+/// The numbers at the start of such a text. Returns false if there are none.
 inline bool readNumbers(const std::string& text, int& process, int& thread, int& i) {
     return std::sscanf(text.c_str(), "%d.%d.%d ", &process, &thread, &i) == 3;
 }

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The log under several threads: no text mixed, torn or lost.
+// The log with several threads: no text is mixed, torn or lost.
 #include <gtest/gtest.h>
 
 #include <cstdlib>
@@ -67,7 +67,7 @@ std::vector<Entry> allEntries() {
 }
 const std::vector<Entry> entries = allEntries();
 
-/// Thread and i decide which.
+/// The thread and i decide which entry point.
 const Entry& mixedEntry(int thread, int i) {
     return entries[static_cast<std::size_t>(3 * thread + i) % entries.size()];
 }
@@ -79,11 +79,11 @@ void inThreads(int count, const Code& code) {
     for (auto& thread : threads) thread.join();
 }
 
-/// Checks texts that `threads` threads were to log `count` of each: all there, whole, and each
-/// thread's in its order.
+/// Checks texts of which `threads` threads had to log `count` each: all must be there and whole,
+/// and those of each thread in order.
 class Collector {
 public:
-    /// `limit`: the length at which the texts were cut.
+    /// `limit` is the length at which the texts were cut.
     void add(const std::string& text, std::size_t limit = std::string::npos) {
         int process = -1, thread = -1, i = -1;
         if (!kxtest::readNumbers(text, process, thread, i) ||
@@ -103,13 +103,13 @@ private:
     std::vector<std::string> _wrong;
 };
 
-/// The prefixes that text and CSV lines may have which `threads` threads, numbered from 0 on, wrote
-/// from its construction until now.
+/// The prefixes of text and CSV lines that `threads` threads, numbered from 0, could have written
+/// from the construction of this object until now.
 class Prefixes {
 public:
     Prefixes(int format, int threads) : _format(format), _threads(threads) {}
 
-    /// The prefix that `lines` has at that place; "none" if there is no right one.
+    /// The prefix that `lines` has at that place; "none" if there is no valid one.
     std::string at(const std::string& lines, std::size_t place, const Level& level) const {
         if (_format == 2) return "";
         const char* const blank = _format == 1 ? " " : ";";
@@ -134,9 +134,9 @@ private:
 
 class LogThreads : public kxtest::LogTest {
 protected:
-    /// Logs from all threads, thread t its i-th text through `entryFor(t, i)` and with its own
-    /// number, to all destinations, and checks that each has all messages, in the one order that
-    /// the callbacks heard.
+    /// Logs from all threads to all destinations: thread t logs its i-th text through `entryFor(t,
+    /// i)` with its own number. Checks that each destination has all messages in the order in which
+    /// the callbacks received them.
     template <class EntryFor>
     void hammer(int format, int threads, int count, EntryFor entryFor) {
         const kxtest::TempDir dir;
@@ -188,7 +188,7 @@ protected:
             expectedStream += level.stream(line);
         }
         collector.expect(threads, count);
-        // Not EXPECT_EQ, which would print megabytes.
+        // Not with EXPECT_EQ, which would print megabytes.
         EXPECT_TRUE(console == expectedConsole);
         EXPECT_TRUE(buffer == expectedLines);
         EXPECT_TRUE(stream.str() == expectedStream);
@@ -207,7 +207,7 @@ INSTANTIATE_TEST_SUITE_P(Through, OneEntry, testing::ValuesIn(entries),
                          [](const auto& test) { return test.param.name(); });
 
 // 16 threads, 100,000 messages, all entry points, all destinations. Sanitizers and emulators, which
-// take more than half a minute, get a fifth of them, unless the variable KX_LOG_FULL is set.
+// take more than half a minute, get a fifth of them unless the variable KX_LOG_FULL is set.
 struct Format {
     const char* name;
     int format;

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The log while the clock moves: over midnight, the year's end and 29 February, through both clock
-// changes of several zones, and backwards. The clock is libfaketime's, in a process of its own.
+// The log while the clock moves: over midnight, the end of the year and 29 February, through both
+// clock changes of several zones, and backwards. libfaketime provides the clock in a separate
+// process.
 #include <gtest/gtest.h>
 
 #include <cstdio>
@@ -13,8 +14,8 @@
 
 namespace {
 
-// Rules instead of names, since names need the zone files of the machine. Clocks change in Berlin
-// at 1:00 UTC, in New York at 2:00 and (until 2011) in St. John's one minute after midnight.
+// Rules instead of names, since names need the machine's zone files. Clocks change in Berlin at
+// 1:00 UTC, in New York at 2:00 and (until 2011) in St. John's at one minute past midnight.
 constexpr const char* utc = "UTC0";
 constexpr const char* berlin = "CET-1CEST,M3.5.0,M10.5.0/3";
 constexpr const char* newYork = "EST5EDT,M3.2.0,M11.1.0";
@@ -34,7 +35,8 @@ struct Story {
     const char* zone;
     int format;
     std::vector<Step> steps;
-    std::map<std::string, std::string> files;  ///< in the end: what follows "app.log", and content
+    std::map<std::string, std::string>
+        files;  ///< in the end: the name after "app.log", and the content
 };
 void PrintTo(const Story& story, std::ostream* os) { *os << story.name; }
 
@@ -88,8 +90,8 @@ TEST_P(LogTime, NamesStampsAndFilesFollowTheLocalClock) {
 const std::string header = kxtest::csvHeader;
 const std::string undated = "00000-000000";
 
-// A CSV file looks at the day with every message. The first message finds the header alone, which
-// has no date.
+// A CSV file checks the day with every message. The first message finds only the header, which has
+// no date.
 const Story csvStories[] = {
     {"MidnightInUtc",
      utc,
@@ -221,7 +223,7 @@ const Story csvStories[] = {
            "27.10.2024;02:59:59;INFO;100;c\n" + "27.10.2024;02:00:00;INFO;100;d\n" +
            "27.10.2024;02:59:59;INFO;100;e\n" + "27.10.2024;23:59:59;INFO;100;f\n"},
       {"", header + "28.10.2024;00:00:00;INFO;100;g\n"}}},
-    // Half a minute into Sunday it is Saturday again, for 59 minutes.
+    // Half a minute into Sunday it becomes Saturday again, for 59 minutes.
     {"AutumnInStJohns",
      stJohns,
      3,
@@ -258,7 +260,7 @@ const Story csvStories[] = {
       {"20230505-000000", header + "05.05.2023;00:00:00;INFO;100;a\n"},
       {"20230504-235958", header + "04.05.2023;23:59:58;INFO;100;b\n"},
       {"", header + "05.05.2023;00:00:01;INFO;100;c\n"}}},
-    // A file that starts at a moment for the second time replaces the one that did so before.
+    // If a file starts at the same moment as an earlier one, it replaces that one.
     {"BackByADay",
      newYork,
      3,
@@ -275,7 +277,7 @@ const Story csvStories[] = {
 INSTANTIATE_TEST_SUITE_P(Csv, LogTime, testing::ValuesIn(csvStories),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// A text file looks at the day when it is chosen, and at no other time.
+// A text file checks the day when it is chosen, and at no other time.
 const Story textStories[] = {
     {"MidnightInKathmandu",
      kathmandu,
@@ -357,7 +359,7 @@ const Story textStories[] = {
 INSTANTIATE_TEST_SUITE_P(Text, LogTime, testing::ValuesIn(textStories),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// An HTML file has a stamp in its head only, and is moved to one name whenever it is chosen.
+// An HTML file has a stamp only in its header, and is moved to one name whenever it is chosen.
 std::string html(const std::string& date, const std::string& texts) {
     const std::string rule =
         "<font color=\"#b40000\">----------------------------------------------------</font><br>";

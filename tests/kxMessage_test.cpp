@@ -19,7 +19,7 @@
 // A plain record: the map, then the id, and nothing virtual.
 static_assert(!std::is_polymorphic_v<kxMessage>);
 static_assert(sizeof(kxMessage) == sizeof(std::map<std::string, boost::any>) + sizeof(void*));
-// A number stands for a record with that id.
+// A number converts to a record with that id.
 static_assert(std::is_convertible_v<unsigned, kxMessage>);
 
 namespace {
@@ -28,7 +28,7 @@ const boost::any nothing;
 
 int intOf(const boost::any& value) { return boost::any_cast<int>(value); }
 
-/// Counts its living objects. While `failing` is set, copying a fragile one throws.
+/// Counts its living objects. While `failing` is set, copying a fragile object throws.
 struct Counted {
     explicit Counted(bool isFragile = false) : fragile(isFragile) { ++alive; }
     Counted(const Counted& other) : fragile(other.fragile) {
@@ -53,7 +53,7 @@ public:
     FailingCopies& operator=(const FailingCopies&) = delete;
 };
 
-/// Notes its copies.
+/// Records its copies.
 struct Noted {
     Noted(char ownName, std::string& noted) : name(ownName), copies(&noted) {}
     Noted(const Noted& other) : name(other.name), copies(other.copies) { *copies += name; }
@@ -116,7 +116,7 @@ TEST(MessageConstruct, AThrowingSetDestroysWhatWasSetBefore) {
         EXPECT_THROW(kxMessage(1, "a", fragile), std::runtime_error);
         EXPECT_THROW(kxMessage(1, "a", sound, "b", fragile), std::runtime_error);
         EXPECT_THROW(kxMessage(1, "a", sound, "b", sound, "c", fragile), std::runtime_error);
-        EXPECT_EQ(Counted::alive, 2);  // the two above
+        EXPECT_EQ(Counted::alive, 2);  // the two objects above
     }
     EXPECT_EQ(Counted::alive, 0);
 }
@@ -133,7 +133,7 @@ TEST(MessageSet, OverwriteDecidesOnlyWhereTheNameExists) {
     EXPECT_EQ(intOf(message.get("a")), 2);
     message.set("b", 3, true);
     EXPECT_EQ(intOf(message.get("b")), 3);
-    message.set("empty", nothing, true);  // an empty value is a value that exists
+    message.set("empty", nothing, true);  // an empty value is an existing value
     message.set("empty", 4, false);
     EXPECT_TRUE(message.get("empty").empty());
 }
@@ -246,7 +246,7 @@ TEST(MessageMap, IsOrderedByTheBytesOfTheNames) {
     EXPECT_EQ(namesOf(message), (std::vector<std::string>{"", "B", "a", "aa", "b", "\xff"}));
     const auto& map = message.getMap();
     message.set("c", 1, false);
-    EXPECT_EQ(map.count("c"), 1U);  // the map itself, not a copy
+    EXPECT_EQ(map.count("c"), 1U);  // a reference to the map, not a copy
 }
 
 TEST(MessageDestructor, DestroysTheValues) {
@@ -270,7 +270,7 @@ TEST(MessageCopy, ClonesTheAttributesAndNotTheId) {
     EXPECT_EQ(Counted::alive, 1);
 }
 
-// Names enough for a tree of several levels, whose own order is another one.
+// Enough names for a tree of several levels, which has a different order of its own.
 TEST(MessageCopy, ClonesInTheOrderOfTheNames) {
     std::string copies;
     kxMessage original;
@@ -283,14 +283,14 @@ TEST(MessageCopy, ClonesInTheOrderOfTheNames) {
     copies.clear();
     kxMessage target(1, "c", 1, "h", 1);
     target = original;
-    EXPECT_EQ(copies, "abdefgij");  // what is there already is not even copied
+    EXPECT_EQ(copies, "abdefgij");  // existing attributes are not even copied
 }
 
 TEST(MessageConstruct, ANumberStandsForARecordWithThatId) {
     kxMessage message = 7U;
     EXPECT_EQ(message.id(), 7U);
     EXPECT_TRUE(message.getMap().empty());
-    message = 8U;  // an assignment merges: nothing to add, and the id stays
+    message = 8U;  // an assignment merges: there is nothing to add, and the id stays
     EXPECT_EQ(message.id(), 7U);
 }
 
@@ -341,7 +341,7 @@ TEST(GetFromMessage, ReadsAValueOfTheExactType) {
     EXPECT_EQ(text, "hello");
     EXPECT_EQ(list, (std::vector<int>{1, 2}));
     EXPECT_EQ(err.text(), "");
-    EXPECT_EQ(intOf(message.get("number")), 42);  // read, not taken out
+    EXPECT_EQ(intOf(message.get("number")), 42);  // read, but not removed
 }
 
 TEST(GetFromMessage, IsSilentAboutAbsentAndEmptyValues) {
@@ -418,8 +418,8 @@ TEST(MessagePrintBT, PrintsNothing) {
 
 namespace {
 
-// Of the same name as a type of the plug-in's. The two names are equal, the type objects are not:
-// they are as different as the copies of a hidden type's information are on other platforms.
+// A type of the plug-in has this name, too. The names are equal but the type objects are not: they
+// differ like the copies of a hidden type's information on other platforms.
 struct LocalValue {
     int value;
 };

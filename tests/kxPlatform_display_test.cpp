@@ -61,7 +61,7 @@ const DpiCase dpiCases[] = {
     {95, 95, 0},
     {96, 96, 0},
     {97, 97, 0},
-    {110, 300, 0},  // the second value plays no part
+    {110, 300, 0},  // the second value has no effect
     {119, 240, 0},
     {120, 0, 1},
     {121, 96, 1},
@@ -74,14 +74,14 @@ const DpiCase dpiCases[] = {
     {239, 0, 3},
     {240, 0, 4},
     {241, 0, 4},
-    {10095, 0, 4},  // 9999 above 96, and around it
+    {10095, 0, 4},  // around 9999 above 96
     {10096, 0, 4},
     {10238, 0, 4},
     {10239, 0, 4},
-    {10240, 0, 0},  // deliberate: so far above every step, the first is taken
+    {10240, 0, 0},  // deliberate: this far above every step, the first one is taken
     {10241, 0, 0},
     {two31 - 1, 0, 0},
-    {two31, 0, 0},        // negative, as the other bits of 32 are a signed number
+    {two31, 0, 0},        // negative, since the low 32 bits are a signed number
     {two31 + 240, 0, 0},  // negative too
     {two32 - 1, 0, 0},
     {two32, 0, 0},  // from here on the upper bits are dropped
@@ -160,6 +160,6 @@ TEST(Display, IconSizesAreStoredAsPassed) {
     EXPECT_EQ(kxPlatform::getLargeIconSizeX(), huge);
     EXPECT_EQ(kxPlatform::getLargeIconSizeY(), 1U);
     EXPECT_EQ(kxPlatform::getDpiX(), 96U);
-    setDpiQuietly(96);  // the same step again overwrites them all
+    setDpiQuietly(96);  // setting the current step again overwrites them all
     expectLayout(layouts[0]);
 }

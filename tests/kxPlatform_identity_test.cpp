@@ -11,7 +11,7 @@
 
 namespace {
 
-/// Starts as a fresh process does: no names, no year, no flags.
+/// Starts like a fresh process: no names, no year, no flags.
 class Identity : public testing::Test {
 protected:
     Identity() { reset(); }
@@ -47,7 +47,7 @@ TEST_F(Identity, TheNameAloneIsTheVersionName) {
     kxPlatform::setAppName("talo");
     EXPECT_STREQ(kxPlatform::getAppName(), "talo");
     EXPECT_STREQ(kxPlatform::getAppVersionName(), "talo");
-    kxPlatform::setAppName("other");  // nothing was built yet that could be stale
+    kxPlatform::setAppName("other");  // nothing had been built that could be stale
     EXPECT_STREQ(kxPlatform::getAppVersionName(), "other");
 }
 
@@ -118,7 +118,7 @@ TEST_F(Identity, NullIsIgnoredAndRebuildsNothing) {
     kxPlatform::setAppName("talo");
     kxPlatform::setFullAppName("Talo Pro");
     kxPlatform::setDisplayVersionYearString("2018");
-    kxPlatform::setAnalysisMode(true);  // so that rebuilding would show
+    kxPlatform::setAnalysisMode(true);  // rebuilding would now be noticed
     kxPlatform::setAppName(nullptr);
     kxPlatform::setFullAppName(nullptr);
     kxPlatform::setDisplayVersionYearString(nullptr);
@@ -138,7 +138,7 @@ TEST_F(Identity, FlagsAreIndependent) {
         {kxPlatform::setTaloPlayer, kxPlatform::isTaloPlayer},
         {kxPlatform::setAnalysisMode, kxPlatform::getAnalysisMode},
     };
-    // Every combination, each reached from the one before.
+    // Every combination, reached from the one before it.
     for (unsigned bits = 0; bits < 16; ++bits) {
         for (unsigned i = 0; i < 4; ++i) flags[i].first((bits >> i & 1U) != 0);
         for (unsigned i = 0; i < 4; ++i)

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Start-up where this system has its own: filters of system calls, mounts of one process, and files
-// that are reached through a descriptor.
+// Start-up with features of this system: filters of system calls, mounts of one process, and files
+// reached through a descriptor.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <linux/filter.h>
@@ -26,10 +26,10 @@
 namespace {
 
 #ifndef SYS_faccessat2
-constexpr unsigned SYS_faccessat2 = 439;  // on every processor
+constexpr unsigned SYS_faccessat2 = 439;  // the number on every processor
 #endif
 
-// For this process, for good.
+// Makes the system refuse a call to this process, permanently.
 bool refuse(unsigned call) {
     constexpr unsigned number = offsetof(seccomp_data, nr);
     sock_filter steps[] = {
@@ -43,7 +43,7 @@ bool refuse(unsigned call) {
            prctl(PR_SET_SECCOMP, SECCOMP_MODE_FILTER, &program) == 0;
 }
 
-/// A temporary home.
+/// A temporary home directory.
 class HomeDir : public testing::Test {
 protected:
     const kxtest::TempDir dir;
@@ -56,8 +56,8 @@ class PlatformMount : public HomeDir {};
 class PlatformRoot : public HomeDir {};
 class PlatformDescriptor : public HomeDir {};
 
-/// The executable's directory for that start path and, beside it, where the process comes to by
-/// entering that directory: two equal texts.
+/// The executable's directory for that start path, and where the process gets by entering that
+/// directory: two equal texts.
 std::string startedIn(const std::string& directory) {
     kxPlatform::init((directory + "/talo").c_str());
     char buffer[2048];
@@ -65,7 +65,7 @@ std::string startedIn(const std::string& directory) {
     return std::string(kxPlatform::getExeDir()) + ' ' + (isNamed ? buffer : "");
 }
 
-/// Where to mount something: seen by this process only.
+/// Where to mount something so that only this process sees it.
 std::string mountPoint(const kxtest::TempDir& dir) {
     const bool isAlone = unshare(CLONE_NEWNS) == 0 || unshare(CLONE_NEWUSER | CLONE_NEWNS) == 0;
     if (!isAlone || mount("", "/", nullptr, MS_REC | MS_PRIVATE, nullptr) != 0) return "";
@@ -77,7 +77,8 @@ bool mountAt(const std::string& point) {
 
 }  // namespace
 
-// The filter is older than the call: it refuses it, instead of saying that there is none.
+// The filter is older than the call, so it refuses the call instead of saying that it does not
+// exist.
 TEST_F(PlatformSandbox, ThatDoesNotKnowFaccessat2DoesNotMoveTheInstallation) {
     const std::string path = dir.write("Talo/bin/MAC/talo", "");
     const std::string answer = kxtest::inChild([&]() -> std::string {

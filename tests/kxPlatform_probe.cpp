@@ -10,7 +10,7 @@
 //     name NAME        setAppName(NAME)
 //     unlink PATH      deletes the file
 //
-// The path in the environment variable PROBE_EXISTS seems to exist, whatever the machine has.
+// The path in the environment variable PROBE_EXISTS seems to exist, whatever is on the machine.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -24,7 +24,7 @@
 
 #include "kxPlatform.h"
 
-// Takes the place of the C library's for the shared libraries of this process too.
+// Replaces the C library's function, even for the shared libraries of this process.
 extern "C" __attribute__((visibility("default"))) int stat(const char* path, struct stat* info) {
     const char* const present = std::getenv("PROBE_EXISTS");
     if (present && std::strcmp(path, present) == 0) path = "/";
@@ -72,7 +72,8 @@ const std::map<std::string, std::function<std::string()>> getters = {
     GETTER(getTreeViewIconSizeY),
     {"common", [] { return kxPlatform::getCommonDir("x/y"); }},
     {"commonOfNull", [] { return kxPlatform::getCommonDir(nullptr); }},
-    // The full name and the year as they enter the version name of an application without a name.
+    // The full name and the year as they become part of the version name of an application without
+    // a name.
     {"rebuilt",
      [] {
          kxPlatform::updateAppVersionName();

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Start-up and installation layout. What happens once in the life of a process, or depends on how
-// it was started, is tried in the processes of kxPlatform_probe.
+// Start-up and the installation layout. What happens once per process, or depends on how the
+// process was started, is tested in processes of kxPlatform_probe.
 #include "kxPlatform.h"
 
 #include <gtest/gtest.h>
@@ -39,18 +39,19 @@ std::string install(const kxtest::TempDir& dir, const std::string& base, const s
     return dir.file(base);
 }
 
-/// The identity of the working directory, also of one that has been deleted.
+/// The identity of the working directory, even of one that has been deleted.
 std::pair<dev_t, ino_t> workingDirectory() {
     struct stat info {};
     if (stat(".", &info) != 0) ADD_FAILURE() << "cannot look at the working directory";
     return {info.st_dev, info.st_ino};
 }
 
-/// A temporary home and working directory. The working directory is "work/a/b": what two levels
-/// above it are is "work".
+/// A temporary home and working directory. The working directory is "work/a/b", so two levels above
+/// it is "work".
 class Platform : public testing::Test {
 protected:
-    /// init(path); nothing is to be written on the console but `err`.
+    /// Calls init(path); only `expectedErr` may be written on standard error, and nothing on
+    /// standard output.
     static void init(const std::string& path, const std::string& expectedErr = "") {
         kxtest::Captured out(stdout), err(stderr);
         const auto before = workingDirectory();
@@ -79,10 +80,10 @@ private:
     const kxtest::ScopedCwd _cwd{dir.makeDir("work/a/b")};
 };
 
-/// What the installation's own executable would be told: the base directory two levels above the
+/// The base directory that the installation's own executable would get: two levels above the
 /// program that runs this test.
 std::string baseOfThisProgram() {
-    // Read, not followed: that would lead to an emulator.
+    // The link is read, not followed, since it would lead to an emulator.
     const fs::path program = fs::canonical(fs::read_symlink("/proc/self/exe"));
     return program.parent_path().parent_path().parent_path().string();
 }
@@ -144,7 +145,7 @@ TEST_F(Platform, DirectoriesAreCanonical) {
 
 TEST_F(Platform, ADirectoryThatCannotBeEnteredLeavesTheWorkingDirectory) {
     install(dir, "work", "talo");
-    fs::permissions(dir.write("regular", ""), fs::perms::all);  // executable, yet no directory
+    fs::permissions(dir.write("regular", ""), fs::perms::all);  // executable, but not a directory
     dir.makeDir("present");
     for (const char* path : {"/missing/talo", "/missing/bin/MAC/talo", "/present/missing/talo",
                              "/regular/talo", "/regular/bin/MAC/talo"}) {
@@ -153,15 +154,15 @@ TEST_F(Platform, ADirectoryThatCannotBeEnteredLeavesTheWorkingDirectory) {
         EXPECT_EQ(kxPlatform::getExeDir(), work + "/a/b") << path;
     }
     init(dir.file("missing/talo"));
-    // The base directory is not above the missing one, either: the working directory, which holds
-    // no installation, so that the running program's is taken.
+    // The base directory is not found above the missing one either, but above the working
+    // directory. That holds no installation, so the base directory of the running program is taken.
     EXPECT_EQ(kxPlatform::getBaseDir(), baseOfThisProgram());
     install(dir, "work/a/b", "talo");
     init(dir.file("missing/talo"));
     EXPECT_EQ(kxPlatform::getBaseDir(), work + "/a/b");
 }
 
-// A start path counts from the working directory, whoever may search what is above that.
+// A start path is relative to the working directory, whoever may search the directories above.
 TEST_F(Platform, ADirectoryBelowOneThatMayNotBeSearchedIsFound) {
     const std::string base = install(dir, "closed/Talo", "talo");
     for (const char* open : {"", "/bin", "/bin/MAC"})
@@ -176,7 +177,7 @@ TEST_F(Platform, ADirectoryBelowOneThatMayNotBeSearchedIsFound) {
     EXPECT_EQ(exeDir, base + "/bin/MAC");
 }
 
-// Not even to leave it again.
+// Not even in order to leave it again.
 TEST_F(Platform, ADirectoryThatMayNotBeSearchedIsNotEntered) {
     install(dir, "Talo", "talo");
     const std::string closed = dir.makeDir("closed");
@@ -184,7 +185,7 @@ TEST_F(Platform, ADirectoryThatMayNotBeSearchedIsNotEntered) {
     constexpr mode_t modes[] = {0000, 0100, 0111, 0444, 0666};
     for (const mode_t mode : modes) {
         const bool isOpen =
-            mode == 0111 || (mode == 0100 && !kxtest::isRoot());  // or not its owner
+            mode == 0111 || (mode == 0100 && !kxtest::isRoot());  // or somebody else owns it
         ASSERT_EQ(chmod(closed.c_str(), mode), 0);
         ASSERT_EQ(chmod(dir.path().c_str(), 0755), 0);
         EXPECT_EQ(kxtest::asOrdinaryUser([] {
@@ -199,7 +200,7 @@ TEST_F(Platform, ADirectoryThatMayNotBeSearchedIsNotEntered) {
     chmod(closed.c_str(), 0755);
 }
 
-// What getCurrentDir() could not read back either.
+// getCurrentDir() could not read it back either.
 TEST_F(Platform, ADirectoryOfMoreThan2047CharactersReadsAsNone) {
     std::string below = dir.path();
     const auto descend = [&](std::size_t length) {
@@ -236,7 +237,7 @@ TEST_F(Platform, TheArgumentsMayBeTheStoredStrings) {
 TEST_F(Platform, APathWithoutADirectoryPartStaysWhereItIs) {
     init("/kxtest-no-such-file");
     EXPECT_EQ(kxPlatform::getExeDir(), work + "/a/b");
-    init("");  // no name either
+    init("");  // there is no name either
     EXPECT_STREQ(kxPlatform::getAppName(), "");
     EXPECT_EQ(kxPlatform::getExeDir(), work + "/a/b");
 }
@@ -248,7 +249,7 @@ TEST_F(Platform, ADeletedWorkingDirectoryIsNotLeft) {
     init(base + "/bin/MAC/talo");
     EXPECT_EQ(kxPlatform::getExeDir(), base + "/bin/MAC");
     EXPECT_EQ(kxPlatform::getBaseDir(), base);
-    init(dir.file("missing/talo"));  // nothing left that could be told
+    init(dir.file("missing/talo"));  // now nothing could be found out
     EXPECT_EQ(kxPlatform::getBaseDir(), baseOfThisProgram());
     EXPECT_FALSE(kxtest::exists(deleted));
 }
@@ -327,10 +328,10 @@ TEST_F(Platform, AnEmptyHomeLeavesTheDefaultAndSaysSo) {
          "Couldn't get home directory, using '" + base + "/preferences', for preferences!\n");
     EXPECT_EQ(kxPlatform::getPreferencesDir(), base + "/preferences");
     EXPECT_TRUE(fs::is_directory(base + "/preferences"));
-    EXPECT_STREQ(kxLog::getLastError(), "");  // straight to standard error
+    EXPECT_STREQ(kxLog::getLastError(), "");  // it goes directly to standard error
 }
 
-// The text "$HOME" is not expanded, and is no empty text: the path begins with it.
+// The text "$HOME" is not expanded, but it is not empty either: the path begins with it.
 TEST_F(Platform, AnUnsetHomeLeavesTheTextInThePath) {
     const std::string base = install(dir, "Talo", "talo");
     const kxtest::ScopedEnv variable("HOME", nullptr);
@@ -358,7 +359,7 @@ TEST_F(Platform, InitFromRootTakesRootAndNameAsPassed) {
         EXPECT_STREQ(kxPlatform::getAppName(), "tool.bin");
         EXPECT_EQ(kxPlatform::getBaseDir(), root);
     }
-    dir.write("y/bin/MAC", "");  // whatever it is, it exists
+    dir.write("y/bin/MAC", "");  // it exists, and its kind does not matter
     init(dir.file("y"), "tool", "");
     EXPECT_EQ(kxPlatform::getBaseDir(), dir.file("y"));
 }
@@ -458,7 +459,7 @@ TEST_F(Platform, OnlyHesperDoesWithoutThePlatformDirectoryOfBin) {
 }
 
 TEST_F(Platform, NothingIsNotADirectoryName) {
-    init("", "hesper", "");  // no base directory, which would be reported
+    init("", "hesper", "");  // without a base directory, since that would be reported
     kxtest::Captured out(stdout), err(stderr);
     EXPECT_EQ(kxPlatform::getCommonDir(nullptr), "");
     EXPECT_EQ(out.text() + err.text(), "");
@@ -478,8 +479,8 @@ namespace {
 
 using Environment = std::map<std::string, std::string>;
 
-/// The probe with the actions `words`: what it prints on standard output. It writes `err` on
-/// standard error.
+/// Runs the probe with the actions `words` and returns what it prints on standard output. Expects
+/// `err` on standard error.
 std::string probe(const std::vector<std::string>& words, const std::string& err = "",
                   const Environment& environment = {}) {
     std::vector<std::string> argv{KX_PLATFORM_PROBE};
@@ -554,7 +555,7 @@ TEST(PlatformProcess, DataAndExamplesDirectoriesAreComputedOnce) {
               "getDataDir=" + first + "/data\ngetExamplesDir=" + first +
                   "/examples\ngetDataDir=" + first + "/data\ngetExamplesDir=" + first +
                   "/examples\ncommon=" + second + "/x/y\n");
-    // Asked before init, they keep the answer of that time.
+    // If they are asked before init, they keep the answer of that time.
     EXPECT_EQ(probe({"getDataDir", "getExamplesDir", "init", first + "/bin/MAC/talo", "getDataDir",
                      "getExamplesDir"},
                     times(2, notInitialized), home),
@@ -572,14 +573,14 @@ TEST(PlatformProcess, SharedDirectoriesComeFirst) {
               "getDataDir=" + shared + "data\ngetExamplesDir=/examples\n");
     EXPECT_EQ(probe({"getDataDir", "getExamplesDir"}, notInitialized, with("examples")),
               "getDataDir=/data\ngetExamplesDir=" + shared + "examples\n");
-    // Each name is looked for by itself.
+    // Each name is looked up separately.
     EXPECT_EQ(probe({"common"}, notInitialized, with("x")), "common=/x/y\n");
     const kxtest::TempDir dir;
     EXPECT_EQ(probe({"root", dir.path(), "hesper", "getDataDir"}, "", with("data")),
               "getDataDir=" + shared + "data\n");
 }
 
-// An empty directory part is not entered, but what is two levels above it is the root directory.
+// An empty directory part is not entered, but two levels above it is the root directory.
 TEST(PlatformProcess, AProgramInTheRootDirectoryIsBasedThere) {
     const kxtest::TempDir dir;
     const kxtest::ScopedCwd cwd(dir.path());
@@ -592,7 +593,7 @@ TEST(PlatformProcess, AProgramInTheRootDirectoryIsBasedThere) {
 
 namespace {
 
-/// Installations whose executable is the probe.
+/// Installations with the probe as their executable.
 class PlatformStart : public testing::Test {
 protected:
     std::string installProbe(const std::string& path) const {
@@ -603,7 +604,7 @@ protected:
         return dir.file(path);
     }
 
-    /// What a program that was started as `path` in `directory` says of itself.
+    /// What a program that is started as `path` in `directory` reports about itself.
     std::string start(const std::string& path, const std::string& directory,
                       std::vector<std::string> actions = {"start"}) const {
         actions.insert(actions.begin(), path);
@@ -642,7 +643,7 @@ TEST_F(PlatformStart, ByASymbolicLinkTheBaseDirectoryIsThatOfTheExecutable) {
     EXPECT_EQ(start(links + "/link.sh", dir.path()), answer("link", links, base));
 }
 
-// As an update does to a program that is running.
+// An update does this to a running program.
 TEST_F(PlatformStart, ADeletedExecutableKeepsItsBaseDirectory) {
     if (kxtest::underValgrind()) GTEST_SKIP() << "it hides the link";
     const std::string links = dir.makeDir("usr/local/links");
@@ -652,7 +653,7 @@ TEST_F(PlatformStart, ADeletedExecutableKeepsItsBaseDirectory) {
 }
 
 TEST_F(PlatformStart, WithANameOnPathTheBaseDirectoryIsThatOfTheExecutable) {
-    // A shell leaves the bare name of a program that it found on PATH.
+    // A shell passes on the bare name of a program that it has found on PATH.
     const std::string elsewhere = dir.makeDir("else/where");
     EXPECT_EQ(start(talo, elsewhere, {"init", "talo"}), answer("talo", elsewhere, base));
 }
@@ -674,8 +675,8 @@ TEST_F(PlatformStart, TheDefaultOfThePreferencesIsBelowTheFinalBaseDirectory) {
     EXPECT_EQ(kxtest::list(base), (std::vector<std::string>{"bin", "preferences"}));
 }
 
-// The system's answer is taken in a buffer of 1024 bytes. Without one the base directory is two
-// levels above the working directory.
+// The system's answer is read into a buffer of 1024 bytes. Without an answer the base directory is
+// two levels above the working directory.
 TEST_F(PlatformStart, AnExecutablePathThatDoesNotFitIsNotUsed) {
     if (kxtest::underEmulator()) GTEST_SKIP() << "an emulator's program has a longer path";
     for (const std::size_t length : {std::size_t{1023}, std::size_t{1024}}) {

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Many numbers, written and read beside the streams. With KX_NUMBERS_FULL=1 in the environment each
-// test takes about a hundred million of them, which takes minutes.
+// Many numbers, written and read in comparison with the streams. With KX_NUMBERS_FULL=1 in the
+// environment, each test takes about a hundred million of them, which takes minutes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -30,7 +30,7 @@ class Model : public testing::Environment {
 };
 [[maybe_unused]] const auto* const model = testing::AddGlobalTestEnvironment(new Model);
 
-/// `count`, or with KX_NUMBERS_FULL=1 a number that takes minutes.
+/// `count` or, with KX_NUMBERS_FULL=1, a number that takes minutes.
 std::size_t many(std::size_t count, std::size_t full = 100'000'000) {
     const char* const wanted = std::getenv("KX_NUMBERS_FULL");
     return wanted != nullptr && wanted == "1"s ? full : count;
@@ -42,7 +42,7 @@ std::string printed(int digits, double value) {
     return text;
 }
 
-// Both throw where the answers differ: the first difference of a hundred million ends the test.
+// Both throw if the answers differ: the first difference among a hundred million ends the test.
 void expectWritten(float value) {
     const std::string written = kxString::setNum(value);
     if (written != toStream(value)) throw std::runtime_error(written + " is no " + toStream(value));
@@ -54,7 +54,7 @@ void expectRead(const std::string& text) {
         throw std::runtime_error(text + " is no " + printed(9, double{value}));
 }
 
-/// The float `steps` further from 0, or nearer to it.
+/// The float that is `steps` floats further from 0, or nearer to it.
 float neighbour(float value, int steps) {
     return fromBits(bitsOf(value) + static_cast<std::uint32_t>(steps));
 }
@@ -94,14 +94,14 @@ TEST(NumberWriting, EqualsTheStreamForRandomFloats) {
         expectWritten(fromBits(static_cast<std::uint32_t>(random())));
 }
 
-// (2 n + 1) / 2 * 10^power with six digits in n, where that is a float: the seventh digit is a 5
-// and nothing follows it, so the sixth becomes even.
+// (2 n + 1) / 2 * 10^power with six digits in n, if that is a float: the seventh digit is a 5 and
+// nothing follows it, so the sixth becomes even.
 TEST(NumberWriting, RoundsTiesToEven) {
     std::size_t ties = 0;
     const std::uint32_t step = many(0) == 0 ? 34 : 2;
     for (int power = -12; power <= 12; ++power)
         for (std::uint32_t odd = 200'001; odd < 2'000'000; odd += step) {
-            // Exact as long as it has 53 bits; what is not exact is no float by far.
+            // The number is exact up to 53 bits; one that is not exact is far from being a float.
             const double tie =
                 power < 0 ? odd / std::pow(10, -power) / 2 : odd * std::pow(10, power) / 2;
             const auto value = static_cast<float>(tie);
@@ -118,7 +118,7 @@ TEST(NumberWriting, RoundsTiesToEven) {
     EXPECT_GT(ties, 10'000U);
 }
 
-// Next to the middle between two texts of six digits.
+// Numbers next to the middle between two texts of six digits.
 TEST(NumberWriting, EqualsTheStreamNearHalves) {
     std::mt19937 random(17);
     for (std::size_t n = many(50'000, 20'000'000); n > 0; --n) {
@@ -131,8 +131,7 @@ TEST(NumberWriting, EqualsTheStreamNearHalves) {
 
 // --- Reading -------------------------------------------------------------------------------------
 
-// Texts of the characters that matter to the grammar, read as a float and, as an option, as a
-// double.
+// Texts of the characters that matter to the grammar, read as a float and, as an option, a double.
 TEST(NumberReading, EqualsTheStreamForRandomTexts) {
     std::mt19937 random(7);
     const std::string alphabet = "0123456789019..eeEE+-+- \t\n\r\v\f\0xXinfINFapP_'"s;
@@ -163,7 +162,7 @@ TEST(NumberReading, EqualsTheStreamForWrittenFloats) {
     }
 }
 
-// The middle between two floats, cut after some digits or written down to its last.
+// The middle between two floats, cut after some digits or written in full.
 TEST(NumberReading, EqualsTheStreamNearTheMiddleBetweenFloats) {
     std::mt19937 random(13);
     for (std::size_t n = many(50'000, 20'000'000); n > 0; --n) {
@@ -214,7 +213,7 @@ TEST(NumberLists, WrittenEachAsForItself) {
     EXPECT_EQ(kxString::createStringFromValues(values), expected);
 }
 
-// Word by word: pieces that end with the fourth character after their 'e'.
+// Value by value: pieces that end with the fourth character after their 'e'.
 static std::vector<float> readPieces(const std::string& text) {
     if (text.find('e') == std::string::npos) return {fromStream<float>(text)};
     std::vector<float> values;
@@ -226,7 +225,7 @@ static std::vector<float> readPieces(const std::string& text) {
     return values;
 }
 
-// Lists of one look, of several, and damaged in a few places by any byte.
+// Lists of a single form or of several, damaged in a few places by arbitrary bytes.
 TEST(NumberLists, ReadAsPieces) {
     std::mt19937 random(7);
     for (std::size_t n = many(20'000, 5'000'000); n > 0; --n) {
@@ -240,7 +239,7 @@ TEST(NumberLists, ReadAsPieces) {
                 printed(static_cast<int>(isOther ? random() % 12 : decimals) + 1, double{value});
             text += ' ';
         }
-        // May end anywhere in the last exponent.
+        // The list may end anywhere in the last exponent.
         text.resize(std::max<std::size_t>(text.size() - random() % 5, 1));
         for (auto damages = random() % 4; damages > 0; --damages) {
             const char any = random() % 2 == 0 ? static_cast<char>(random() % 256)
@@ -254,7 +253,7 @@ TEST(NumberLists, ReadAsPieces) {
     }
 }
 
-// Every byte in every place of a value that has the looks of the one before it.
+// Every byte in every place of a value that looks like the one before it.
 TEST(NumberLists, ReadAsPiecesWithAnyByteInAnyPlace) {
     for (const std::string& second :
          {"7.654321e+10"s, "-7.654321e-10"s, "2.5e+01"s, "1.23456789e-02"s})

@@ -29,7 +29,7 @@ namespace {
 
 constexpr float largest = std::numeric_limits<float>::max();
 
-/// Decimal comma, points between groups of three.
+/// A decimal comma, and points between groups of three.
 class CommaNumbers : public std::numpunct<char> {
     char do_decimal_point() const override { return ','; }
     char do_thousands_sep() const override { return '.'; }
@@ -89,19 +89,23 @@ static const DigitsCase digitsCases[] = {
     {"LongSeparator", "1234567", "--", 3, "1--234--567"},
     {"VeryLongSeparator", "12345 67890", "&nbsp;", 1,
      "1&nbsp;2&nbsp;3&nbsp;4&nbsp;5 6&nbsp;7&nbsp;8&nbsp;9&nbsp;0"},
-    // By hand: the run ended at 7, two separators went in, scanning resumes at 9, the grouped end.
+    // Worked out by hand: the run ended at 7 and two separators were inserted, so scanning resumes
+    // at 9, the end of the grouped run.
     {"DigitAsSeparator", "1234567", "0", 3, "102340567"},
-    // Resumes at 5 + 2, before "45", which is no longer than a group.
+    // Scanning resumes at 5 + 2, before "45", which is no longer than a group.
     {"DigitsAsSeparator", "12345", "00", 2, "100230045"},
-    // Resumes at 3 + 2, before "03": that becomes "0003", then 7 + 1 is before the last digit.
+    // Scanning resumes at 3 + 2, before "03", which becomes "0003"; then 7 + 1 is before the last
+    // digit.
     {"DigitsAreGroupedAgain", "123", "00", 1, "100200003"},
-    // "1xy92xy93": resumes at 3 + 2, inside the second separator, before "y93", whose "93" becomes
-    // "9xy93"; then at 8 + 1, before "xy93"...: no end. So grouped once, and the next run is, too.
+    // "1xy92xy93": scanning resumes at 3 + 2, inside the second separator, before "y93", where "93"
+    // becomes "9xy93"; then at 8 + 1, before "xy93", and so on without end. So the run is grouped
+    // once, and so is the next one.
     {"EndlessRunIsGroupedOnce", "123 4 56", "xy9", 1, "1xy92xy93 4 5xy96"},
     {"EndlessGrowthIsGroupedOnce", "123a", "0000", 1,
      "1000020000"
      "3a"},
-    // Two digits end with "00" and 1 ("1002": resumes before the 2), also beside text.
+    // With "00" and 1, two digits come to an end ("1002": scanning resumes before the 2), even
+    // beside text.
     {"EndsBesideText", "12 x 3", "00", 1, "1002 x 3"},
 };
 INSTANTIATE_TEST_SUITE_P(Table, BeautifyDigits, testing::ValuesIn(digitsCases),
@@ -131,8 +135,8 @@ TEST(BeautifyDigits, NumberFormGroupsLikeTheTextForm) {
             }
 }
 
-// Every separator of up to five characters that are digits or not, among them many for which the
-// rule has no end.
+// Every separator of up to five characters that are digits or not; for many of them the rule never
+// ends.
 TEST(BeautifyDigits, FollowsTheRuleWhereItEndsAndGroupsOnceWhereNot) {
     const std::string digits = "123456789012345678";
     int ended = 0, endless = 0;
@@ -160,7 +164,7 @@ TEST(BeautifyDigits, FollowsTheRuleWhereItEndsAndGroupsOnceWhereNot) {
     EXPECT_GT(endless, 1000);
 }
 
-// Work that grew with the square of these sizes would take minutes.
+// If the work grew with the square of these sizes, it would take minutes.
 TEST(BeautifyDigits, TakesTimeInProportionToTheText) {
     std::string runs;
     for (int i = 0; i < 400000; ++i) runs += "1234 ";
@@ -247,7 +251,7 @@ static const FloatCase floatCases[] = {
     {"LargestFloat", "3.4028235e38", largest},
     {"Overflow", "1e39", largest},
     {"NegativeOverflow", "-1e39", -largest},
-    // Half a unit above the largest float: rounding up would leave the range.
+    // Half a unit above the largest float; rounding up would leave the range.
     {"OverflowByRounding", "340282356779733661637539395458142568448", largest},
     {"OverflowWithoutExponent", "1" + zeros, largest},
     {"OverflowBehindLeadingZeros", zeros + "1" + zeros, largest},
@@ -266,7 +270,7 @@ static const FloatCase floatCases[] = {
     {"ZeroWithHugeExponentAndFraction", "-0.00E+99999", -0.0F},
     {"SmallestNormal", "1.17549435e-38", std::numeric_limits<float>::min()},
     {"Denormal", "1e-45", std::numeric_limits<float>::denorm_min()},
-    // Half of the smallest: a tie goes to the even neighbour, 0; a little more does not.
+    // Half of the smallest float: a tie goes to the even neighbour, 0, but a little more does not.
     {"HalfOfTheSmallest",
      "7."
      "00649232162408535461864791644958065640130970938257885878534141944895541342930300743319094181"
@@ -279,7 +283,7 @@ static const FloatCase floatCases[] = {
      std::numeric_limits<float>::denorm_min()},
     {"LongIntegerScaledDown", "1" + zeros + "e-1000", 1},
     {"LongFractionScaledUp", "0." + zeros + "1e1001", 1},
-    // 2^24 + 1 lies between two floats: a tie, decided by the last of many digits.
+    // 2^24 + 1 lies between two floats: a tie that is decided by the last of many digits.
     {"TieToEven", "16777217", 16777216},
     {"TieBrokenByALateDigit", "16777217." + zeros + "1", 16777218},
 };
@@ -347,7 +351,7 @@ static const ListCase listCases[] = {
     {"ShortOnlyPiece", "2e3", {2000}},
     {"SpoiltLastPiece", "1.5e+00 2e", {1.5F, 0}},
     {"EAtTheVeryEnd", "e", {0}},
-    // The third digit of the exponent is taken for the separator, but read.
+    // The third digit of the exponent is taken for the separator, but it is read.
     {"ThreeDigitExponent", "1e+001 2e+00 ", {10, 2}},
     {"FourDigitExponentIsCut", "1e+0012e+00 ", {10, 2}},
     {"ShortExponentTakesTheNextDigits", "1e1 2 3e+00 ", {10, 3}},
@@ -357,7 +361,7 @@ static const ListCase listCases[] = {
 INSTANTIATE_TEST_SUITE_P(Table, GetValuesFromString, testing::ValuesIn(listCases),
                          [](const auto& test) { return std::string(test.param.name); });
 
-// Deliberate: only a list in exponent notation comes back whole.
+// Deliberate: only a list in exponent notation is read back whole.
 TEST(GetValuesFromString, ReadsBackWhatWasWrittenWithExponents) {
     const auto roundTrip = [](const std::vector<float>& values) {
         return kxString::getValuesFromString(kxString::createStringFromValues(values));
@@ -438,7 +442,7 @@ TEST(GetBoolOption, FindsNameAndTrueAnywhere) {
     EXPECT_FALSE(kxString::getBoolOption("x", ""));
 }
 
-// Work that grew with the square of the size would take minutes.
+// If the work grew with the square of the size, it would take minutes.
 TEST(GetBoolOption, TakesTimeInProportionToTheText) {
     const std::string half(4 << 20, 'e');
     EXPECT_FALSE(kxString::getBoolOption(half + half, half));
@@ -467,7 +471,7 @@ TEST(Replace, ReplacesFromLeftToRightAndNeverTwice) {
     EXPECT_EQ(replaced("a\0b\0"s, "\0"s, "-"), "a-b-");
 }
 
-// Few different characters, so that much is found and more begins to look like it.
+// There are few different characters, so that much is found and more begins to look like it.
 TEST(Replace, EqualsOneByOneInRandomTexts) {
     std::mt19937 random(7);
     const auto randomText = [&random](std::size_t longest) {
@@ -509,7 +513,7 @@ TEST(Replace, TakesTimeInProportionToTheText) {
     EXPECT_EQ(text.size(), 2000000U);
 }
 
-// Places that nearly fit are all there is. One by one they would take minutes.
+// There is nothing but places that nearly fit. Compared one by one, they would take minutes.
 TEST(Replace, TakesTimeInProportionToTheTextWhateverIsSearchedFor) {
     const std::string half(4 << 20, 'a'), quarter(2 << 20, 'a'), old = half + half;
     for (const std::string& search : {half + 'b', 'b' + half, quarter + 'b' + quarter}) {
@@ -549,7 +553,7 @@ TEST(Hash, IsTheStandardHashInDecimal) {
     EXPECT_NE(kxString::hash("abc"), kxString::hash("abd"));
 }
 
-// What begins a text ends the reversed text, reversed.
+// Whatever begins a text ends the reversed text, reversed.
 TEST(StartsWithAndEndsWith, CompareBytes) {
     const auto reversed = [](const std::string& text) {
         return std::string(text.rbegin(), text.rend());
@@ -601,13 +605,13 @@ TEST(Split, FollowsGetline) {
         for (std::string field; std::getline(in, field, ',');) fields.push_back(field);
         return fields;
     };
-    // All texts of up to six characters that are delimiters or not.
+    // All texts of up to six characters, each of which is a delimiter or not.
     for (unsigned kinds = 1; kinds < 128; ++kinds) {
         std::string text;
         for (unsigned bits = kinds; bits > 1; bits >>= 1U) text += (bits & 1U) != 0 ? ',' : 'a';
         EXPECT_EQ(kxString::split(text, ','), fromGetline(text)) << text;
     }
-    // Long and short fields, and the characters next to the delimiter, also in the high bytes.
+    // Long and short fields, and the characters next to the delimiter, including the high bytes.
     std::mt19937 random(7);
     for (unsigned i = 0; i < 20000; ++i) {
         std::string text(random() % 150, 'a');

@@ -21,7 +21,7 @@ static_assert(sizeof __defaultMaterial_fp == 784 && sizeof __defaultMaterial_vp 
 
 namespace {
 
-// The library's key. Blocks that a deployment has enciphered must stay readable.
+// The library's key. Blocks that have been enciphered for a deployment must stay readable.
 const std::string key = "6FL#u92=d_j;M7gP";
 
 std::string littleEndianBytes(std::size_t value) {

@@ -22,7 +22,7 @@
 
 namespace {
 
-/// What the host below was asked last, and what it answers.
+/// What the host below was last asked, and what it answers.
 struct Host {
     int calls = 0;
     const char* request = nullptr;
@@ -58,7 +58,7 @@ protected:
 
 }  // namespace
 
-TEST_F(HostBridge, RefusesQuietlyWithoutCallback) {  // also the state before init
+TEST_F(HostBridge, RefusesQuietlyWithoutCallback) {  // also before init
     kxMessage message(7, "text", std::string("hello"), "number", 1);
     kxtest::Captured out(stdout), err(stderr);
     EXPECT_FALSE(kxUtils::call("showMainWarning", message, 0));
@@ -95,7 +95,7 @@ TEST_F(HostBridge, PassesAnEmptyRecordWhereTheCallerHasNone) {
         EXPECT_TRUE(kxUtils::call("name", flags));
         EXPECT_STREQ(host.request, "name");
         EXPECT_EQ(host.id, 0U);
-        EXPECT_TRUE(host.attributes.empty());  // also the second time: the reply is discarded
+        EXPECT_TRUE(host.attributes.empty());  // also the second time, since the reply is discarded
         EXPECT_EQ(host.flags, flags);
     }
 }
@@ -146,12 +146,12 @@ TEST_F(HostBridge, AQuestionWithoutAnAnswerCountsAsTheFirstButton) {
     kxUtils::call("showMainWarning", question, 0);  // no callback
     EXPECT_FALSE(getFromMessage(question, "button", answer));
     EXPECT_EQ(answer, 0);
-    kxUtils::init(callback);  // a host that shows no dialog
+    kxUtils::init(callback);  // a host that does not show dialogs
     kxUtils::call("showMainWarning", question, 0);
     EXPECT_FALSE(getFromMessage(question, "button", answer));
     EXPECT_EQ(answer, 0);
     EXPECT_EQ(err.text(), "");
-    question.set("button", std::string("2"), true);  // a reply of another type
+    question.set("button", std::string("2"), true);  // a reply of the wrong type
     EXPECT_FALSE(getFromMessage(question, "button", answer));
     EXPECT_EQ(answer, 0);
 }
@@ -183,7 +183,7 @@ TEST_F(HostBridge, TheLibrarysNoticeIsATextAlone) {
     const std::string file = dir.file("missing");
     kxUtils::init(callback);
     host.flags = 5;
-    host.answer = false;  // which nobody looks at
+    host.answer = false;  // nothing looks at it
     EXPECT_FALSE(kxFile::checkRead(file, /*ask=*/true, /*log=*/false));
     EXPECT_EQ(host.calls, 1);
     EXPECT_STREQ(host.request, "showMainWarning");
@@ -206,7 +206,7 @@ TEST(UtilsEnvironment, IsSetReplacedAndRemoved) {
     EXPECT_STREQ(getenv("KXTEST_A"), "");
     EXPECT_EQ(kxUtils::unsetenv("KXTEST_A"), 0);
     EXPECT_EQ(getenv("KXTEST_A"), nullptr);
-    EXPECT_EQ(kxUtils::unsetenv("KXTEST_A"), 0);  // was not set: no error
+    EXPECT_EQ(kxUtils::unsetenv("KXTEST_A"), 0);  // removing a variable that is not set is no error
 }
 
 TEST(UtilsEnvironment, NullIsRefusedAndChangesNothing) {
@@ -232,7 +232,7 @@ namespace {
 
 using Function = int (*)();
 
-/// Loaded while it lives.
+/// A library that is loaded during the object's lifetime.
 class Library {
 public:
     Library(const char* path, bool lazy) : handle(kxUtils::loadSharedLibrary(path, lazy)) {}
@@ -263,7 +263,7 @@ TEST_F(UtilsLibrary, IsLoadedResolvedAndUnloaded) {
         EXPECT_EQ(reinterpret_cast<Function>(symbol)(), 41);
         EXPECT_EQ(kxUtils::getLastError(), "");
         EXPECT_TRUE(kxUtils::unloadSharedLibrary(handle));
-        // Gone: nothing that is loaded has the symbol any more.
+        // It is gone: nothing that is loaded has the symbol any more.
         EXPECT_EQ(kxUtils::resolveSymbol(nullptr, "kxProvidedValue"), nullptr);
         kxUtils::getLastError();
     }
@@ -321,8 +321,7 @@ TEST_F(UtilsLibrary, AnAbsentSymbolIsNull) {
 TEST_F(UtilsLibrary, UnloadingTellsFailureFromSuccess) {
     EXPECT_FALSE(kxUtils::unloadSharedLibrary(nullptr));
     EXPECT_EQ(kxUtils::getLastError(), "");
-    // A library that this program is linked with stays loaded, so its handle may be closed once too
-    // often.
+    // A library that this program links stays loaded, so its handle may be closed once too often.
     void* const handle = kxUtils::loadSharedLibrary(KX_LIBRARY, /*lazy=*/true);
     ASSERT_NE(handle, nullptr) << kxUtils::getLastError();
     EXPECT_TRUE(kxUtils::unloadSharedLibrary(handle));
@@ -334,7 +333,8 @@ TEST_F(UtilsLibrary, UnloadingTellsFailureFromSuccess) {
 
 namespace {
 
-/// Programs in place of the platform's, alone on PATH, that record their name and arguments.
+/// Programs in place of the platform's, the only ones on PATH, which record their name and
+/// arguments.
 class UtilsBrowser : public testing::Test {
 protected:
     std::string install(const std::string& name) {
@@ -370,7 +370,7 @@ TEST_F(UtilsBrowser, IsTheDesktopsElsewhere) {
     EXPECT_EQ(opened("http://host/a?b=1"), "<xdg-open><http://host/a?b=1>");
 }
 
-// Whose children leave no status behind.
+// The children of such a process leave no status to wait for.
 TEST_F(UtilsBrowser, IsTheSameInAProcessThatIgnoresItsChildren) {
     auto* const old = std::signal(SIGCHLD, SIG_IGN);
     install("xdg-open");
@@ -380,7 +380,7 @@ TEST_F(UtilsBrowser, IsTheSameInAProcessThatIgnoresItsChildren) {
     std::signal(SIGCHLD, old);
 }
 
-// The parts of PATH in their order; an empty one is the working directory.
+// The entries of PATH are searched in order; an empty one is the working directory.
 TEST_F(UtilsBrowser, IsTheCommandThatTheShellRuns) {
     install("xdg-open");
     install("open");
@@ -424,7 +424,7 @@ TEST_F(UtilsBrowser, IsNotWhatCannotBeRun) {
     EXPECT_EQ(opened("three"), "<xdg-open><three>");
 }
 
-// As desktop distributions install it; the opener itself does not know "-a".
+// As installed by desktop distributions; the opener itself does not know "-a".
 TEST_F(UtilsBrowser, IsTheDesktopsWhereOpenIsOnlyAnotherNameOfAnOpener) {
     for (const std::string opener : {"xdg-open", "run-mailcap"}) {
         install("xdg-open");
@@ -444,7 +444,7 @@ TEST_F(UtilsBrowser, TheChoiceIsMadeAtEveryCall) {
     EXPECT_EQ(opened("two"), "<xdg-open><one><open><-a><Safari><two>");
 }
 
-// Deliberate: the caller passes a URL that is safe in a shell command.
+// Deliberate: the caller must pass a URL that is safe in a shell command.
 TEST_F(UtilsBrowser, TheUrlIsNotQuoted) {
     install("open");
     EXPECT_EQ(opened("one 'two three' $KXTEST_NONE; echo >shell"),

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Expands its argument in a process with a user database of its own: the effective user's home
-// directory is the variable PROBE_HOME (no entry if it is not set), and "ann" lives in "/ann".
-// A symbol of the executable precedes the C library's.
+// Expands its argument in a process with its own user database: the home directory of the effective
+// user is the variable PROBE_HOME (there is no entry if it is not set), and "ann" lives in "/ann".
+// A symbol of the executable takes precedence over the C library's.
 #include <pwd.h>
 #include <unistd.h>
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The test support's own tests: a helper that hides a failure would hide it in every test.
+// Tests of the test support itself: a helper that hides a failure would hide it in every test.
 #include "kxtest.h"
 
 #include <fcntl.h>
@@ -71,7 +71,7 @@ TEST(Home, IsATemporaryDirectory) {
     EXPECT_NE(std::string(getenv("HOME")).find("kxutils-test-folder."), std::string::npos);
 }
 
-// The lowest free number would not tell: a file that was closed may have left it free.
+// The lowest free number would not show this: a file closed meanwhile may have left it free.
 TEST(OpenDescriptors, ShowWhatIsLeftOpenBehindOneThatIsClosed) {
     const auto before = kxtest::openDescriptors();
     const int first = open("/dev/null", O_RDONLY | O_CLOEXEC);

@@ -102,7 +102,8 @@ TEST_F(Tool, VerifyReadsStandardInput) {
               "kxutils: -: Is a directory\n");
 }
 
-// The order of names in each directory; links to files count, links to directories do not.
+// In each directory, files come in the order of their names. Links to files count, links to
+// directories do not.
 TEST_F(Tool, VerifyWalksDirectories) {
     dir.write("tree/b/x.osb", stamped);
     dir.write("tree/b/new\nline", stamped);
@@ -161,7 +162,7 @@ TEST_F(Tool, VerifyKeepsTheOrderOfManyFilesOnManyThreads) {
     std::string lines;
     for (int i = 0; i < 300; ++i) {
         const std::string name = std::to_string(i * 7919 % 300);
-        // Large and small ones, so that later files are ready before earlier ones.
+        // Large and small files, so that later ones are finished before earlier ones.
         dir.write(name, i % 50 == 0 ? std::string(2000000, 'x') : i % 3 == 0 ? damaged : stamped);
         arguments.push_back(name);
         lines += (i % 50 == 0  ? "no checksum  "
@@ -238,7 +239,7 @@ TEST_F(Tool, StampNamesFilesThatItCannotUse) {
     EXPECT_FALSE(kxtest::exists(dir.file("missing")));
 }
 
-// A part of a footer would keep the file from ever being stamped.
+// A partial footer would keep the file from ever being stamped.
 TEST_F(Tool, StampLeavesNoPartOfAFooter) {
     const std::string bytes(1020, 'x');
     dir.write("f", bytes);

@@ -11,7 +11,7 @@
 
 namespace {
 
-// More than three blocks of what the program reads at once, and no whole one.
+// More than three of the blocks that the program reads, and not a whole number of them.
 std::string manyBytes() {
     std::string bytes;
     for (unsigned i = 0; bytes.size() < 300001; ++i) bytes += static_cast<char>(i * i >> 3 & 0xFF);
@@ -69,7 +69,7 @@ TEST_F(Tool, Base64RefusesTextThatTheLibraryWouldDropOrCut) {
     expectRun(runWith("Zm9vY", {"base64", "-d"}), 1, "foo", "kxutils: -: the text is cut off\n");
     expectRun(runWith("Zg==Zm9v", {"base64", "-d"}), 1, "",
               "kxutils: -: there is text behind the padding\n");
-    // The padding ends one block, the text behind it begins the next.
+    // The padding ends one block; the text after it begins the next.
     const std::string block = std::string(98300, 'A') + "Zg==";
     EXPECT_EQ(runWith(block, {"base64", "-d"}).exitCode, 0);
     EXPECT_EQ(runWith(block + "Zm9v", {"base64", "-d"}).exitCode, 1);
@@ -171,11 +171,11 @@ TEST_F(Tool, CrcCheckSaysWhatIsWrong) {
     EXPECT_EQ(run({"crc", "-c", "list", "a"}).exitCode, 2);
 }
 
-// What has no end ends the check, and memory does not grow with it.
+// A line without an end ends the check, and memory does not grow with it.
 TEST_F(Tool, CrcCheckEndsWithWhatIsNoList) {
     const std::string head = "kxutils: ", limits = "ulimit -v 2000000; ulimit -t 20; ";
     const std::string tooLong = "not a list of checksums: a line of 1 MiB or more\n";
-    const bool isLimited = !kxtest::underSanitizer();  // which take all addresses there are
+    const bool isLimited = !kxtest::underSanitizer();  // sanitizers take all addresses there are
     const auto check = [&](const std::string& command) {
         return shell((isLimited ? limits : "") + command);
     };
@@ -186,14 +186,14 @@ TEST_F(Tool, CrcCheckEndsWithWhatIsNoList) {
     dir.write("zero", std::string("E8B7BE43  a\0E8B7BE43  b\0", 24));
     expectRun(check("\"$K\" crc -c zero"), 3, "",
               head + "zero: a zero byte in a line: was the list written with -z?\n");
-    // Lines without an end, and none of them of a list.
+    // Lines without an end that do not belong to a list.
     std::string improper;
     for (int i = 1; i <= 100; ++i)
         improper += head + "-:" + std::to_string(i) + ": not a line of a checksum and a name\n";
     expectRun(check("yes | \"$K\" crc -c -"), 1, "",
               improper + head + "-: not a list of checksums\n");
     EXPECT_EQ(check("\"$K\" crc -z -c /dev/zero").exitCode, 1);
-    // With one line of a list all are looked at.
+    // If there is one line of a list, all lines are looked at.
     dir.write("a", "a");
     std::string list = "E8B7BE43  a\n";
     for (int i = 0; i < 200; ++i) list += "x\n";
@@ -230,7 +230,7 @@ TEST_F(Tool, ShaderPackWritesASourceUnit) {
         "const unsigned char __glass_fp[22] = {\n"
         "    0x12, 0x00, 0x00, 0x00, 0x";
     EXPECT_EQ(unit.out.substr(0, head.size()), head);
-    // The bytes of the unit are those of the block.
+    // The bytes in the unit are those of the block.
     const std::string block = run({"shader", "pack", "-"}).out;
     std::string bytes;
     for (std::size_t at = 0; (at = unit.out.find("0x", at)) != std::string::npos; at += 2)

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Preloaded into the command-line program: makes what cannot be arranged from outside happen at a
-// known moment. KXTEST_FAULT chooses.
+// Preloaded into the command-line program. At a known moment it causes faults that cannot be
+// arranged from outside. KXTEST_FAULT chooses the fault:
 //
 //     shrink   KXTEST_FILE is cut to half a block before the third reading call
 //     error    the second reading call fails with EIO
@@ -80,7 +80,7 @@ extern "C" size_t fread(void* buffer, size_t size, size_t count, std::FILE* file
     return original(&fread, "fread")(buffer, size, count, file);
 }
 
-// What calls of the two become where the compiler knows how large the buffer is.
+// The compiler replaces calls of the two by these where it knows the size of the buffer.
 extern "C" ssize_t __read_chk(int descriptor, void* buffer, size_t size, size_t /*room*/) {
     return read(descriptor, buffer, size);
 }

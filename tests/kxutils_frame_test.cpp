@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What all sub-commands share: help, arguments, streams, documents, exit codes.
+// What all sub-commands have in common: help, arguments, streams, documents, exit codes.
 #include <unistd.h>
 
 #include <algorithm>
@@ -52,7 +52,7 @@ TEST_F(Tool, EverySubCommandHasHelpWithAnExample) {
 
 namespace {
 
-// The first words of the indented lines of a help text: "-r,--recursive" gives two.
+// The first words of the indented lines of a help text; "-r,--recursive" gives two.
 std::vector<std::string> optionsOf(const std::string& help) {
     std::vector<std::string> options;
     std::istringstream lines(help.substr(help.find("\nOptions:\n")));
@@ -170,7 +170,7 @@ TEST_F(Tool, DocumentsHoldErrorsInPlaceOfMessages) {
     EXPECT_EQ(json["items"][2]["error"], "Is a directory");
 }
 
-// U+FFFD stands for what is not UTF-8; the bytes themselves are beside it.
+// U+FFFD stands for anything that is not UTF-8; the bytes themselves are beside it.
 TEST_F(Tool, DocumentsKeepNamesOfAnyBytes) {
     const auto json = document({"path", "dir", "d\xFF\n/\xC3\xA4", "\xC3\xA4"}, 0);
     EXPECT_EQ(json["items"][0]["name"], "d\xEF\xBF\xBD\n/\xC3\xA4");
@@ -221,7 +221,7 @@ TEST_F(Tool, AFileOfArgumentsThatCannotBeReadIsExitCode3) {
               "@missing: No such file or directory");
 }
 
-// Texts that an option parser may see a meaning in.
+// Texts that an option parser may take for something else.
 TEST_F(Tool, ArgumentsReachTheirSubCommandAsTheyAre) {
     const std::vector<std::string> texts = {"[a,b]", "[x]",  "[]",    "{}", "++", "%%",
                                             "",      "\x01", "\x01x", "-",  "/",  "name",
@@ -289,7 +289,7 @@ TEST_F(Tool, ClosedStandardStreamsAreExitCode3) {
     expectRun(shell("\"$K\" path name x >&-"), 3, "",
               "kxutils: standard output: Bad file descriptor\n");
     expectRun(shell("\"$K\" crc - <&-"), 3, "", "kxutils: -: Bad file descriptor\n");
-    // No message gets into a file that would have the number of standard error.
+    // No message gets into a file that happens to have the descriptor of standard error.
     dir.write("cut", "Zm9vY");
     dir.write("out", "old");
     EXPECT_EQ(shell("\"$K\" base64 -d cut -o out >&- 2>&-").exitCode, 1);

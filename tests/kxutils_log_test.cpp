@@ -57,7 +57,7 @@ TEST_F(Tool, LogKeepsLongLinesWhole) {
     const std::string text(300000, 'x');
     const auto outcome = runWith(text + "\ny\n", {"log"});
     EXPECT_TRUE(withoutStamps(outcome.out) == "STAMP INFO 100 " + text + "\nSTAMP INFO 100 y\n");
-    // Only what is longer than 1 MiB comes in pieces.
+    // Only texts longer than 1 MiB come in pieces.
     const std::size_t most = 1 << 20;
     EXPECT_TRUE(withoutStamps(runWith(std::string(most + 1, 'x') + "\ny", {"log"}).out) ==
                 "STAMP INFO 100 " + std::string(most, 'x') +
@@ -106,14 +106,14 @@ TEST_F(Tool, LogFilesThatCannotBeWrittenAreExitCode3) {
               "kxutils: Setting log file to 'a.log'.\nkxutils: -: Is a directory\n");
 }
 
-// The log itself loses such lines without a word.
+// The log itself loses such lines silently.
 TEST_F(Tool, LogNoticesALineThatIsLost) {
     options.input = std::string(1000, 'x') + '\n' + std::string(1000, 'y') + '\n';
     expectRun(shell("ulimit -f 2; \"$K\" log --file a.log"), 3, "",
               "kxutils: Setting log file to 'a.log'.\nkxutils: -: a line was not written\n");
 }
 
-// --- Files that are no logs ----------------------------------------------------------------------
+// --- Files that are not logs ---------------------------------------------------------------------
 
 namespace {
 
@@ -210,7 +210,7 @@ TEST_F(Tool, LogSaysWhichFileIsNoLog) {
     EXPECT_EQ(kxtest::slurp(dir.file("logs/f.~1~")), "mine");
 }
 
-// The library gives every log without a date the same name.
+// The library gives all logs without a date one and the same name.
 TEST_F(Tool, LogKeepsWhatStandsWhereUndatedLogsGo) {
     const std::string undated = "f00000-000000";
     options.input = "x\n";
@@ -224,7 +224,7 @@ TEST_F(Tool, LogKeepsWhatStandsWhereUndatedLogsGo) {
     EXPECT_EQ(exitCode("csv", "mine"), 3);
     EXPECT_EQ(exitCode("csv", header + "01.03.2017;14:05:09;INFO;100;old\n"), 3);
     EXPECT_EQ(exitCode("csv", header), 0);
-    EXPECT_EQ(exitCode("html", "mine"), 0);  // a new log moves none
+    EXPECT_EQ(exitCode("html", "mine"), 0);  // a new log does not move one
     EXPECT_EQ(exitCode("text", "mine"), 0);
     dir.write("f", "");
     EXPECT_EQ(exitCode("text", "mine"), 3);
@@ -262,7 +262,7 @@ TEST_F(Tool, LogRefusesAFileThatItCannotLookAt) {
     EXPECT_EQ(kxtest::slurp(dir.file("sub/f")), "mine");
 }
 
-// The log itself loses a head without a word, too.
+// The log itself loses a header silently, too.
 TEST_F(Tool, LogNoticesAHeadThatIsLost) {
     const auto withLimit = [&](rlim_t bytes, const char* format) {
         const kxtest::ScopedFileLimit limit(bytes);
@@ -276,7 +276,8 @@ TEST_F(Tool, LogNoticesAHeadThatIsLost) {
     }
     EXPECT_EQ(withLimit(1000, "html").exitCode, 0);
     std::filesystem::remove(dir.file("f"));
-    // The limit must not be that of what the test reads; it leaves no room for messages kept back.
+    // The limit must not apply to what the test reads, and it leaves no room for messages held
+    // back.
     for (const std::string format : {"html", "csv"}) {
         expectRun(
             shell("(ulimit -f 0; \"$K\" log --file f --format " + format + " 2>&1; echo $?) | cat"),
@@ -298,7 +299,7 @@ TEST_F(Tool, LogDocumentCountsTheLines) {
 
 namespace {
 
-// A picture of the font's colours, drawn with the library itself.
+// A picture in the font's colours, drawn with the library itself.
 std::string labelled(std::string pixels, std::size_t width, std::size_t height,
                      const std::string& text, unsigned colour) {
     std::string flipped;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Files that the command line writes: whole or not at all, where their name leads.
+// Files that the command line writes: as a whole or not at all, and to where their names lead.
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// A command that fails with the output half written.
+// A command that fails when half of the output has been written.
 struct Failing {
     const char* name;
     const char* command;
@@ -35,9 +35,9 @@ protected:
         return names;
     }
 
-    /// Feeds the program more than a pipe holds, so that it is at work when `command` runs.
+    /// Feeds the program more than a pipe can hold, so that it is working when `command` runs.
     kxtest::Outcome whileWriting(const std::string& command) {
-        // A last command might take the shell's place, without the pipe.
+        // Without the `:` at the end, a last command might replace the shell and lose the pipe.
         return shell("{ head -c 1000000 /dev/zero; " + command +
                      "; :; } | sh -c 'echo $$ >pid; exec \"$K\" base64 -o out'; echo $?");
     }
@@ -130,7 +130,7 @@ TEST_F(Output, AFileKeepsItsModeAndOwner) {
     EXPECT_EQ(infoOf(out).st_gid, 65533U);
 }
 
-// Nobody reads meanwhile what only the owner may read.
+// Meanwhile nobody else can read what only the owner may read.
 TEST_F(Output, APrivateFileIsPrivateFromTheStart) {
     chmod(dir.write("out", "old").c_str(), 0600);
     EXPECT_EQ(whileWriting("find . -name '.kx*' -perm /077 >seen; ls -A >all").out, "0\n");
@@ -167,7 +167,7 @@ TEST_F(Output, PipesAndDevicesAreWrittenInPlace) {
     EXPECT_EQ(kxtest::list(dir.path()), (std::vector<std::string>{"home", "pipe"}));
 }
 
-// Renamed files would not be what the descriptors lead to.
+// If the files were replaced by renaming, the descriptors would lead to the old ones.
 TEST_F(Output, OpenDescriptorsAreWrittenInPlace) {
     for (const std::string name : {"/dev/stdout", "/dev/fd/1", "/proc/self/fd/1"}) {
         if (!kxtest::exists(name)) continue;
@@ -210,7 +210,7 @@ TEST_F(Output, ASignalThatIsIgnoredStaysSo) {
     EXPECT_EQ(kxtest::slurp(dir.file("out")).size(), 1333337U);
 }
 
-// The number of an earlier process comes again.
+// A process may get the number of an earlier one.
 TEST_F(Output, WhatAKilledRunHasLeftIsNotTouched) {
     expectRun(shell("echo foo | sh -c 'echo $$ >pid; echo left >.kxutils-$$-1; exec \"$K\" base64 "
                     "-o out'; cat .kxutils-$(cat pid)-1 out"),

@@ -108,7 +108,7 @@ TEST_F(Tool, DirsShowsWhatExistsAndWhatDoesNot) {
                   "preferences  missing  " +
                   home + "/Library/Application Support/Pelloran/talo/\n",
               "");
-    EXPECT_TRUE(kxtest::list(home).empty());  // where the library itself would have created it
+    EXPECT_TRUE(kxtest::list(home).empty());  // the library itself would have created it there
 }
 
 TEST_F(Tool, DirsAgreesWithTheLibrary) {
@@ -211,7 +211,7 @@ TEST_F(Tool, CpuWritesALinePerValue) {
     EXPECT_EQ(outcome.out.substr(0, outcome.out.find('\n')), "SSE2" + std::string(28, ' ') + yes);
 }
 
-// One feature that every processor answers with no, and what the library says about the others.
+// Expects what the library says about each feature, one of which is a reserved bit.
 TEST_F(Tool, CpuHasAnswersByTheExitCode) {
     const kxCPUInfo& cpu = kxCPUInfo::getCPUInfo();
     expectRun(run({"cpu", "--has", "sse2"}), cpu.hasSSE2Support() ? 0 : 1, "", "");

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What shows on a terminal only, and faults that have to be made.
+// What is shown only on a terminal, and faults that have to be provoked.
 #include <fcntl.h>
 #include <pty.h>
 #include <unistd.h>
@@ -33,7 +33,7 @@ public:
 
     int descriptor() const { return _slave; }
 
-    // Waits until a text has been written; returns all up to then.
+    // Waits until a text has been written; returns everything up to there.
     std::string readUntil(const std::string& awaited) const {
         std::string text;
         char block[4096];
@@ -45,7 +45,7 @@ public:
         return text;
     }
 
-    // What has been written since; nothing can be written any more.
+    // What has been written since then; nothing more can be written.
     std::string text() {
         close(_slave);
         _slave = -1;
@@ -112,7 +112,7 @@ TEST_F(OnTerminal, MessagesFollowTheResultsBeforeThem) {
 
 namespace {
 
-// Names of one byte, all but "-", "." and "/", and others.
+// All names of one byte except "-", "." and "/", and some others.
 std::vector<std::string> nastyNames() {
     std::vector<std::string> names;
     for (int byte = 1; byte < 256; ++byte)
@@ -181,7 +181,7 @@ std::vector<std::string> nastyNames() {
 
 class NamesOnTerminal : public OnTerminal {
 protected:
-    // How the program shows the names of files, which it creates; without line ends.
+    // Creates files of these names and returns how the program shows the names, without line ends.
     std::vector<std::string> shown(const std::vector<std::string>& names) {
         std::vector<std::string> arguments = {"crc", "--"};
         for (const std::string& name : names) {
@@ -207,8 +207,8 @@ protected:
     }
 };
 
-// ls is asked for what it does by default on a terminal. Where a name has an apostrophe and ends
-// with an escape sequence, that of coreutils 9.1 writes another name.
+// ls is asked for its default form on a terminal. If a name has an apostrophe and ends with an
+// escape sequence, the ls of coreutils 9.1 writes a different name.
 TEST_F(NamesOnTerminal, AreQuotedAsLsDoes) {
     const std::string style = "--quoting-style=shell-escape";
     if (shell("ls -d " + style + " .").exitCode != 0) GTEST_SKIP() << "not the GNU ls";
@@ -307,11 +307,11 @@ TEST_F(OnTerminal, EveryNameInAMessageIsQuoted) {
                   "-: Couldn't create log file '" + inside + "'!\r\n" + head + "-: '" + inside +
                   "/f' is not a text log to go on with; --force moves it aside\r\n" + head + "'" +
                   inside + "/f' is now '" + inside + "/f.~1~'\r\n" + head +
-                  "Setting log file to 'x'$'\\n''y/f'.\r\n" +  // the library's, without colours
+                  "Setting log file to 'x'$'\\n''y/f'.\r\n" +  // by the library, without colours
                   head + "TALO_TMP_DIR = '" + dir.path() + "/t'$'\\n''t'\r\n");
 }
 
-// Each stream is asked by itself.
+// Each stream is examined separately.
 TEST_F(OnTerminal, NamesAreRawInPipes) {
     dir.write("a\nb", "123456789");
     options.err = terminal.descriptor();
@@ -328,7 +328,7 @@ TEST_F(OnTerminal, NamesAreRawInPipes) {
 
 // --- Progress ------------------------------------------------------------------------------------
 
-// The program waits for its input, which comes only after a look at the terminal.
+// The program waits for its input, which comes only after the test has looked at the terminal.
 TEST_F(OnTerminal, VerifyShowsProgressWhileItsThreadsWork) {
     int ends[2];
     ASSERT_EQ(pipe2(ends, O_CLOEXEC), 0);
@@ -362,7 +362,7 @@ protected:
     }
 };
 
-constexpr std::size_t block = 98304;  // what the program reads at once
+constexpr std::size_t block = 98304;  // the size that the program reads at once
 
 // The clock advances by 0.3 s at each look: one when the program starts, one for each block.
 TEST_F(Faults, ProgressShowsAfterHalfASecondOnATerminal) {
@@ -383,7 +383,7 @@ TEST_F(Faults, ProgressOfAPipeHasNoTimeLeft) {
     options.err = terminal.descriptor();
     environment["KXTEST_FAULT"] = "clock";
     environment.erase("LD_PRELOAD");
-    environment["FAULTS"] = KXTEST_FAULTS;  // for the program alone
+    environment["FAULTS"] = KXTEST_FAULTS;  // for this program only
     shell("cat f | LD_PRELOAD=\"$FAULTS\" \"$K\" base64 -o out");
     EXPECT_EQ(terminal.text(),
               "\r\033[K192.0 KiB, 320.0 KiB/s"
@@ -466,7 +466,7 @@ TEST_F(Faults, VerifyWorksWithTheThreadsThatItGets) {
         expectRun(runWithFault(fault, arguments), 1, lines, "");
 }
 
-// A file system across the network reports a full disk here.
+// A network file system reports a full disk here.
 TEST_F(Faults, AnOutputThatCannotBeClosedIsExitCode3) {
     dir.write("f", "foo");
     expectRun(runWithFault("close", {"base64", "f", "-o", "out"}), 3, "",

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Layouts and virtual operations that plug-ins are compiled against: none may ever move.
+// The layouts and virtual operations against which plug-ins are compiled: none may ever move.
 #include <dlfcn.h>
 #include <elf.h>
 #include <gtest/gtest.h>
@@ -45,8 +45,9 @@ constexpr std::size_t roundedUp(std::size_t offset, std::size_t alignment) {
     return (offset + alignment - 1) / alignment * alignment;
 }
 
-/// The virtual operations in the exported table of a class, two of which are its destructors; -1 if
-/// there is no such table. Before them stand the offset of the whole object and the type.
+/// The number of virtual operations in the exported table of a class, two of which are its
+/// destructors; -1 if there is no such table. The table begins with the offset of the whole object
+/// and the type.
 long virtualOperations(const char* mangledClass) {
     const void* const table = dlsym(RTLD_DEFAULT, (std::string("_ZTV") + mangledClass).c_str());
     Dl_info info{};
@@ -172,7 +173,7 @@ TEST(Layout, OutputBufferIsFileFlagCountAndMode) {
 }
 
 TEST(Layout, StreamsAddOnePointer) {
-    // The virtual base std::ios comes behind what a class has of its own.
+    // The virtual base std::ios comes after the class's own members.
     EXPECT_EQ(sizeof(cached_ifstream), sizeof(std::istream) + pointer);
     EXPECT_EQ(sizeof(cached_ofstream), sizeof(std::ostream) + pointer);
 }

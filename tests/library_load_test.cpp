@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What loading the library costs whoever starts with it. Time is for the benchmark; here stands
-// what does not depend on the machine.
+// What loading the library costs a program that starts with it. The benchmark measures the time;
+// these tests cover what does not depend on the machine.
 #include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <link.h>
@@ -15,7 +15,7 @@
 
 namespace {
 
-// The library's dynamic section, as it was linked. Tags that are missing count as 0.
+// The library's dynamic section as it was linked. Missing tags count as 0.
 std::map<long long, std::size_t> dynamicSection() {
     std::map<long long, std::size_t> values;
     void* const library = dlopen(KX_LIBRARY, RTLD_NOW);
@@ -42,10 +42,9 @@ TEST(LibraryLoad, RelocatesLittle) {
     EXPECT_LE(bytes / sizeof(ElfW(Rela)), 316U);
 }
 
-// One constructor is the C run-time library's, one the compiler's for __builtin_cpu_supports; the
-// others belong to the sources with strings or
-// containers among their static members (kxAnyConverter, kxFile, kxLog, kxPlatform) and to the one
-// that uses std::cout (kxUtils).
+// One constructor is the C run-time library's, one the compiler's for __builtin_cpu_supports. The
+// others belong to the sources that have strings or containers among their static members
+// (kxAnyConverter, kxFile, kxLog, kxPlatform) and to the source that uses std::cout (kxUtils).
 TEST(LibraryLoad, RunsFewConstructors) {
     if (kxtest::underSanitizer()) GTEST_SKIP() << "the sanitizer has constructors of its own";
     if (kxtest::countsCoverage()) GTEST_SKIP() << "one more makes the counts be written";

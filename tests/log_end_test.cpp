@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The log after it has left its static strings, which it does for good: each test starts by it, and
-// passes after the others too. What happens at the end of a process is seen by kxLog_end_test.
+// The log after it has left its static strings for good. Each test begins with that, and also
+// passes after the others. kxLog_end_test covers what happens at the end of a process.
 #include "detail/log/end.h"
 
 #include <gtest/gtest.h>
@@ -86,7 +86,7 @@ TEST_F(LogOffStatics, TakesNoPartOfANameThatIsTooLong) {
     kxLog::_log_file.clear();
 }
 
-// Which holds the log's mutex and may end the process.
+// The callback holds the log's mutex and may end the process.
 TEST_F(LogOffStatics, HappensInACallbackToo) {
     consoleOf([&] { kxLog::setLogFile(path.c_str()); });
     kxLog::setInfoCB([](const char*) { moveLogOffStatics(); });
@@ -100,7 +100,7 @@ std::promise<void> hangs, goesOn;
 
 }  // namespace
 
-// Which keeps the mutex; the copies are made without it, after a second.
+// The callback keeps the mutex; after a second the copies are made without it.
 TEST_F(LogOffStatics, HappensBesideACallbackThatHangs) {
     hangs = {};
     goesOn = {};

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What the log does with its file that is unsafe to try through the log itself: run by the
-// super-user, a mistake would move the system's devices.
+// What the log does with its file that is unsafe to test through the log itself: if the super-user
+// runs it, a mistake would move the system's devices.
 #include "detail/log/file.h"
 #include "detail/log/rotation.h"
 #include "detail/log/stamp.h"
@@ -32,7 +32,7 @@ std::string staleStamp(const std::string& path, bool isCsv) {
     return kx::detail::staleStamp(path.c_str(), isCsv, kx::detail::stampNow());
 }
 
-/// The stamp in a rotated file's name, read by the C library.
+/// The stamp for a rotated file's name, read by the C library.
 std::string stampReadByScanf(const std::string& path, bool isCsv) {
     std::FILE* const file = std::fopen(path.c_str(), "r");
     int year = 0, month = 0, day = 0, hour = 0, minute = 0, second = 0;
@@ -64,7 +64,7 @@ TEST(StaleStamp, OnlyARegularFileIsAnOldLog) {
     }
 }
 
-// Whoever reads the log at the other end of a pipe gets all of it.
+// A program that reads the log at the other end of a pipe gets all of it.
 TEST(StaleStamp, NeitherWaitsForTheOtherEndOfAPipeNorReadsFromIt) {
     const kxtest::TempDir dir;
     const std::string pipe = dir.file("pipe");
@@ -179,7 +179,7 @@ TEST(AppendToFile, FailsOnlyIfTheFileCannotBeOpened) {
     EXPECT_EQ(kxtest::slurp(dir.file("new")), "");
 }
 
-// A disk without room, as the limit on the size of files shows it.
+// A full disk, simulated with the limit on the size of files.
 TEST(AppendToFile, TakesThePartBackThatHadRoom) {
     const kxtest::TempDir dir;
     const std::string log = dir.write("log", "first\n");
@@ -194,9 +194,9 @@ TEST(AppendToFile, TakesThePartBackThatHadRoom) {
 
 namespace {
 
-int otherProcess = -1;  // the descriptor of one that has more room
+int otherProcess = -1;  // the descriptor of a process that has more room
 
-// The system calls this where a file has reached the limit.
+// The system calls this when a file has reached the limit.
 void appendAsOtherProcess(int /*signal*/) {
     rlimit limit{};
     getrlimit(RLIMIT_FSIZE, &limit);
@@ -229,13 +229,13 @@ class Pipe : public testing::Test {
 protected:
     Pipe() {
         EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
-        alarm(20);  // ends a program that waits for ever
+        alarm(20);  // ends a program that would wait for ever
     }
     ~Pipe() override { alarm(0); }
 
     int openReader() const { return open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC); }
 
-    /// As many bytes, as soon as they come.
+    /// Returns this many bytes, as soon as they arrive.
     static std::string readAll(int reader, std::size_t size) {
         std::string bytes;
         while (bytes.size() < size) {
@@ -246,7 +246,7 @@ protected:
         return bytes;
     }
 
-    /// Until the long text has begun to come: whoever writes it waits then, or soon.
+    /// Waits until the long text has begun to arrive; the writer is then waiting, or will be soon.
     static void waitForStart(int reader) {
         for (int filled = 0; filled < 4096;) ioctl(reader, FIONREAD, &filled);
     }
@@ -286,7 +286,7 @@ TEST_F(Pipe, WithoutReaderCannotBeOpened) {
 
 TEST_F(Pipe, WaitsForASlowReader) {
     const int reader = openReader();
-    // What is known of one path is not taken for true of the next.
+    // What is known about one path is not assumed of the next.
     EXPECT_TRUE(kx::detail::appendToFile(dir.file("file").c_str(), "x"));
     std::thread writer([&] { EXPECT_TRUE(kx::detail::appendToFile(path.c_str(), longText)); });
     waitForStart(reader);
@@ -323,7 +323,7 @@ TEST_F(Pipe, LeavesASignalThatWasPending) {
     writer.join();
 }
 
-// What a path leads to is asked once a second.
+// The system is asked once a second what a path leads to.
 TEST_F(Pipe, ThatTakesThePlaceOfAFileIsNoticed) {
     const std::string file = dir.write("file", "");
     EXPECT_TRUE(kx::detail::appendToFile(file.c_str(), "x"));

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The links in the project's Markdown files: each leads to a file or a folder of the project and,
-// where it names a heading, to one that is there.
+// The links in the project's Markdown files: each leads to a file or folder of the project and, if
+// it names a heading, to an existing one.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -21,7 +21,8 @@ namespace {
 namespace fs = std::filesystem;
 using Texts = std::vector<std::string>;
 
-// What is no code: a block's fences and content are left out, of code within a line its signs.
+// The text without code: leaves out the fences and content of code blocks, and the quotes of code
+// within a line.
 std::string proseOf(const std::string& markdown) {
     std::istringstream lines(markdown);
     std::string line, prose;
@@ -34,7 +35,7 @@ std::string proseOf(const std::string& markdown) {
     return std::regex_replace(prose, std::regex("`([^`\n\\[\\]]*)`|`[^`\n]*`"), "$1");
 }
 
-// The name by which links reach a heading on the usual hosts: small letters, digits, "-", "_".
+// The anchor of a heading on the usual hosts: lower-case letters, digits, "-", "_".
 std::string anchorOf(const std::string& heading) {
     std::string anchor;
     for (const char c : heading) {
@@ -51,7 +52,7 @@ Texts anchorsOf(const fs::path& file) {
     Texts anchors;
     const std::string prose = '\n' + proseOf(kxtest::slurp(file.string()));
     const std::regex heading("\n#+ ([^\n]*)");
-    std::map<std::string, int> seen;  // the hosts count headings of the same words
+    std::map<std::string, int> seen;  // hosts number headings with equal words
     for (std::sregex_iterator match(prose.begin(), prose.end(), heading), end; match != end;
          ++match) {
         const std::string anchor = anchorOf((*match)[1]);
@@ -71,11 +72,11 @@ bool leadsSomewhere(const fs::path& file, const std::string& link) {
 }
 
 struct Links {
-    std::size_t count = 0;  // of those that stay within the project
+    std::size_t count = 0;  // the links that stay within the project
     Texts dead;             // "file: link"
 };
 
-// Of all Markdown files below `root`, apart from folders that are built or hidden.
+// All Markdown files below `root`, except in built or hidden folders.
 Links linksBelow(const fs::path& root) {
     Links links;
     const std::regex link(R"(\]\(([^)\s]+)\))"), elsewhere("[a-z]+:.*");

@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 // The README: what its commands print, where its links lead, which classes and versions it names.
-// What takes a machine of its own is followed by tests/newcomer/check, the small project of "Use
-// it" by tests/consumer/check.
+// tests/newcomer/check follows the parts that need their own machine, tests/consumer/check the
+// small project in "Use it".
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -16,7 +16,7 @@ namespace {
 
 std::string readme() { return kxtest::slurp(KX_ROOT "/README.md"); }
 
-// What stands below "## `heading`", up to the next heading of that kind.
+// The text below "## `heading`", up to the next heading of that kind.
 std::string section(const std::string& heading) {
     const std::string text = readme() + "\n## ", title = "\n## " + heading + '\n';
     const std::size_t begin = text.find(title);
@@ -41,7 +41,7 @@ struct Step {
     std::string command, output;
 };
 
-// "$ " begins a command; what it prints follows.
+// "$ " begins a command; its output follows.
 std::vector<Step> steps(const std::string& heading) {
     std::vector<Step> found;
     for (const std::string& block : blocks(section(heading), "console")) {
@@ -138,7 +138,7 @@ TEST(Readme, HasARowForEachPublicHeader) {
     EXPECT_EQ(rows, headers);
 }
 
-// A link's text is a name that its header declares.
+// The text of a link is a name that the linked header declares.
 TEST(Readme, NamesOfClassesAreThoseOfTheHeaders) {
     const std::string table = section("Classes");
     const std::regex link(R"(\[`([^`]+)`\]\(([^)]+\.h)\))");
@@ -172,7 +172,7 @@ TEST(Readme, MaintainersAreReachedInOneWay) {
     }
 }
 
-// No thread can be started without it.
+// Without it no thread can be started.
 TEST(Readme, LibraryStartsNoThreads) {
     EXPECT_EQ(kxtest::slurp(KX_LIBRARY).find("pthread_create"), std::string::npos);
 }

@@ -1,8 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Preloaded into the example host: one call fails, as KXTEST_FAULT says with "FUNCTION NUMBER",
-// where the first call has the number 1. KXTEST_REACHED, a path, is created when that happens.
+// Preloaded into the example host. It makes one call fail, chosen by KXTEST_FAULT as "FUNCTION
+// NUMBER", where the first call has the number 1. KXTEST_REACHED is a path that is created when
+// that happens.
 //
 //     append                            fails with ENOSPC: write() to a log
 //     close pread pwrite rename write   fail with ENOSPC; close() has done its work, and calls for
@@ -25,7 +26,7 @@
 
 namespace {
 
-// Nothing here may allocate: it is operator new that calls.
+// Nothing here may allocate, since operator new is among the callers.
 bool mustFail(const char* function) {
     static int calls = 0;
     const char* const fault = std::getenv("KXTEST_FAULT");

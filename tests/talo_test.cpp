@@ -24,7 +24,7 @@ namespace {
 const std::string root = std::filesystem::canonical(KXTEST_TALO_ROOT).string();
 const std::string talo = root + "/bin/MAC/talo";
 
-// Runs talo with a home directory of its own.
+// Runs talo with its own home directory.
 class Talo : public testing::Test {
 protected:
     kxtest::TempDir dir;
@@ -38,7 +38,7 @@ protected:
         return kxtest::run(arguments, environment, options);
     }
 
-    // Runs a command of the shell in which "$T" is the program.
+    // Runs a shell command in which "$T" is the program.
     kxtest::Outcome shell(const std::string& command) {
         auto variables = environment;
         variables["T"] = talo;
@@ -65,7 +65,7 @@ std::string hex(std::uint32_t value) {
     return digits;
 }
 
-// The checksum of a copy, and that of the copy after one byte of it was damaged.
+// The checksum of a copy, and the checksum after one byte of the copy has been damaged.
 std::string findings(std::string content) {
     std::string text = "  checksum   " + hex(reference::crc32Bitwise(content)) + "\n";
     if (content.empty()) return text;
@@ -137,7 +137,7 @@ TEST_F(Talo, StartsThroughASymbolicLink) {
     const auto outcome = run({}, link);
     EXPECT_EQ(outcome.out, started(tmp) + installedReport() + allWell);
     EXPECT_EQ(outcome.exitCode, 0);
-    if (!kxtest::underValgrind()) {  // which hides the link
+    if (!kxtest::underValgrind()) {  // Valgrind hides the link
         EXPECT_TRUE(kxtest::exists(dir.file("home/Library/Application Support/Pelloran/link")));
     }
 }
@@ -198,7 +198,7 @@ TEST_F(Talo, RejectsWrongUsage) {
 TEST_F(Talo, PresentsItsIdentity) {
     const auto outcome = run({"--full-name", "Talo Pro", "--year", "2018", "--dpi", "150"});
     EXPECT_EQ(outcome.out.substr(0, outcome.out.find('\n')), "Best Matching DPI: 144");
-    // The version name ends in a blank when it has a year.
+    // The version name ends in a blank if it has a year.
     EXPECT_NE(outcome.out.find("\nTalo Pro 2018 , installed in"), std::string::npos);
 }
 
@@ -264,7 +264,7 @@ TEST_F(TaloCopy, RefusesToCopyAFileOntoItself) {
 }
 
 TEST_F(TaloCopy, FailsWhereNothingCanBeWritten) {
-    dir.makeDir("out/scene.osb");  // a directory stands in the file's place
+    dir.makeDir("out/scene.osb");  // a directory in place of the file
     EXPECT_EQ(copy({"--answer", "yes"}).exitCode, 1);
     const auto below = run({source, "--copy-to", source + "/sub"});
     EXPECT_EQ(below.err, red("Couldn't create '" + source + "/sub': Not a directory"));
@@ -293,7 +293,7 @@ TEST_F(TaloCopy, GivesTheCopyTheSamePermissions) {
     EXPECT_EQ(std::filesystem::status(target).permissions(), std::filesystem::perms{0640});
 }
 
-// What nobody has seen nobody has answered.
+// A question that was not shown has not been answered.
 TEST_F(TaloCopy, KeepsTheFileWhereTheQuestionCannotBeShown) {
     makeOldCopy();
     options.input = "\n";
@@ -375,14 +375,14 @@ TEST_F(Talo, FailsWhereTheTemporaryDirectoryCannotBeWritten) {
     EXPECT_EQ(outcome.exitCode, 1);
 }
 
-// Large enough to go through the streams, in several blocks and a rest.
+// Large enough to go through the streams, in several whole blocks and a part.
 TEST_F(TaloCopy, CopiesLargeFilesAndKeepsProgressOffAFile) {
     std::string content(9000001, '\0');
     for (std::size_t i = 0; i < content.size(); ++i) content[i] = static_cast<char>(i * i >> 7);
     dir.write("in/scene.osb", content);
     const auto outcome = copy();
     EXPECT_NE(outcome.out.find("  size       9,000,001\n"), std::string::npos);
-    EXPECT_EQ(outcome.err, "");  // no terminal, no progress
+    EXPECT_EQ(outcome.err, "");  // without a terminal there is no progress
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_TRUE(kxtest::slurp(target) == content);
 }
@@ -409,7 +409,7 @@ TEST_F(TaloCopy, ShowsProgressOnATerminalAndWipesIt) {
     EXPECT_NE(screen.find("\r100%\r    \r"), std::string::npos) << screen;
 }
 
-// Columns 0 and 6 of the picture: "T" has ink in its top left corner, "." has none there.
+// Columns 0 and 6 of the picture: "T" has ink in its top left corner, "." does not.
 TEST_F(Talo, DrawsItsBanner) {
     const std::string file = dir.file("banner.ppm");
     EXPECT_EQ(run({"--full-name", "T.", "--banner", file}).exitCode, 0);
@@ -435,7 +435,7 @@ TEST_F(Talo, FailsWhereTheBannerCannotBeWritten) {
     }
 }
 
-// A device, or where a link leads to, is written to; a file is replaced, with its permissions.
+// A device, or the target of a link, is written to; a file is replaced and keeps its permissions.
 TEST_F(Talo, WritesItsBannerToWhatIsThere) {
     const std::string file = dir.write("banner.ppm", "old"), link = dir.file("link");
     ASSERT_EQ(chmod(file.c_str(), 0640), 0);
@@ -465,7 +465,7 @@ bool setMode(const std::string& path, mode_t mode) { return chmod(path.c_str(), 
 
 }  // namespace
 
-// Whoever can write to the shared directory can put links there under names that may come.
+// Anybody who can write to the shared directory can put links there under names that may be used.
 TEST_F(Talo, FollowsNoLinkInTheTemporaryDirectory) {
     environment["FILE"] = dir.write("file.txt", "secret");
     environment["VICTIM"] = dir.makeDir("victim");
@@ -479,7 +479,7 @@ TEST_F(Talo, FollowsNoLinkInTheTemporaryDirectory) {
     EXPECT_EQ(kxtest::list(tmp).size(), 9U);  // the links
 }
 
-// The same for the directory that copies go to.
+// As above, for the directory of the copies.
 TEST_F(Talo, FollowsNoLinkBesideACopy) {
     environment["FILE"] = dir.write("file.txt", "secret");
     environment["VICTIM"] = dir.makeDir("victim");
@@ -493,7 +493,7 @@ TEST_F(Talo, FollowsNoLinkBesideACopy) {
     EXPECT_EQ(kxtest::slurp(dir.file("out/file.txt")), "secret");
 }
 
-// In a directory that is not sticky others could exchange ours for one of theirs.
+// In a directory that is not sticky, others could replace our directory by one of theirs.
 TEST_F(Talo, WorksInTheSystemsTemporaryDirectoryWhereTheSharedOneIsOpenToAll) {
     dir.makeDir("tmp");
     ASSERT_TRUE(setMode(tmp, 0777));
@@ -523,7 +523,7 @@ TEST_F(Talo, WorksInTheSystemsTemporaryDirectoryWhereTheSharedOneIsSomebodyElses
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
-// Started by its name alone, as the shell finds it in PATH.
+// Started by its bare name, which the shell finds in PATH.
 class TaloByName : public Talo {
 protected:
     void SetUp() override {
@@ -552,7 +552,7 @@ TEST_F(TaloByName, RefusesTheInstallationWhereOthersCanWrite) {
                           place + "' was found from there. Start talo by its full path"));
             EXPECT_EQ(outcome.out, "");
             EXPECT_EQ(outcome.exitCode, 1);
-            EXPECT_EQ(run({}).exitCode, 0);  // by its full path
+            EXPECT_EQ(run({}).exitCode, 0);  // started by its full path
         }
         ASSERT_TRUE(setMode(dir.file(path), 0755));
     }
@@ -583,7 +583,7 @@ TEST_F(Talo, FailsOutsideAnInstallation) {
     EXPECT_EQ(outcome.exitCode, 1);
 }
 
-// --- Files that are none -------------------------------------------------------------------------
+// --- Things that are not files -------------------------------------------------------------------
 
 TEST_F(Talo, ReportsPipesAndDevicesWithoutReadingThem) {
     const std::string folder = dir.makeDir("in"), pipe = folder + "/pipe", zero = folder + "/zero";
@@ -598,7 +598,7 @@ TEST_F(Talo, ReportsPipesAndDevicesWithoutReadingThem) {
     EXPECT_EQ(kxtest::list(dir.file("out")), std::vector<std::string>{"file.txt"});
 }
 
-// It says that it is empty.
+// The system says that this file is empty.
 TEST_F(Talo, TakesNoPartForTheWhole) {
     const std::string file = "/proc/version";
     if (!kxtest::exists(file)) GTEST_SKIP() << "no " << file;
@@ -609,7 +609,7 @@ TEST_F(Talo, TakesNoPartForTheWhole) {
     EXPECT_EQ(kxtest::list(dir.file("out")), std::vector<std::string>());
 }
 
-// Nothing is mapped at address 0: a regular file that can be opened, and not read.
+// Nothing is mapped at address 0, so this is a regular file that can be opened but not read.
 TEST_F(Talo, FailsWhereAFileCannotBeRead) {
     const std::string file = "/proc/self/mem";
     if (!kxtest::exists(file)) GTEST_SKIP() << "no " << file;
@@ -655,7 +655,7 @@ TEST_F(Talo, FailsWhereItsOutputIsClosed) {
     const auto outcome = shell("exec $T --copy-to $OUT $FILE <&- >&-");
     EXPECT_EQ(outcome.err, "talo: standard output could not be written\n");
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_EQ(kxtest::slurp(dir.file("out/file.txt")), "content");  // and nothing of the output
+    EXPECT_EQ(kxtest::slurp(dir.file("out/file.txt")), "content");  // and nothing of the new output
     EXPECT_EQ(shell("exec $T $FILE 2>&-").exitCode, 0);
 }
 
@@ -705,7 +705,7 @@ TEST_F(Talo, NoticesAFullDisk) {
     EXPECT_EQ(kxtest::list(tmp), std::vector<std::string>());
 }
 
-// The calls of one function fail, one after the other: each failure is noticed.
+// The calls of one function fail, one after another, and each failure is noticed.
 class TaloFaults : public TaloCopy {
 protected:
     void SetUp() override {
@@ -716,7 +716,7 @@ protected:
         makeOldCopy();
     }
 
-    // False if the program does not make so many calls.
+    // Returns false if the program does not make that many calls.
     bool fails(const std::string& function, int number, const std::vector<std::string>& more = {}) {
         std::filesystem::remove(reached);
         environment["KXTEST_FAULT"] = function + ' ' + std::to_string(number);
@@ -725,7 +725,7 @@ protected:
         return kxtest::exists(reached);
     }
 
-    // What the program does about it. `isWritten`: a failure may leave the new content.
+    // Makes each call fail in turn. If `isWritten`, a failure may leave the new content.
     int failEach(const std::string& function, int step = 0) {
         int number = 1;
         for (; fails(function, number, {"--answer", "yes"}); number += 1 + number * step / 16) {
@@ -743,7 +743,8 @@ protected:
 };
 
 TEST_F(TaloFaults, AreNoticedWhileCopying) {
-    // Twice the content, and the damaged byte; pread() also looks for what should not be there.
+    // The content is written twice, and so is the damaged byte; pread() also looks for what should
+    // not be there.
     EXPECT_EQ(failEach("write"), 2);
     EXPECT_EQ(failEach("pread"), 5);
     EXPECT_EQ(failEach("pwrite"), 1);
@@ -752,7 +753,7 @@ TEST_F(TaloFaults, AreNoticedWhileCopying) {
     EXPECT_EQ(kxtest::list(tmp), std::vector<std::string>());
 }
 
-// Where only the source, which was read, cannot be closed nothing is lost.
+// If only the source, which has been read, cannot be closed, nothing is lost.
 TEST_F(TaloFaults, AreNoticedWhileClosing) {
     for (int number = 1; number < 4; ++number) {
         makeOldCopy();
@@ -774,7 +775,7 @@ TEST_F(TaloFaults, AreNoticedWhileRemoving) {
     EXPECT_EQ(outcome.exitCode, 0);
 }
 
-// For as long as it is there, the copy is for its owner only.
+// At no time can anybody but its owner read the copy.
 TEST_F(TaloFaults, LeaveNothingThatOthersCanRead) {
     dir.makeDir("tmp");
     ASSERT_TRUE(setMode(tmp, 0755));
@@ -788,7 +789,7 @@ TEST_F(TaloFaults, LeaveNothingThatOthersCanRead) {
     EXPECT_EQ(modeOf(tmp + '/' + left[0] + '/' + files[0]), "600");
 }
 
-// Where it cannot look whether a file is there it must not take that for an answer.
+// If it cannot find out whether a file is there, it must not take that for an answer.
 TEST_F(TaloFaults, NeverOverwriteWithoutAnAnswer) {
     int number = 1;
     for (; fails("stat", number, {"--answer", "no"}); ++number)
@@ -808,7 +809,7 @@ TEST_F(TaloFaults, LeaveTheBannerAsItWas) {
     }
 }
 
-// The library does not say that it has lost a line.
+// The library does not report that it has lost a line.
 TEST_F(TaloFaults, OfTheLogAreNoticed) {
     for (const char* format : {"text", "html", "csv"}) {
         const std::string log = dir.file(format);

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What the headers allow any thread to call, called by eight threads at the same time, the first
-// call included: results are right, and ThreadSanitizer, where the tests are built with it, stays
-// silent. (The log has tests of its own.)
+// What the headers allow any thread to call is called by eight threads at once, including the first
+// call. The results must be right, and ThreadSanitizer, if the tests are built with it, must stay
+// silent. (The log has its own tests.)
 #include <gtest/gtest.h>
 
 #include <array>
@@ -141,7 +141,7 @@ TEST(AnyThread, HtmlText) {
     together([](int) { EXPECT_EQ(kxLog::convertToHtml("a<b>\n"), "a&#60;b&#62;"); });
 }
 
-// --- State that is made once, or only read -------------------------------------------------------
+// --- State that is made once or only read --------------------------------------------------------
 
 TEST(AnyThread, FileInstance) {
     std::array<kxFile*, threadCount> seen{};
@@ -203,7 +203,7 @@ TEST(AnyThread, RequestsToTheHost) {
     kxUtils::init(nullptr);
 }
 
-// --- One object a thread -------------------------------------------------------------------------
+// --- One object per thread -----------------------------------------------------------------------
 
 TEST(OneThreadAtATime, Ciphers) {
     const kxCrypt original({'K', 'e', 'y'});

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 
 # kx_debian_cross(ARCHITECTURE PROCESSOR): builds with Debian's cross compiler for another architecture
-# and runs the programs with QEMU. What scripts/sysroot has fetched is all that packages are looked up in.
+# and runs the programs with QEMU. Packages are looked up only in what scripts/sysroot has fetched.
 macro(kx_debian_cross ARCHITECTURE PROCESSOR)
   set(CMAKE_SYSTEM_NAME Linux)
   set(CMAKE_SYSTEM_PROCESSOR ${PROCESSOR})

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// A host that loads a plug-in. Both link the same libkxUtils, so there is one log: what the plug-in
-// says arrives at the host's callback.
+// A host that loads a plug-in. Both link the same libkxUtils, so there is a single log: a message
+// of the plug-in arrives at the host's callback.
 //
 //     shared_log_host PLUG-IN
 #include <iostream>

@@ -6,6 +6,6 @@
 
 #include <string>
 
-/// Writes `text` as a binary PPM picture, three times as large as the font. False if the file
-/// cannot be written completely.
+/// Writes `text` as a binary PPM picture, three times as large as the font. Returns false if the
+/// file cannot be written completely.
 bool writeBanner(const std::string& path, const std::string& text);

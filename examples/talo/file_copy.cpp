@@ -19,7 +19,7 @@ namespace {
 constexpr std::uint64_t largeSize = 8U << 20;
 constexpr std::size_t blockSize = 1U << 20;
 
-// One line on the terminal, written again at each percent and wiped at the end.
+// One line on the terminal, written anew at each percent and erased at the end.
 class Progress {
 public:
     explicit Progress(std::uint64_t total)
@@ -41,10 +41,10 @@ public:
 private:
     std::uint64_t _total;
     bool _isShown;
-    unsigned _percent = 101;  // none that is ever shown
+    unsigned _percent = 101;  // a value that is never shown
 };
 
-// As pread(2), but goes on after a signal. Fewer bytes than asked for may come back.
+// Like pread(2), but continues after a signal. It may return fewer bytes than asked for.
 ssize_t readAt(const OpenFile& file, char* block, std::size_t size, std::uint64_t position) {
     ssize_t n = 0;
     do {
@@ -56,8 +56,8 @@ ssize_t readAt(const OpenFile& file, char* block, std::size_t size, std::uint64_
 }  // namespace
 
 bool copyContent(const SourceFile& source, OpenFile& copy, std::uint32_t& checksum) {
-    // One byte more than there should be: a file that grows without end, or whose size the system
-    // does not tell, must not pass for a complete one.
+    // One byte more than there should be: a file that grows without end, or has a size that the
+    // system does not tell, must not pass for a complete one.
     const std::uint64_t limit = source.size + 1;
     std::vector<char> block(static_cast<std::size_t>(std::min<std::uint64_t>(limit, blockSize)));
     Progress progress(source.size);

@@ -29,7 +29,7 @@ bool damageByte(const std::string& path, std::uint64_t position) {
 }
 
 // Prints the checksum of the copy's content as a row of the report. checkChecksum() would say that
-// a file is fine also where it cannot be read: whoever must know asks findChecksum().
+// a file is fine even if it cannot be read; findChecksum() tells the difference.
 bool verify(const std::string& copy, State expected, const char* title) {
     const kxFile::ChecksumInfo found = kxFile::findChecksum(copy);
     if (found.error != 0) {
@@ -49,10 +49,10 @@ bool copyAndVerify(const SourceFile& source, const std::string& copy) {
     if (!file) return fail("Couldn't create '" + copy + "'");
     if (!copyContent(source, file, checksum)) return false;
     if (!file.close()) return fail("Couldn't write '" + copy + "'");
-    // The checksum of what was read: that the copy matches it shows that all has arrived.
+    // The checksum of what was read. If the copy matches it, everything has arrived.
     if (!kxFile::appendChecksum(copy, checksum)) return fail("Couldn't stamp '" + copy + "'");
     if (!verify(copy, State::correct, "checksum   ")) return false;
-    if (source.size == 0) return true;  // nothing to damage
+    if (source.size == 0) return true;  // there is nothing to damage
     if (!damageByte(copy, source.size / 2)) return fail("Couldn't change '" + copy + "'");
     return verify(copy, State::incorrect, "damaged    ");
 }
@@ -61,7 +61,7 @@ bool copyAndVerify(const SourceFile& source, const std::string& copy) {
 
 bool tryChecksum(const SourceFile& source, const std::string& directory) {
     const std::string copy = directory + '/' + kxFile::getTmpName(directory, "copy");
-    kxFile::addTmpFile(copy);  // so that it goes at the end, whatever happens
+    kxFile::addTmpFile(copy);  // removed at the end, whatever happens
     const bool isAsItShould = copyAndVerify(source, copy);
     return (kxFile::remove(copy) || fail("Couldn't remove '" + copy + "'")) && isAsItShould;
 }

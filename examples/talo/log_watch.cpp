@@ -12,7 +12,7 @@
 
 namespace {
 
-// 0 if there is no log file, or nobody can tell.
+// Returns 0 if there is no log file, or if its number cannot be found out.
 ino_t logFileNumber() {
     struct stat info {};
     const char* const path = kxLog::getLogFile();
@@ -33,12 +33,12 @@ bool LogWatch::isComplete() const {
     std::string content;
     if (file == 0 || !kxFile::read(kxLog::getLogFile(), content)) return false;
     if (_file != 0 && file != _file) return true;
-    // What the format begins with is no line.
+    // The header of the format is not a line.
     const std::string_view head = kxLog::_log_format == 2   ? "<head>"
                                   : kxLog::_log_format == 3 ? "Date;"
                                                             : "";
     if (content.compare(0, head.size(), head) != 0) return false;
-    // In their order, but others may log into the same file.
+    // They are looked for in order, but other lines may stand between them.
     std::size_t at = 0;
     for (std::size_t begin = 0, end = 0; begin < _lines.size(); begin = end) {
         end = _lines.find('\n', begin) + 1;

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// talo: a host application without a window, to read when you write one of your own.
+// talo: a host application without a window, to be read by those who write their own.
 //
-// It starts from an installation layout, tells the library who it is, answers the library's
-// questions on the terminal, and reports on files. It exits with 0 when all went well, 1 when
-// anything failed, 2 on wrong usage.
+// It starts from an installation layout, tells the library what application it is, answers the
+// library's questions on the terminal, and reports on files. It exits with 0 if all went well, 1 if
+// anything failed, and 2 on wrong usage.
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -58,9 +58,9 @@ void describeProcessor() {
     kxLog::info("Processor:%s", features.c_str());
 }
 
-// Started by its name alone, a program does not know where it lies: the library then looks for the
-// installation around the working directory. There another user may have prepared one, with data
-// and plug-ins of theirs.
+// A program that is started by its bare name does not know where it is installed. The library then
+// looks for the installation around the working directory, where another user may have prepared
+// one, with their own data and plug-ins.
 bool isRootTrusted(const char* program) {
     std::error_code error;
     const bool isFoundFromHere =
@@ -79,8 +79,8 @@ bool isRootTrusted(const char* program) {
 }
 
 // Everything that a host sets up before it works. The order matters: the log file's place depends
-// on the application's name, its head on the format, the version name on the full name and year.
-// False if the log file that was asked for cannot be written.
+// on the application's name, its header on the format, and the version name on the full name and
+// the year. Returns false if the requested log file cannot be written.
 bool startUp(const Options& options) {
     installTerminalHost(options.answer);
     kxPlatform::setFullAppName(options.fullName.c_str());
@@ -90,13 +90,14 @@ bool startUp(const Options& options) {
         kxLog::setLogFormat(logFormatCode(options.logFormat));
         kxLog::setLogFile(options.logFile.c_str());
     }
-    // Everything a user may have typed is data: it goes behind a "%s", never into the format.
+    // Everything that a user may have typed is data: it is passed for a "%s", never as part of the
+    // format.
     kxLog::info("%s, installed in %s", kxPlatform::getAppVersionName(), kxPlatform::getBaseDir());
     describeProcessor();
     return options.logFile.empty() || kxLog::getLogFile();
 }
 
-// The formats this host knows. Registered and asked for with the dot, in lower case.
+// The formats that this host knows. They are registered and looked up with the dot, in lower case.
 kxFileExtension knownFormats() {
     kxFileExtension formats;
     formats.addFormat("Mesh", {".obj", ".stl"});
@@ -106,9 +107,9 @@ kxFileExtension knownFormats() {
     return formats;
 }
 
-// The path in full, so that it can be shown relative to the installation; "", with an error in the
-// log, if it cannot be told. Below a working directory that is too long for the library the path
-// stays as it is: relative, it leads there all the same.
+// The full path, so that it can be shown relative to the installation. Returns "", with an error in
+// the log, if it cannot be found. If the path of the working directory is too long for the library,
+// the path is returned unchanged, since as a relative one it leads to the same place.
 std::string absolutePath(const std::string& path) {
     std::string expanded = kxFile::expandFilename(path);  // "~/x" and "$DIR/x"
     if (expanded.empty()) kxLog::error("An empty path leads nowhere");
@@ -122,7 +123,8 @@ std::string absolutePath(const std::string& path) {
     return absolute.empty() ? expanded : absolute;
 }
 
-// What a link leads to counts. False, with an error in the log, if it cannot be told.
+// A link counts as what it leads to. Returns false, with an error in the log, if that cannot be
+// found out.
 bool isDirectory(const std::filesystem::path& path, bool& answer) {
     std::error_code error;
     const std::filesystem::file_status status = std::filesystem::status(path, error);
@@ -132,8 +134,8 @@ bool isDirectory(const std::filesystem::path& path, bool& answer) {
     return false;
 }
 
-// Appends the file itself, or all files below a directory, sorted. False if a directory cannot be
-// read.
+// Appends the file itself, or all files below a directory, sorted. Returns false if a directory
+// cannot be read.
 bool listFiles(const std::string& path, std::vector<std::string>& files) {
     bool isThere = false, isComplete = true;
     if (!isDirectory(path, isThere)) return false;
@@ -163,16 +165,17 @@ void explain(const SourceFile& source) {
     if (!source.isRegular) {
         kxLog::error("'%s' is not a regular file", source.path.c_str());
     } else if (kxFile::checkRead(source.path, /*ask=*/false, /*log=*/true)) {
-        errno = source.error;  // by now it could be opened
+        errno = source.error;  // by now it might open
         fail("Couldn't open '" + source.path + "'");
     }
 }
 
-// Reports on one file; false if it cannot be read.
+// Reports on one file. Returns false if it cannot be read.
 bool report(const SourceFile& source, const kxFileExtension& formats) {
     const bool isReadable = static_cast<bool>(source.file);
     if (!isReadable) explain(source);
-    // The extension of the name, not of the path: a dot in a directory's name would count too.
+    // The extension of the name and not of the path, where a dot in a directory's name would count
+    // too.
     const std::string name = kxFile::getFileName(source.path);
     const std::string extension = kxFile::getExtension(name);
     const std::string format = formats.getName('.' + extension);
@@ -193,8 +196,8 @@ bool isSameFile(const std::string& a, const std::string& b) {
     return std::filesystem::equivalent(a, b, ignored);
 }
 
-// Whether nothing is at a path, or only a link that leads nowhere. False if that cannot be told, or
-// if it is something that a copy cannot replace.
+// Sets `isFree` to whether there is nothing at a path, or only a dangling link. Returns false if
+// that cannot be found out, or if there is something that a copy cannot replace.
 bool look(const std::string& path, bool& isFree) {
     struct stat info {};
     isFree = stat(path.c_str(), &info) != 0;
@@ -205,7 +208,8 @@ bool look(const std::string& path, bool& isFree) {
     return !isFree || errno == ENOENT;
 }
 
-// Copies one file, asking before it overwrites another. A file that the user keeps is no failure.
+// Copies one file and asks before it overwrites another. If the user keeps a file, that is no
+// failure.
 bool copyTo(const std::string& directory, const SourceFile& source) {
     const std::string target = directory + '/' + kxFile::getFileName(source.path);
     if (isSameFile(source.path, target)) {
@@ -214,15 +218,16 @@ bool copyTo(const std::string& directory, const SourceFile& source) {
     }
     bool isFree = false;
     if (!look(target, isFree)) return fail("Couldn't copy to '" + target + "'");
-    // Where nothing is, checkWrite() would create a file to find out, also where a link leads to:
-    // copyFile() finds out by itself, and follows no link.
+    // If nothing is there, checkWrite() would create a file to find out, even at the target of a
+    // link. copyFile() finds out by itself and follows no link.
     if (!isFree) {
-        // A refusal and a file that cannot be written both answer false; only the latter is logged.
+        // Both a refusal and a file that cannot be written make the answer false; only the latter
+        // is logged.
         kxLog::clearLastError();
         const int before = answeredQuestions();
         const bool mayWrite = kxFile::checkWrite(target, /*ask=*/true, /*log=*/true);
         const bool isAnswered = answeredQuestions() > before;
-        if (mayWrite && !isAnswered)  // it could not look at the file, and so did not ask
+        if (mayWrite && !isAnswered)  // it could not look at the file, so it did not ask
             kxLog::error("'%s' may be there already", target.c_str());
         if (!mayWrite || !isAnswered) {
             std::cout << "  copied     no\n";
@@ -242,14 +247,14 @@ bool work(const std::string& path, const kxFileExtension& formats, const Options
 }
 
 // Whether all of standard output has arrived. The library prints through stdio, and so does
-// std::cout: what has failed at any time shows here.
+// std::cout, so a failure at any time is noticed here.
 bool isOutputWritten() {
     std::cout.flush();
     return std::fflush(stdout) == 0 && std::ferror(stdout) == 0 && std::cout.good();
 }
 
 int run(int argc, char** argv) {
-    // First of all, before anything asks for a directory: where are we installed?
+    // Before anything asks for a directory, it must be known where the program is installed.
     const char* const program = argc > 0 ? argv[0] : "talo";
     kxPlatform::init(program);
     if (!kxFile::exists(kxPlatform::getBinDir())) {
@@ -299,9 +304,9 @@ int run(int argc, char** argv) {
     return allWell ? 0 : 1;
 }
 
-// A program may be started with its standard streams closed. The next file that it opens would take
-// the place of one, and receive what is meant for it. Opened the wrong way round, each still fails
-// when it is used.
+// A program may be started with closed standard streams. The next file that it opened would get the
+// descriptor of one, and receive its output. The descriptors are opened for the wrong direction, so
+// that each of them still fails when it is used.
 bool fillStandardStreams() {
     for (const int stream : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
         const int mode = stream == STDIN_FILENO ? O_WRONLY : O_RDONLY;
@@ -318,9 +323,10 @@ int main(int argc, char** argv) {
         complain("no standard streams");
         return 1;
     }
-    std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is an error like any other
+    std::signal(SIGPIPE, SIG_IGN);  // a reader that has gone is an ordinary error
     int exitCode = 1;
-    // What a host does not catch ends it at once: nothing is removed, and nobody told why.
+    // An exception that a host does not catch ends it at once: nothing is removed, and no reason is
+    // given.
     try {
         exitCode = run(argc, argv);
     } catch (const std::bad_alloc&) {

@@ -25,8 +25,8 @@ bool OpenFile::close() {
     return ::close(std::exchange(_descriptor, -1)) == 0;
 }
 
-// Looked at once it is open: before, somebody could still put something else in its place. Without
-// O_NONBLOCK a pipe that nobody writes to would never come back from open().
+// The file is examined only after it has been opened, since it could be replaced before. Without
+// O_NONBLOCK, open() would wait for ever at a pipe that nobody writes to.
 SourceFile::SourceFile(const std::string& name)
     : path(name), file(open(name.c_str(), O_RDONLY | O_NONBLOCK | O_NOCTTY | O_CLOEXEC)) {
     struct stat info {};

@@ -7,8 +7,8 @@
 
 #include "complain.h"
 
-// CLI11's header has static objects that need memory before main() can catch anything. This one,
-// which is first in this file, is made before them.
+// CLI11's header has static objects that need memory before main() can catch anything. This object
+// comes first in the file, so it is made before them.
 [[maybe_unused]] static const std::terminate_handler handlerBefore =
     std::set_terminate(endWithComplaint);
 

@@ -20,14 +20,14 @@ constexpr mode_t writableByOthers = S_IWGRP | S_IWOTH;
 bool isOurs(const struct stat& info) { return info.st_uid == 0 || info.st_uid == geteuid(); }
 
 // Whether others could rename or remove what we make in a directory, and put something else there.
-// The sticky bit, as of "/tmp", keeps them from it.
+// The sticky bit, which "/tmp" has, keeps them from it.
 bool canOthersReplace(const struct stat& info) {
     const bool isSticky = (info.st_mode & S_ISVTX) != 0;
     return !isOurs(info) || ((info.st_mode & writableByOthers) != 0 && !isSticky);
 }
 
-// The library's directory, or the system's where others have the first one in their hands: it
-// belongs to whoever has made it first. "" if there is none.
+// The library's directory, or the system's if others control the library's, since that belongs to
+// the user who made it first. "" if there is none.
 std::string findPlace() {
     const std::string shared = kxFile::getTmpDir();
     if (shared.empty()) return {};  // the log says why

@@ -7,20 +7,20 @@
 #include <string>
 
 /// Whether users other than this one and the super-user may create files in a directory; true also
-/// if that cannot be told.
+/// if that cannot be found out.
 bool canOthersWrite(const std::string& directory);
 
 /// A directory below kxFile::getTmpDir() that only this user can enter.
 ///
-/// The library's directory is shared: everybody can tell its path, and may have put links there
-/// that lead anywhere, under names that we are going to use. What is written into it by name is
-/// written wherever such a link leads. In a directory that mkdtemp() has made there is nothing yet,
-/// and nobody else can put anything there.
+/// The directory of kxFile::getTmpDir() is shared. Everybody can tell its path, and may have put
+/// links there that lead anywhere, under names that we are going to use. What is written there
+/// under such a name ends up wherever the link leads. A directory that mkdtemp() has made is empty,
+/// and nobody else can put anything into it.
 class PrivateDirectory {
 public:
-    /// Logs an error if it cannot be made.
+    /// Logs an error if the directory cannot be made.
     PrivateDirectory();
-    /// As remove(), but silent.
+    /// Like remove(), but silent.
     ~PrivateDirectory();
     PrivateDirectory(const PrivateDirectory&) = delete;
     PrivateDirectory& operator=(const PrivateDirectory&) = delete;
@@ -28,8 +28,8 @@ public:
     /// "" if there is none.
     const std::string& path() const { return _path; }
 
-    /// Removes it, and the files registered with kxFile::addTmpFile(). False, with an error in the
-    /// log, if it stays.
+    /// Removes the directory and the files registered with kxFile::addTmpFile(). Returns false,
+    /// with an error in the log, if the directory stays.
     bool remove();
 
 private:

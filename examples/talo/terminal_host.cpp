@@ -13,11 +13,12 @@
 
 namespace {
 
-// The callback is a plain function, so what it needs to know is kept here.
+// The callback is a plain function, so the data it needs is kept here.
 std::string fixedAnswer;
 int answered = 0;
 
-// "&Yes" becomes "yes": the "&" marks the accelerator, and case does not matter to whoever types.
+// "&Yes" becomes "yes": the "&" marks the accelerator, and the case of the typed answer does not
+// matter.
 std::string plainLabel(const std::string& label) {
     std::string plain;
     for (const char c : label)
@@ -25,7 +26,7 @@ std::string plainLabel(const std::string& label) {
     return plain;
 }
 
-// The index of the button whose label begins with `answer`, or `otherwise`.
+// The index of the button with a label that begins with `answer`; `otherwise` if there is none.
 int findButton(const std::vector<std::string>& labels, const std::string& answer, int otherwise) {
     for (std::size_t i = 0; i < labels.size(); ++i)
         if (plainLabel(labels[i]).rfind(plainLabel(answer), 0) == 0) return static_cast<int>(i);
@@ -41,8 +42,8 @@ int askUser(const std::vector<std::string>& labels, int defaultButton, int escap
     return findButton(labels, line, escapeButton);
 }
 
-// The library knows one request. A host that shows nothing would return false, and the library
-// would take the first answer.
+// The library has one request. A host that shows nothing would return false, and the library would
+// take the first answer.
 bool answerRequest(const char* request, kxMessage& message, int /*flags*/) {
     if (std::strcmp(request, "showMainWarning") != 0) return false;
 
@@ -50,7 +51,7 @@ bool answerRequest(const char* request, kxMessage& message, int /*flags*/) {
     getFromMessage(message, "text", text);
     std::cerr << text;
 
-    // A question brings its buttons; a plain notice has none.
+    // A question comes with its buttons; a plain notice has none.
     std::vector<std::string> labels;
     std::string label;
     while (getFromMessage(message, "button" + std::to_string(labels.size()), label))

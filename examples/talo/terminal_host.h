@@ -7,8 +7,8 @@
 #include <string>
 
 /// Installs the callback. `answer` ("yes", "no", "cancel") presses that button in every question;
-/// empty asks on standard input.
+/// if it is empty, the question is asked on standard input.
 void installTerminalHost(const std::string& answer);
 
-/// The questions that have been answered, by the user or by `answer`.
+/// The number of questions that have been answered, by the user or by `answer`.
 int answeredQuestions();

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Every public header, and something of the library behind most of them.
+// Uses every public header, and something from the library with most of them.
 #include <cached_ifstream.h>
 #include <cached_ofstream.h>
 #include <kxAlignedMemory.h>

@@ -26,7 +26,7 @@ inline std::string abs2Rel(const std::string& base, const std::string& path) {
     } else if (B[0] != '/') {
         return "";
     } else {
-        // How far the two agree, and the last slash on the way.
+        // How far the two paths agree, and the last slash in that part.
         std::size_t p = 0, branch = 0;
         while (p < P.size() && p < B.size() && P[p] == B[p]) {
             if (P[p] == '/') branch = p;

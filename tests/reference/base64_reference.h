@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Base64 the slow, obvious way.
+// Base64 in the slow, obvious way.
 #pragma once
 
 #include <bitset>
@@ -13,7 +13,8 @@ namespace reference {
 inline const std::string base64Alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 
-/// Writes all bits out, cuts them into sixes and pads with "=" to a multiple of four characters.
+/// Writes out all bits, cuts them into groups of six and pads with "=" to a multiple of four
+/// characters.
 inline std::string encodeBase64(const std::string& bytes) {
     std::string bits, text;
     for (const char c : bytes) bits += std::bitset<8>(static_cast<unsigned char>(c)).to_string();
@@ -29,8 +30,8 @@ struct Decoded {
     bool complete = true;  ///< the text does not end inside a group
 };
 
-/// Foreign bytes are dropped; "=" is six zero bits and takes one byte from its group and from all
-/// later ones, down to one byte per group.
+/// Foreign bytes are dropped. A "=" stands for six zero bits and takes one byte from its group and
+/// from all later groups, down to one byte per group.
 inline Decoded decodeBase64(const std::string& text) {
     Decoded result;
     std::vector<unsigned long> group;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The rules of cached_istreambuf, written out over a string in place of a file: slow, with indices
-// instead of pointers, one step per rule.
+// The rules of cached_istreambuf, written out for a string in place of a file: slowly, with indices
+// instead of pointers and one step per rule.
 #pragma once
 
 #include <cstddef>
@@ -20,16 +20,16 @@ public:
         emptyGetArea();
     }
 
-    /// Buffered bytes stay.
+    /// Keeps the buffered bytes.
     void close() { _isOpen = false; }
-    /// As above, and the file is read from its start.
+    /// Keeps the buffered bytes; the file is read from its start.
     void open() {
         _isOpen = true;
         _position = 0;
     }
     bool isOpen() const { return _isOpen; }
 
-    /// Where the file behind the buffer stands.
+    /// The position of the file under the buffer.
     long filePosition() const { return _position; }
     long available() const { return static_cast<long>(_end - _current); }
 
@@ -50,7 +50,7 @@ public:
         return static_cast<unsigned char>(_buffer[_current]);
     }
 
-    /// Puts back that very character, or nothing.
+    /// Puts back that very character, or none.
     int putBack(char c) {
         if (_current == _start || _buffer[_current - 1] != c) return endOfFile;
         return putBack();
@@ -96,7 +96,7 @@ private:
         return static_cast<unsigned char>(_buffer[0]);
     }
 
-    // A file can be positioned behind its end, but not before its start.
+    // A file can be positioned beyond its end, but not before its start.
     bool moveFile(long position) {
         if (position < 0) return false;
         _position = position;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The rules of cached_streambuf, written out over a string in place of a file, one character after
-// the other.
+// The rules of cached_streambuf, written out for a string in place of a file, one character at a
+// time.
 #pragma once
 
 #include <cstddef>
@@ -12,7 +12,7 @@ namespace reference {
 
 class CachedOutput {
 public:
-    /// Open from the start, except when counting. `isFull`: of the first file, every write fails.
+    /// Open from the start, unless it counts. If `isFull`, every write to the first file fails.
     CachedOutput(std::size_t bufferSize, bool isCounting, bool isFull)
         : _bufferSize(bufferSize), _isCounting(isCounting), _isOpen(!isCounting), _isFull(isFull) {}
 
@@ -51,7 +51,7 @@ public:
         _isOpen = false;
     }
 
-    /// Of an ordinary file.
+    /// Opens an ordinary file.
     void open() {
         _isOpen = true;
         _isFull = false;

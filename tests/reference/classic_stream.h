@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Numbers as the streams of the classic locale write and read them.
+// Numbers as streams of the classic locale write and read them.
 #pragma once
 
 #include <cstdint>
@@ -12,8 +12,8 @@
 
 namespace reference {
 
-/// Whether the streams are those of the GNU library, whose answers the library promises. Those of
-/// libc++ differ: overflow gives infinity, and NaNs are written otherwise.
+/// Whether the streams are those of the GNU library, whose results our library promises. The
+/// streams of libc++ differ: an overflow gives infinity, and NaNs are written differently.
 #ifdef __GLIBCXX__
 inline constexpr bool isGnuStream = true;
 #else
@@ -44,7 +44,7 @@ inline std::string toStream(float value) {
     return out.str();
 }
 
-/// Also tells 0 from -0 and is true for equal NaNs.
+/// Distinguishes 0 from -0, and is true for equal NaNs.
 template <typename Float>
 bool sameBits(Float a, Float b) {
     return std::memcmp(&a, &b, sizeof a) == 0;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// CRC-32 of IEEE 802.3 one bit at a time: the remainder of a polynomial division, bits of a byte
-// lowest first.
+// The CRC-32 of IEEE 802.3, one bit at a time: the remainder of a polynomial division that takes
+// the lowest bit of a byte first.
 #pragma once
 
 #include <cstdint>
@@ -10,7 +10,7 @@
 
 namespace reference {
 
-/// `previous` is the CRC-32 of what stands before `bytes`.
+/// `previous` is the CRC-32 of the bytes before `bytes`.
 inline std::uint32_t crc32Bitwise(const std::string& bytes, std::uint32_t previous = 0) {
     constexpr std::uint32_t reversedPolynomial = 0xEDB88320;  // 0x04C11DB7 with its bits reversed
     std::uint32_t remainder = previous ^ 0xFFFFFFFF;

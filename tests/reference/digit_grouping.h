@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Grouping of digits, word by word and without any care for speed.
+// Grouping of digits by the letter of its description, without any care for speed.
 #pragma once
 
 #include <cstddef>
@@ -24,9 +24,10 @@ inline void groupNextRun(std::string& text, std::size_t& at, const std::string& 
     at = end + n;
 }
 
-/// The text with all its runs grouped; nothing if the rule comes to no end. (It may just need long:
-/// keep the runs below twenty digits and the separator below ten. For one run of up to 12 digits
-/// and a separator of up to 6, 49 steps and 144 characters are the most that comes to an end.)
+/// The text with all its runs grouped, or nothing if the rule never ends. (It may also just take
+/// too long: keep runs below twenty digits and separators below ten characters. For one run of up
+/// to 12 digits and a separator of up to 6 characters, grouping that ends takes 49 steps and 144
+/// characters at most.)
 inline std::optional<std::string> groupDigits(std::string text, const std::string& separator,
                                               std::size_t group, int mostSteps = 2000,
                                               std::size_t mostCharacters = 20000) {

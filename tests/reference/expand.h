@@ -15,7 +15,7 @@ namespace reference {
 
 struct World {
     std::map<std::string, std::string> variables;
-    /// Home directory of a user; of the effective user for an empty name.
+    /// The home directory of a user; for an empty name, that of the effective user.
     std::function<std::optional<std::string>(const std::string&)> home;
 };
 

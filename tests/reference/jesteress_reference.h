@@ -9,7 +9,7 @@
 
 namespace reference {
 
-/// The number that bytes [at, at + count) stand for, lowest byte first.
+/// The number that the bytes [at, at + count) stand for, lowest byte first.
 inline std::uint64_t littleEndianNumber(const std::string& bytes, std::size_t at,
                                         std::size_t count) {
     std::uint64_t number = 0, weight = 1;

@@ -1,22 +1,22 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Slow, literal models of kxFile's functions on path names: one statement per rule, no cleverness.
-// abs2Rel has a file of its own.
+// Slow, literal models of kxFile's functions for path names: one statement per rule, no cleverness.
+// abs2Rel has its own file.
 #pragma once
 
 #include <string>
 
 namespace reference {
 
-// Counts from the end; -1 where there is none.
+// The position of the last `c`; -1 if there is none.
 inline int lastOf(char c, const std::string& text) {
     int at = static_cast<int>(text.size()) - 1;
     while (at >= 0 && text[static_cast<std::size_t>(at)] != c) --at;
     return at;
 }
 
-// The characters at `begin` and behind it, less those at `end` and behind it.
+// The characters from `begin` on, without those from `end` on.
 inline std::string between(int begin, int end, const std::string& text) {
     std::string result;
     for (int i = begin; i < end; ++i) result += text[static_cast<std::size_t>(i)];

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxFile's functions on path names, character by character.
+// kxFile's functions for path names, character by character.
 #pragma once
 
 #include <string>
@@ -12,7 +12,7 @@ namespace reference {
 
 inline constexpr std::size_t nowhere = static_cast<std::size_t>(-1);
 
-/// The place of the last `c`, or `nowhere`.
+/// The position of the last `c`, or `nowhere`.
 inline std::size_t lastOf(char c, const std::string& text) {
     for (std::size_t i = text.size(); i > 0; --i)
         if (text[i - 1] == c) return i - 1;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// RC4 as its description has it, on whole texts.
+// RC4 as it is described, for whole texts.
 #pragma once
 
 #include <numeric>

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What every implementation of Base64 is checked with.
+// The checks that every implementation of Base64 must pass.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -22,7 +22,7 @@ inline std::string randomBytes(std::mt19937& random, std::size_t n) {
     return bytes;
 }
 
-/// A text in which one of `oneIn` characters is "=" and one is of any kind.
+/// A text in which one in `oneIn` characters is "=", and just as many are arbitrary bytes.
 inline std::string randomText(std::mt19937& random, std::size_t n, unsigned int oneIn) {
     std::string text;
     while (text.size() < n) {
@@ -39,8 +39,8 @@ inline std::string randomText(std::mt19937& random, std::size_t n, unsigned int 
 
 using Convert = unsigned long (*)(const char*, unsigned long, char*);
 
-/// Converts with input and output against the guard pages, in every alignment: the call gives
-/// `result`, writes exactly `written` and touches nothing else.
+/// Converts with input and output next to the guard pages, in every alignment, and expects that the
+/// call returns `result`, writes exactly `written` and touches nothing else.
 inline void expectExactly(Convert convert, const std::string& input, unsigned long result,
                           const std::string& written) {
     static const Guarded source(4096), target(4096);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// File descriptors of the test's own process.
+// The file descriptors of the test's own process.
 #pragma once
 
 #include <fcntl.h>
@@ -15,16 +15,16 @@
 
 namespace kxtest {
 
-/// The number that the next file opened will get: the same before and after code that closes all it
-/// has opened.
+/// The number that the next opened file will get. It is equal before and after code that closes all
+/// the files it has opened.
 inline int nextDescriptor() {
     const int fd = open("/dev/null", O_RDONLY | O_CLOEXEC);
     close(fd);
     return fd;
 }
 
-/// What is open: the descriptors, and for each one what tells its file from others (with the name
-/// that the system gives it, if any).
+/// The open descriptors, each with what distinguishes its file from others (and with the name that
+/// the system gives it, if any).
 inline std::map<int, std::string> openDescriptors() {
     std::map<int, std::string> names;
     for (const auto& entry : std::filesystem::directory_iterator("/dev/fd")) {
@@ -35,7 +35,7 @@ inline std::map<int, std::string> openDescriptors() {
     std::map<int, std::string> all;
     for (const auto& [fd, name] : names) {
         struct stat info {};
-        if (fstat(fd, &info) != 0) continue;  // the one that the list was read through
+        if (fstat(fd, &info) != 0) continue;  // the descriptor through which the list was read
         all[fd] = std::to_string(info.st_dev) + ':' + std::to_string(info.st_ino) + ' ' + name;
     }
     return all;

@@ -52,7 +52,7 @@ void Attempt::run(const std::function<void()>& code) {
         end();
         throw;
     }
-    // A console that could not be written to is used again.
+    // The streams may have met the fault, and they are used again.
     std::cout.clear();
     std::clearerr(stdout);
     std::clearerr(stderr);

@@ -1,9 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Every system call of a thread passes here while it is watched, whoever makes it: those that the C
-// library makes inside fclose or popen too, which no replaced function would see. Linux 5.11 and
-// later hand them back to the program as a signal ("syscall user dispatch", prctl(2)).
+// While a thread is watched, all of its system calls pass through here, whoever makes them,
+// including those that the C library makes inside fclose or popen, which no replaced function would
+// see. Linux 5.11 and later hands these calls back to the program as a signal ("syscall user
+// dispatch", prctl(2)).
 #include <fcntl.h>
 #include <signal.h>  // NOLINT(modernize-deprecated-headers): the system's own types
 #include <sys/prctl.h>
@@ -21,10 +22,10 @@
 
 #include "faults.h"
 
-// The only code whose own calls pass unhindered (the instruction behind a call must be part of it).
-// `kxtest_call` makes the call whose number and six arguments `call` holds. A call that starts a
-// process gives it a stack of its own, on which it goes on at `child`, with the registers that it
-// had.
+// The only code whose own calls pass unhindered (this must include the instruction after a call).
+// `kxtest_call` makes the call whose number and six arguments are in `call`. A call that starts a
+// process gives the new process its own stack, on which it continues at `child`, with the registers
+// that it had.
 extern "C" {
 extern const char kxtest_calls_begin, kxtest_calls_end;  // NOLINT(readability-identifier-naming)
 long kxtest_call(const long* call, long child);
@@ -70,7 +71,7 @@ constexpr unsigned long dispatchOff = 0, dispatchOn = 1;
 constexpr char letPass = 0, handOver = 1;
 thread_local volatile char selector = letPass;
 
-// Where an error number is expected:
+// Values that may stand in place of an error number:
 enum OtherFailure {
     half = -1,          // half of the bytes are read or written
     halfThenNone = -2,  // half of the bytes are written, and no more to that file: the disk is full
@@ -80,7 +81,7 @@ enum OtherFailure {
 struct Call {
     long number;
     const char* name;
-    std::array<int, 4> failures;  // 0: no more
+    std::array<int, 4> failures;  // 0 ends the list
 };
 constexpr Call calls[] = {
     {SYS_access, "access", {EIO}},
@@ -146,7 +147,7 @@ constexpr Call calls[] = {
     {SYS_writev, "write", {ENOSPC, EINTR, half, halfThenNone}},
 };
 
-// Calls that cannot fail, or (`brk`) have another one to take their place.
+// Calls that cannot fail, or for which another call is used if they do (`brk`).
 constexpr long sureCalls[] = {
     SYS_brk,         SYS_clock_gettime, SYS_exit,          SYS_exit_group,     SYS_futex,
     SYS_getegid,     SYS_geteuid,       SYS_getgid,        SYS_getpid,         SYS_getrandom,
@@ -164,8 +165,8 @@ long perform(long number, const Registers& r) {
     return kxtest_call(call, startsProcess ? r[REG_RIP] : 0);
 }
 
-// The mask in force is the one that the handler returns to. The signal that hands calls over must
-// not be blocked, which posix_spawn does to all.
+// The mask in force is the one to which the handler returns. The signal that hands over calls must
+// not be blocked, although posix_spawn blocks all signals.
 long changeMask(const Registers& r, sigset_t& mask) {
     std::uint64_t bits = 0, set = 0;
     std::memcpy(&bits, &mask, sizeof bits);
@@ -186,17 +187,18 @@ long failWith(int error) {
 }
 
 long fail(const Call& call, const Registers& r, int error) {
-    // Closed, whatever the answer; and nobody is told of a child because it is gone.
+    // close() closes the descriptor whatever it answers. ECHILD means that the child is gone, so it
+    // is taken away first.
     if (call.number == SYS_close || error == ECHILD) perform(call.number, r);
     return failWith(error);
 }
 
-// What may be the answer for good. A call that a signal interrupts is made again.
+// An error that lasts. A call that a signal has interrupted would be made again.
 int lastingFailure(const Call& call) {
     return call.failures[0] == EINTR ? call.failures[1] : call.failures[0];
 }
 
-// The call works, as a wait for a process that a signal has ended.
+// Lets the call work, and has it report that a signal ended the process waited for.
 long waitForKilled(const Registers& r) {
     const long process = perform(SYS_wait4, r);
     if (process > 0 && r[REG_RSI] != 0) *reinterpret_cast<int*>(r[REG_RSI]) = SIGKILL;
@@ -213,7 +215,7 @@ bool failsAgain(const char* name) {
     for (;;) kxtest_call(kill, 0);
 }
 
-// What comes of the call in place of its work, if it is the one to fail.
+// The result of the call if it is the one to fail, in place of its work.
 long perhapsFail(const Call& call, Registers& r) {
     if (!plan) return perform(call.number, r);
     if (plan->fullFile == r[REG_RDI] && std::strcmp(call.name, "write") == 0)
@@ -221,7 +223,7 @@ long perhapsFail(const Call& call, Registers& r) {
     if (failsAgain(call.name)) return fail(call, r, plan->error);
     if (nextStep() != plan->fault.step) return perform(call.number, r);
     if (plan->fault.kind == Fault::kill) killProcess(call.name);
-    const bool canHalve = r[REG_RDX] > 1;  // bytes, or pieces of memory
+    const bool canHalve = r[REG_RDX] > 1;  // bytes, or buffers
     const auto canFailBy = [&](unsigned variant) {
         const int failure = variant < call.failures.size() ? call.failures[variant] : 0;
         return failure != 0 && (canHalve || (failure != half && failure != halfThenNone));
@@ -243,7 +245,7 @@ long perhapsFail(const Call& call, Registers& r) {
     return fail(call, r, failure);
 }
 
-// Whether a call gives the process a descriptor that started programs inherit.
+// Whether a call gives the process a descriptor that is inherited by started programs.
 bool makesInheritable(long number, const Registers& r) {
     switch (number) {
         case SYS_open:
@@ -270,9 +272,9 @@ void handle(int /*signal*/, siginfo_t* info, void* context) {
     auto& interrupted = *static_cast<ucontext_t*>(context);
     Registers& r = interrupted.uc_mcontext.gregs;
     const long number = info->si_syscall;
-    Registers asked;  // a call that starts a process or fails changes them
+    Registers asked;  // a copy, as a call that starts a process or fails changes them
     std::memcpy(asked, r, sizeof asked);
-    // A sanitizer does not survive without memory of its own.
+    // A sanitizer does not survive when its own memory runs out.
     const auto* const call = std::find_if(std::begin(calls), std::end(calls),
                                           [&](const Call& c) { return c.number == number; });
     if (number == SYS_rt_sigprocmask)
@@ -290,7 +292,8 @@ void handle(int /*signal*/, siginfo_t* info, void* context) {
         plan->inheritable = call->name;
 }
 
-// Installed without the C library, whose way back from the handler would be handed over in turn.
+// Installed without the C library, because its return from the handler would in turn be handed
+// over.
 bool installHandler() {
     struct {
         void (*handler)(int, siginfo_t*, void*);

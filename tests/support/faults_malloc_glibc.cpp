@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The program's malloc family, which the C and C++ libraries call as well: the GNU library's own
-// behind a gate.
+// The malloc family of the program, which the C and C++ libraries call as well: the GNU library's
+// own functions, with a gate before them.
 #include <cerrno>
 #include <cstddef>
 
@@ -47,7 +47,7 @@ void* realloc(void* block, std::size_t size) {
     if (!mayAllocate()) return refused();
     void* const result = __libc_realloc(block, size);
     if (!block && result) count(1);
-    if (block && size == 0) count(-1);  // freed
+    if (block && size == 0) count(-1);  // this has freed it
     return result;
 }
 

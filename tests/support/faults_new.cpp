@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The program's operator new, which the library calls as well: for programs whose malloc belongs to
-// somebody else (a sanitizer), and other systems.
+// The operator new of the program, which the library calls as well. For other systems, and for
+// programs whose malloc belongs to something else, such as a sanitizer.
 #include <algorithm>
 #include <cstdlib>
 #include <new>

@@ -9,7 +9,7 @@
 
 namespace kxtest {
 
-/// While it lives a write that would take a file beyond `bytes` is cut short or fails.
+/// During its lifetime a write that would make a file longer than `bytes` is cut short or fails.
 class ScopedFileLimit {
 public:
     explicit ScopedFileLimit(rlim_t bytes) : _handler(std::signal(SIGXFSZ, SIG_IGN)) {

@@ -21,7 +21,7 @@
 
 namespace kxtest {
 
-/// Pseudo-random bytes, the same at every call.
+/// Pseudo-random bytes; each call returns equal ones.
 inline std::string someBytes(std::size_t count) {
     std::string bytes(count, '\0');
     unsigned state = 1;
@@ -32,7 +32,8 @@ inline std::string someBytes(std::size_t count) {
     return bytes;
 }
 
-/// Writes `bytes` at a position of a file, leaving a hole before it. False where the disk cannot.
+/// Writes `bytes` at a position of a file, leaving a hole before it. Returns false if the disk
+/// cannot.
 inline bool writeAt(const std::string& path, off_t position, const std::string& bytes) {
     const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
     if (file < 0) return false;
@@ -40,18 +41,18 @@ inline bool writeAt(const std::string& path, off_t position, const std::string& 
     return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
 }
 
-/// Runs `work` in a child process, which may change what it likes of itself, and returns the
+/// Runs `work` in a child process, where it may change anything about the process, and returns the
 /// child's answer.
 inline std::string inChild(const std::function<std::string()>& work) {
     int ends[2];
     if (pipe(ends) != 0) return "cannot make a pipe";
-    std::fflush(nullptr);  // or the child might print it as well
+    std::fflush(nullptr);  // otherwise the child might print it as well
     const pid_t child = fork();
     if (child == 0) {
         std::string answer;
         try {
             answer = work();
-        } catch (const std::exception& e) {  // must not run on into the parent's tests
+        } catch (const std::exception& e) {  // the child must not go on to the parent's tests
             answer = std::string("threw ") + e.what();
         }
         const ssize_t written = write(ends[1], answer.data(), answer.size());
@@ -73,7 +74,7 @@ inline std::string inChild(const std::function<std::string()>& work) {
     return answer;
 }
 
-/// The same, where the child is not the super-user, to whom the system would refuse nothing.
+/// Like inChild(), but the child is not the super-user, to whom the system would refuse nothing.
 inline std::string asOrdinaryUser(const std::function<std::string()>& work) {
     return inChild([&]() -> std::string {
         constexpr unsigned nobody = 65534;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Memory for tests of functions that must not read or write outside what they were given.
+// Memory for tests of functions that must not read or write outside what they are given.
 #pragma once
 
 #include <sys/mman.h>
@@ -14,7 +14,7 @@
 
 namespace kxtest {
 
-/// Whole pages, at least `size` bytes, between two pages that nobody may touch: an access just
+/// Whole pages, at least `size` bytes, between two pages that must not be touched: an access just
 /// before begin() or at end() ends the program with a signal.
 class Guarded {
 public:
@@ -37,16 +37,16 @@ public:
     char* begin() const { return _begin; }
     char* end() const { return _begin + _size; }
 
-    /// Copies `bytes` to begin() + offset; returns their place.
+    /// Copies `bytes` to begin() + offset; returns where they are.
     char* atBegin(const std::string& bytes, std::size_t offset = 0) const {
         return put(_begin + offset, bytes);
     }
-    /// Copies `bytes` to just before end(); returns their place.
+    /// Copies `bytes` to just before end(); returns where they are.
     char* atEnd(const std::string& bytes) const { return put(end() - bytes.size(), bytes); }
 
-    /// Gives every byte the same value.
+    /// Sets every byte to `value`.
     void fill(char value) const { std::memset(_begin, value, _size); }
-    /// True if every byte outside [from, from + n) has the value.
+    /// True if every byte outside [from, from + n) equals `value`.
     bool filledOutside(const char* from, std::size_t n, char value) const {
         for (const char* p = _begin; p != end(); ++p)
             if ((p < from || p >= from + n) && *p != value) return false;

@@ -1,4 +1,4 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// A source for the target whose precompiled headers the tests share.
+// A source for the target with the precompiled headers that the tests share.

@@ -31,13 +31,13 @@ namespace {
     throw std::system_error(errno, std::generic_category(), "kxtest: " + what);
 }
 
-// Names longer than what any standard library's string holds without memory of its own.
+// Names too long for any standard library's string to hold without allocating memory.
 std::string tempPattern() {
     return std::filesystem::canonical(std::filesystem::temp_directory_path()).string() +
            "/kxutils-test-folder.XXXXXX";
 }
 
-/// An unlinked temporary file.
+/// Returns an unlinked temporary file.
 int anonymousFile() {
     std::string pattern = tempPattern();
     const int fd = mkostemp(pattern.data(), O_CLOEXEC);
@@ -157,7 +157,7 @@ ScopedCwd::ScopedCwd(const std::string& directory)
 }
 
 ScopedCwd::~ScopedCwd() {
-    if (fchdir(_old) != 0) std::abort();  // every later test would run in the wrong place
+    if (fchdir(_old) != 0) std::abort();  // otherwise every later test would run in the wrong place
     close(_old);
 }
 

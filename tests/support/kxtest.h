@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Helpers shared by all tests. Everything a test changes in the process (environment, working
-// directory, redirected streams, files) is put back by the destructor of the object that changed
+// Helpers shared by all tests. Whatever a test changes in the process (environment, working
+// directory, redirected streams, files) is restored by the destructor of the object that changed
 // it.
 #pragma once
 
@@ -15,8 +15,8 @@
 
 namespace kxtest {
 
-/// A new directory below the system's temporary directory, as a canonical path (no symbolic links);
-/// removed with all that is in it by the destructor.
+/// A new directory below the system's temporary directory, as a canonical path (no symbolic links).
+/// The destructor removes it with everything in it.
 class TempDir {
 public:
     TempDir();
@@ -25,7 +25,7 @@ public:
     TempDir& operator=(const TempDir&) = delete;
 
     const std::string& path() const { return _path; }
-    /// path() + "/" + name; nothing is created.
+    /// Returns path() + "/" + name; nothing is created.
     std::string file(const std::string& name) const { return _path + "/" + name; }
     /// Creates the file (and the directories above it) with `bytes`; returns its path.
     std::string write(const std::string& name, const std::string& bytes) const;
@@ -39,10 +39,10 @@ private:
 /// The bytes of a file; fails the running test and returns "" if it cannot be read.
 std::string slurp(const std::string& path);
 bool exists(const std::string& path);
-/// Names in the directory, sorted, without "." and "..".
+/// The names in the directory, sorted, without "." and "..".
 std::vector<std::string> list(const std::string& directory);
 
-/// Sets (or, for a null value, unsets) an environment variable; the destructor puts it back.
+/// Sets (or, for a null value, unsets) an environment variable; the destructor restores it.
 class ScopedEnv {
 public:
     ScopedEnv(const char* name, const char* value);
@@ -56,8 +56,8 @@ private:
 };
 
 /// Sets every locale category of the process to `territory` ("tr_TR") with `charset`
-/// ("ISO-8859-9"); the destructor puts the earlier locale back. A locale that is not installed is
-/// compiled into a temporary directory where localedef is there (a few seconds).
+/// ("ISO-8859-9"); the destructor restores the earlier locale. A locale that is not installed is
+/// compiled into a temporary directory, if localedef is available (this takes a few seconds).
 class ScopedLocale {
 public:
     ScopedLocale(const std::string& territory, const std::string& charset);
@@ -85,8 +85,8 @@ private:
     int _old;
 };
 
-/// Redirects the descriptor of stdout or stderr to a temporary file, so that printf, streams and
-/// write(2) are all seen. text() flushes first and may be called repeatedly.
+/// Redirects the descriptor of stdout or stderr to a temporary file, so that output by printf,
+/// streams and write(2) is captured. text() flushes first and may be called repeatedly.
 class Captured {
 public:
     explicit Captured(std::FILE* stream);
@@ -101,7 +101,7 @@ private:
     int _saved, _file;
 };
 
-/// What a child process left behind. exitCode is -1 if a signal ended it.
+/// What a child process leaves behind. exitCode is -1 if a signal ended it.
 struct Outcome {
     int exitCode = -1;
     int signal = 0;
@@ -109,25 +109,25 @@ struct Outcome {
 };
 
 struct RunOptions {
-    std::string input;      ///< standard input; empty: nothing to read
-    std::string directory;  ///< working directory; empty: the caller's
-    /// Descriptors that become 0, 1 and 2 in place of `input` and of what the outcome shows; they
-    /// stay the caller's. -1: none.
+    std::string input;      ///< standard input; if empty, there is nothing to read
+    std::string directory;  ///< working directory; if empty, that of the caller
+    /// Descriptors that become 0, 1 and 2, in place of `input` and of the output that the outcome
+    /// shows. They still belong to the caller. -1 stands for none.
     int in = -1, out = -1, err = -1;
 };
 
-/// Runs argv[0] (a path; PATH is not searched) and waits. The environment is exactly `environment`
-/// plus the sanitizers' own option variables.
+/// Runs argv[0] (a path; PATH is not searched) and waits for it. The environment is exactly
+/// `environment` plus the sanitizers' own option variables.
 Outcome run(const std::vector<std::string>& argv,
             const std::map<std::string, std::string>& environment = {},
             const RunOptions& options = {});
 
 /// True for the super-user, to whom the system refuses no access.
 bool isRoot();
-/// True when the program is compiled with AddressSanitizer or ThreadSanitizer, which bring an
-/// allocator and interceptors of their own.
+/// True if the program is compiled with AddressSanitizer or ThreadSanitizer, which bring their own
+/// allocator and interceptors.
 bool underSanitizer();
-/// True when the program counts coverage, and writes the counts when it ends by exit().
+/// True if the program counts coverage, and writes the counts when it ends with exit().
 bool countsCoverage();
 
 }  // namespace kxtest

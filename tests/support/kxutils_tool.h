@@ -1,7 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Runs the command-line program as a process, in a directory and with a home of its own.
+// Runs the command-line program as a process, in its own working directory and with its own home
+// directory.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -21,24 +22,25 @@ protected:
         return kxtest::run(arguments, environment, options);
     }
 
-    /// As run(), with standard input.
+    /// Like run(), with standard input.
     kxtest::Outcome runWith(const std::string& input, const std::vector<std::string>& arguments) {
         options.input = input;
         return run(arguments);
     }
 
-    /// Runs a command of the shell in which "$K" is the program.
+    /// Runs a shell command in which "$K" is the program.
     kxtest::Outcome shell(const std::string& command) {
         auto variables = environment;
         variables["K"] = KXTEST_KXUTILS;
         variables["PATH"] = "/usr/bin:/bin";
-        // A build that counts coverage writes its counts at exit: not within the command's limits.
+        // A build that counts coverage writes its counts at exit, which the limits of the command
+        // do not allow.
         variables["LLVM_PROFILE_FILE"] = "/dev/null";
         return kxtest::run({"/bin/sh", "-c", command}, variables, options);
     }
 
-    /// Runs with --json; fails the running test unless there is one document, and nothing but it,
-    /// whose exit code is that of the program.
+    /// Runs with --json. The running test fails unless the output is exactly one document whose
+    /// exit code is that of the program.
     nlohmann::json document(std::vector<std::string> arguments, int exitCode) {
         arguments.emplace_back("--json");
         const kxtest::Outcome outcome = run(arguments);
@@ -52,7 +54,7 @@ protected:
     }
 
     kxtest::TempDir dir;
-    // Without the second one a run that asks for the temporary directory would make "/tmp/talo".
+    // Without TALO_TMP_DIR, a run that asks for the temporary directory would make "/tmp/talo".
     std::map<std::string, std::string> environment = {{"HOME", dir.makeDir("home")},
                                                       {"TALO_TMP_DIR", dir.file("tmp")}};
     kxtest::RunOptions options = inDirectory(dir.path());
@@ -65,7 +67,7 @@ private:
     }
 };
 
-/// What a run must have left behind, exactly.
+/// Expects exactly this outcome of a run.
 inline void expectRun(const kxtest::Outcome& outcome, int exitCode, const std::string& out,
                       const std::string& err) {
     EXPECT_EQ(outcome.out, out);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Entry point of every test program: the home directory is a temporary one, and no variable of the
-// caller's steers the library.
+// The entry point of every test program. The home directory is a temporary one, and none of the
+// caller's variables influences the library.
 #include <gtest/gtest.h>
 
 #include <cstdlib>

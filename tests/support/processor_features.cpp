@@ -3,8 +3,8 @@
 
 #include "processor_features.h"
 
-// Of the compiler's runtime library. In a unit of their own: Clang 14 crashes where
-// __builtin_cpu_supports stands beside these declarations.
+// From the compiler's runtime library. They have their own unit, because Clang 14 crashes if
+// __builtin_cpu_supports is used beside these declarations.
 extern "C" {
 extern unsigned int __cpu_model[4];  // vendor, type, subtype, features
 extern unsigned int __cpu_features2[1];

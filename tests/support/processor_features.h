@@ -7,8 +7,9 @@
 
 namespace kxtest {
 
-/// What __builtin_cpu_supports says of the first 64 features; the destructor puts the earlier
-/// answers back. x86-64 only. One at a time, and no other thread may ask meanwhile.
+/// Sets what __builtin_cpu_supports says about the first 64 features; the destructor restores the
+/// earlier answers. x86-64 only. Only one object may exist at a time, and no other thread may ask
+/// meanwhile.
 class ScopedFeatures {
 public:
     ScopedFeatures();
@@ -16,7 +17,7 @@ public:
     ScopedFeatures(const ScopedFeatures&) = delete;
     ScopedFeatures& operator=(const ScopedFeatures&) = delete;
 
-    /// One bit for each feature, by a numbering of the compiler's runtime library.
+    /// One bit for each feature, numbered as in the compiler's runtime library.
     static void set(std::uint64_t bits);
 
 private:

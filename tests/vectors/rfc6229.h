@@ -8,7 +8,7 @@
 
 namespace rfc6229 {
 
-/// Where in the key stream the 16 bytes of each row begin.
+/// The positions in the key stream at which the 16 bytes of each row begin.
 constexpr std::size_t offsets[18] = {0,    16,   240,  256,  496,  512,  752,  768,  1008,
                                      1024, 1520, 1536, 2032, 2048, 3056, 3072, 4080, 4096};
 

@@ -44,7 +44,8 @@ Image drawLines(const std::vector<std::string>& lines) {
         longest * cellWidth + 2 * margin, lines.size() * (cellHeight + margin) + margin, {}};
     image.pixels.assign(3 * image.width * image.height, paper);
     for (std::size_t i = 0; i < lines.size(); ++i) {
-        // Text lands at the lower left corner of what is handed over: here, a corner further in.
+        // Text is drawn in the lower left corner of the image passed, so a pointer further in is
+        // passed here.
         const std::size_t y = image.height - (i + 1) * (cellHeight + margin);
         unsigned char* const corner = &image.pixels[3 * (y * image.width + margin)];
         kxFont::drawText(corner, lines[i], static_cast<int>(image.width), ink);

@@ -15,32 +15,33 @@ class App;
 class Option;
 }  // namespace CLI
 
-/// The arguments behind the program's name. "@FILE" stands for those in a file ("@-": standard
-/// input), one a line, or each ended by a zero byte if the file holds one; "@@x" stands for "@x".
-/// Throws Failure for a file that cannot be read.
+/// The arguments after the program's name. "@FILE" stands for the arguments in a file ("@-" for
+/// those in standard input): one per line, or each ended by a zero byte if the file contains any.
+/// "@@x" stands for "@x". Throws Failure for a file that cannot be read.
 std::vector<std::string> expandArguments(int argc, const char* const* argv);
 
-/// CLI11 reads a meaning into some plain arguments: "[a,b]" (a list), "{}" (an empty list), "++"
-/// (the end of a sub-command). Guarded, they reach the options declared by Arguments as they are.
+/// CLI11 treats some plain arguments specially: "[a,b]" (a list), "{}" (an empty list), "++" (the
+/// end of a sub-command). Guarded, they reach the options declared by Arguments unchanged.
 std::string guarded(const std::string& argument);
 
-/// An option or positional argument of a sub-command. It is a reference: copies mean the same one.
+/// An option or positional argument of a sub-command. It is a reference: copies refer to the same
+/// one.
 class Argument {
 public:
     Argument required();
-    /// What the help calls its value.
+    /// Sets the name of its value in the help.
     Argument typeName(const std::string& name);
-    /// Shows in the help the value that the variable has now.
+    /// Shows the variable's current value in the help.
     Argument showDefault();
-    /// Not together with `other`.
+    /// Refuses it together with `other`.
     Argument excludes(Argument other);
     Argument oneOf(const std::vector<std::string>& values);
-    /// The numbers may be given by these names.
+    /// Lets the numbers be given by these names.
     Argument named(const std::map<std::string, int>& names);
     Argument positive();
-    /// `complaint` says what is wrong with a value; "": nothing.
+    /// `complaint` returns what is wrong with a value, or "" if nothing is.
     Argument check(const std::function<std::string(const std::string&)>& complaint);
-    /// Takes that many values.
+    /// Takes between `least` and `most` values.
     Argument count(int least, int most);
 
 private:
@@ -50,11 +51,12 @@ private:
     CLI::Option* _option;
 };
 
-/// What one sub-command understands; to be declared before the command line is parsed. Names are as
-/// in "-o,--output"; without a dash the argument is positional. A variable keeps its value where
-/// the command line has none, and must outlive the parsing.
+/// The options of one sub-command, to be declared before the command line is parsed. Names have the
+/// form "-o,--output"; a name without a dash is a positional argument. A variable keeps its value
+/// if the command line has none for it, and must outlive the parsing.
 ///
-/// The parser is kept out of the sub-commands' sources, since it takes longer to compile than they.
+/// The parser is kept out of the sub-commands' sources, since it takes longer to compile than they
+/// do.
 class Arguments {
 public:
     explicit Arguments(CLI::App& app) : _app(app) {}
@@ -69,7 +71,7 @@ public:
     Argument texts(const std::string& name, std::vector<std::string>& texts,
                    const std::string& description);
 
-    /// What closes the help.
+    /// Sets the text at the end of the help.
     void footer(const std::string& text);
 
 private:

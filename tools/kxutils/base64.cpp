@@ -17,7 +17,7 @@ struct Options {
     std::uint64_t wrap = 0;
 };
 
-// Writes text with a newline after every `width` characters, if that is not 0, and at the end.
+// Writes text with a newline after every `width` characters, unless that is 0, and one at the end.
 class Wrapper {
 public:
     Wrapper(Writer& out, std::size_t width) : _out(out), _width(width) {}
@@ -56,7 +56,7 @@ void encode(Input& input, std::size_t wrap, Writer& out, Session& session) {
     wrapper.finish();
 }
 
-// Hands on the characters that `isKept` lets pass, in whole groups of four.
+// Passes on the characters that `isKept` accepts, in whole groups of four.
 class Groups {
 public:
     explicit Groups(std::function<void(const std::string&)> use) : _use(std::move(use)) {}
@@ -76,8 +76,8 @@ private:
     std::string _text;
 };
 
-// The library's decoder remembers padding to the end of a text and drops what comes after it; here
-// that is an error, wherever the blocks end.
+// The library's decoder remembers padding up to the end of a text and drops what comes after it.
+// Here such text is an error, wherever the blocks end.
 void decode(Input& input, Writer& out, Session& session) {
     bool isPadded = false;
     std::string bytes;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What the sub-commands about checksum footers share.
+// Shared by the sub-commands that deal with checksum footers.
 #pragma once
 
 #include <cstdint>
@@ -13,8 +13,8 @@
 /// Eight upper-case hexadecimal digits.
 std::string checksumDigits(std::uint32_t checksum);
 
-/// A file under a path that can be opened more than once. Standard input ("-") is copied to a
-/// temporary file first, which goes with the object. Failures are of Status::unreadable.
+/// A file under a path that can be opened more than once. Standard input ("-") is first copied to a
+/// temporary file, which is removed with the object. Failures have Status::unreadable.
 class NamedFile {
 public:
     explicit NamedFile(const std::string& name);
@@ -29,15 +29,15 @@ private:
     std::string _path;
 };
 
-/// kxFile::findChecksum; a Failure of Status::unreadable if the file cannot be read to its end or
-/// is no regular file.
+/// Calls kxFile::findChecksum. Throws a Failure with Status::unreadable if the file cannot be read
+/// to its end or is not a regular file.
 kxFile::ChecksumInfo findFooter(const NamedFile& file, std::uint32_t offset,
                                 const kxFile::Progress& progress);
 
 bool hasFooter(const kxFile::ChecksumInfo& info);
 
-/// ok, bad or noChecksum.
+/// Returns ok, bad or noChecksum.
 Status statusOf(const kxFile::ChecksumInfo& info);
 
-/// Adds the values that the footer and the data have, if there is a footer.
+/// Adds the checksums in the footer and of the data, if there is a footer.
 void setValues(Json& fields, const kxFile::ChecksumInfo& info);

@@ -146,7 +146,7 @@ void show(const std::vector<Entry>& entries, Report& report) {
     }
 }
 
-// Answers by the exit code alone, so that a script can ask.
+// Answers only with the exit code, for use in scripts.
 void ask(const std::vector<std::string>& features, const std::vector<Entry>& entries,
          Report& report) {
     for (const std::string& feature : features) {

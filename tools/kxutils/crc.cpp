@@ -33,7 +33,7 @@ struct Options {
 
 constexpr std::size_t digitCount = 8;
 
-// The methods of that name: one, or all of them.
+// The methods with that name: one, or all of them.
 std::vector<Method> chosenMethods(const std::string& name) {
     std::vector<Method> chosen;
     std::copy_if(methods.begin(), methods.end(), std::back_inserter(chosen),
@@ -41,8 +41,8 @@ std::vector<Method> chosenMethods(const std::string& name) {
     return chosen;
 }
 
-// The checksum of a file behind its first bytes; the item's fields show those of all methods. It is
-// a failure if they differ.
+// The checksum of a file after its first bytes. The item's fields show the checksums of all
+// methods; it is a failure if they differ.
 std::string checksumOf(const std::string& file, const Options& options, Session& session,
                        Item& item) {
     const std::vector<Method> chosen = chosenMethods(options.method);
@@ -74,7 +74,7 @@ struct Entry {
     std::string digits, file;
 };
 
-// The parts of a line as write() makes it; none if it is no such line.
+// The parts of a line as write() makes it; nothing if it is not such a line.
 std::optional<Entry> entryOf(std::string line) {
     const bool isEscaped = !line.empty() && line[0] == '\\';
     if (isEscaped) line.erase(0, 1);
@@ -85,7 +85,7 @@ std::optional<Entry> entryOf(std::string line) {
     return entry;
 }
 
-// Ends the check of what is no list, and may be a device or a pipe without an end.
+// Ends the check of a file that is not a list, which may be a device or a pipe without an end.
 void requireList(const std::string& line) {
     if (line.size() >= LineReader::maxLine)
         throw Failure(Status::unreadable, "not a list of checksums: a line of 1 MiB or more");
@@ -93,7 +93,7 @@ void requireList(const std::string& line) {
         throw Failure(Status::unreadable, "a zero byte in a line: was the list written with -z?");
 }
 
-// If a file starts with as many lines that are none of a list, the others are not looked at.
+// If a file starts with this many lines that do not belong to a list, the rest is not looked at.
 constexpr std::uint64_t maxForeignLines = 100;
 
 void check(const Options& options, Session& session) {

@@ -16,13 +16,14 @@ namespace fs = std::filesystem;
 
 namespace {
 
-// Initialises the library's layout without what comes with it: init() creates the preferences
-// directory, which a look at an installation must not. So it is led below a device, where nothing
-// can be created; returns the preferences directory that it would have taken.
+// Initialises the library's layout without its side effect: init() creates the preferences
+// directory, which must not happen when somebody only looks at an installation. It is therefore
+// made to try below a device, where nothing can be created. Returns the preferences directory that
+// it would have used.
 std::string initLayout(const std::string& application, Report& report) {
     const std::string nowhere = "/dev/null/";
     const char* const variable = std::getenv("HOME");
-    const std::string home = variable ? variable : "$HOME";  // which init() then leaves as it is
+    const std::string home = variable ? variable : "$HOME";  // init() leaves it unexpanded
     if (!variable) report.note("HOME is not set: the preferences are below a directory \"$HOME\"");
 
     kxUtils::setenv("HOME", nowhere.c_str());
@@ -37,7 +38,7 @@ std::string initLayout(const std::string& application, Report& report) {
     return home + (home.back() == '/' ? "" : "/") + below;
 }
 
-// What the shell calls this program may be a name that it has found by PATH.
+// The name by which the shell calls this program may have been found in PATH.
 std::string ownPath() {
     std::error_code error;
     const auto path = fs::read_symlink("/proc/self/exe", error);

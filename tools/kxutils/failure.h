@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What can go wrong, and the exit codes that say so.
+// Everything that can go wrong, and the corresponding exit codes.
 #pragma once
 
 #include <stdexcept>
@@ -9,36 +9,37 @@
 
 enum class ExitCode {
     ok = 0,
-    failedCheck = 1,  ///< an item was read, and is not what it should be
+    failedCheck = 1,  ///< an item was read, but is not as it should be
     usage = 2,
     inputOutput = 3,  ///< an input could not be read or an output not written
-    noFooter = 4,     ///< a file without checksum footer where one is required
+    noFooter = 4,     ///< a file lacks a required checksum footer
     internal = 5
 };
 
-/// The one that counts when both apply: internal, failedCheck, inputOutput, noFooter, ok.
+/// The one that counts if both apply. The order is internal, failedCheck, inputOutput, noFooter,
+/// ok.
 ExitCode worse(ExitCode a, ExitCode b);
 
-/// How an item has fared.
+/// The outcome of the work on an item.
 enum class Status { ok, bad, noChecksum, unreadable, unwritable };
 
-/// Its word in results and documents: "ok", "BAD", "no checksum", "unreadable", "unwritable".
+/// Its name in results and documents: "ok", "BAD", "no checksum", "unreadable", "unwritable".
 const char* word(Status status);
 
 /// Ends the work on one item, not the program.
 struct Failure : std::runtime_error {
     Failure(Status s, const std::string& text) : std::runtime_error(text), status(s) {}
     Status status;
-    std::string name;  ///< of the file with which the text starts, if it does
+    std::string name;  ///< the name of a file with which the text starts, if any
 };
 
-/// A failure of the system's, named by errno.
+/// A failure of a system call, described by errno.
 Failure systemFailure(Status status);
 
-/// The same for an output: "cannot write 'NAME': ...".
+/// Like systemFailure(), for an output: "cannot write 'NAME': ...".
 Failure cannotWrite(const std::string& name);
 
-/// Does what concerns one file and no item; a Failure then leaves with the file's name.
+/// Does work that concerns one file and no item; a Failure in it gets the file's name.
 template <typename Work>
 void forFile(const std::string& name, const Work& work) {
     try {
@@ -50,12 +51,12 @@ void forFile(const std::string& name, const Work& work) {
     }
 }
 
-/// Standard output takes no more: the program ends.
+/// Standard output accepts nothing more, so the program ends.
 struct OutputLost : std::runtime_error {
     using std::runtime_error::runtime_error;
 };
 
-/// Arguments that cannot be right, found after parsing.
+/// Arguments found to be wrong after parsing.
 struct UsageError : std::runtime_error {
     using std::runtime_error::runtime_error;
 };

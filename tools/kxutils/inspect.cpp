@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxutils inspect: where the footers of a file stand and what they hold.
+// kxutils inspect: where the footers of a file are and what they contain.
 #include <array>
 #include <memory>
 
@@ -21,7 +21,7 @@ std::string position(bool isThere, std::uint64_t at) {
     return isThere ? "at " + std::to_string(at) : "none";
 }
 
-// As kxFile::getFileID() makes it, which cannot say that it could not read the file.
+// Makes the result of kxFile::getFileID(), which cannot report that it could not read the file.
 std::string identifierOf(Input& input, std::uint64_t size) {
     std::array<char, 8192> start{};
     const std::size_t n = input.fill(start.data(), start.size());
@@ -59,7 +59,7 @@ void inspect(const std::string& name, const Options& options, Session& session, 
     }
     setValues(item.fields, info);
     if (hasFooter(info)) {
-        add("stored", session.report.shown(info.stored));  // any bytes of the file
+        add("stored", session.report.shown(info.stored));  // may be any bytes of the file
         add("computed", checksumDigits(info.computed));
     }
     item.fields["identifier"] = identifier;

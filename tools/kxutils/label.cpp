@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxutils label: a line of text in a picture's lower left corner.
+// kxutils label: a line of text in the lower left corner of a picture.
 #include <algorithm>
 #include <cctype>
 #include <memory>
@@ -22,7 +22,7 @@ struct Options {
     std::string colour = "FFFFFF";
 };
 
-// Reads the head of a binary PPM byte by byte, the pixels in blocks.
+// Reads the header of a binary PPM byte by byte, and the pixels in blocks.
 class PpmReader {
 public:
     explicit PpmReader(const std::string& name) : _input(name) {
@@ -50,7 +50,7 @@ private:
         return c;
     }
 
-    // A decimal number behind white space and comments, and the one character that ends it.
+    // Reads a decimal number after white space and comments, and the one character that ends it.
     std::size_t number() {
         char c = next();
         while (c == '#' || std::isspace(static_cast<unsigned char>(c)) != 0) {
@@ -71,8 +71,8 @@ private:
     std::size_t _width = 0, _height = 0;
 };
 
-// The rows that a label covers, or fewer if the picture is lower; the bottom row first, as kxFont
-// takes them.
+// The rows that a label covers, or fewer if the picture is lower. The bottom row comes first, as
+// kxFont expects.
 class BottomRows {
 public:
     BottomRows(std::size_t width, std::size_t height)
@@ -115,7 +115,7 @@ void copyPixels(PpmReader& reader, std::size_t size, Writer& out, Session& sessi
     }
 }
 
-// "RRGGBB" as kxFont takes it, red in the lowest byte.
+// "RRGGBB" in the form that kxFont takes, with red in the lowest byte.
 unsigned int colourOf(const std::string& text) {
     const unsigned long rgb = std::stoul(text, nullptr, 16);
     return static_cast<unsigned int>((rgb >> 16 & 0xFF) | (rgb & 0xFF00) | (rgb & 0xFF) << 16);
@@ -127,7 +127,7 @@ std::string checkColour(const std::string& text) {
     return isColour ? "" : "'" + text + "' is not of the form RRGGBB";
 }
 
-// Labels the picture of `reader`, or a background of the label's size.
+// Labels the picture that `reader` reads, or a background of the label's size.
 void writeLabelled(const Options& options, PpmReader* reader, Session& session) {
     const std::size_t width = reader ? reader->width() : cellWidth * options.text.size() + 1;
     const std::size_t height = reader ? reader->height() : cellHeight;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxutils log: lines of standard input, written through the library's log.
+// kxutils log: writes lines of standard input through the library's log.
 #include <sys/stat.h>
 
 #include <array>
@@ -21,14 +21,14 @@ struct Options {
     std::string file;
     int format = 1;
     bool isForced = false;
-    std::string level;  // "": each line's first word decides
+    std::string level;  // if "", the first word of each line decides
 };
 
 const std::map<std::string, Level> levels = {
     {"info", kxLog::infoI}, {"warning", kxLog::warningI}, {"error", kxLog::errorI}};
 
-// A level word at the start of a line, with the colon and the blank that may follow it. The word is
-// taken from the line.
+// The level word at the start of a line. The word, and the colon and the blank that may follow it,
+// are removed from the line.
 Level levelOf(std::string_view& line) {
     constexpr std::array<std::pair<std::string_view, Level>, 4> words = {
         {{"INFO", kxLog::infoI},
@@ -46,8 +46,8 @@ Level levelOf(std::string_view& line) {
     return kxLog::infoI;
 }
 
-// Sees what has become of the log file. kxLog loses a line silently where it cannot be written, and
-// a head as well.
+// Finds out what has become of the log file. kxLog silently loses a line, or a header, that it
+// cannot write.
 class LogFile {
 public:
     explicit LogFile(const std::string& name) : _path(name) {
@@ -55,13 +55,13 @@ public:
         if (stat(_path.c_str(), &info) == 0) _before = info;
     }
 
-    // The library has opened the file, or one that stands in its place. Throws Failure unless it is
-    // a regular one that starts as a log does.
+    // The library has opened the file, or one that replaces it. Throws Failure unless it is a
+    // regular file that starts as a log does.
     void expectHead(LogFormat format) {
         const struct stat after = look();
         if (!S_ISREG(after.st_mode))
             throw Failure(Status::unwritable, "a log file is a regular file");
-        // Each opening adds a head in HTML.
+        // Each opening adds a header in HTML.
         const bool hasGrown = format != LogFormat::html || after.st_size > sizeBefore(after);
         const bool hasHead =
             format == LogFormat::text || (after.st_size > 0 && isLog(_path, format));
@@ -71,8 +71,8 @@ public:
         _before = after;
     }
 
-    // Throws Failure unless a line of that many bytes has been added, perhaps to a new file that a
-    // change of day has started.
+    // Throws Failure unless a line of that many bytes has been added, perhaps to a new file started
+    // by a change of day.
     void expectGrowth(std::size_t bytes) {
         const struct stat after = look();
         const off_t head = isBefore(after) ? 0 : static_cast<off_t>(_headSize);
@@ -99,7 +99,7 @@ private:
     std::size_t _headSize = 0;
 };
 
-// Appends what the log writes to a string.
+// Appends to a string what the log writes.
 struct OutputBuffer {
     explicit OutputBuffer(std::string& text) { kxLog::enableOutputBuffer(text); }
     ~OutputBuffer() { kxLog::disableOutputBuffer(); }
@@ -107,7 +107,7 @@ struct OutputBuffer {
     OutputBuffer& operator=(const OutputBuffer&) = delete;
 };
 
-// The library would replace or extend what is no log.
+// The library would replace or extend a file that is no log.
 void requireRoom(const std::string& path, LogFormat format, const Options& options,
                  Report& report) {
     const std::map<LogFormat, const char*> names = {
@@ -153,14 +153,14 @@ void run(const Options& options, Session& session) {
         for (std::string line; lines.next(line); ++count) {
             std::string_view message = line;
             const Level level = options.level.empty() ? levelOf(message) : levels.at(options.level);
-            // The message ends where `line` does, and so with a zero byte.
+            // The message ends where `line` does, or at a zero byte before.
             level(message.data(), /*flags: buffer and file*/ 4, /*alternate=*/false);
             if (file)
                 file->expectGrowth(logged.size());
             else
                 session.out.write(logged);
             logged.clear();
-            // The lines may come from a program that is still at work.
+            // The lines may come from a program that is still running.
             if (lines.mustRead()) session.out.flush();
         }
         item.fields["lines"] = count;

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxutils: the library's work on the command line. What all sub-commands share is decided here:
-// standard streams, arguments, exit codes.
+// kxutils: the library's work on the command line. What all sub-commands have in common is decided
+// here: standard streams, arguments, exit codes.
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -47,13 +47,13 @@ constexpr const char* exitCodes =
     "apply, the first of 5, 1, 3, 4.\n\n"
     "Example:\n  kxutils verify -r --ext osb scenes";
 
-// Also a command line that cannot be parsed may have asked for a document.
+// Even a command line that cannot be parsed may have asked for a document.
 bool wantsJson(const std::vector<std::string>& arguments) {
     const auto end = std::find(arguments.begin(), arguments.end(), "--");
     return std::find(arguments.begin(), end, "--json") != end;
 }
 
-// Parses the command line and does what it says. Help and version are results as any other.
+// Parses the command line and does what it says. Help and version are results like any other.
 void runCommandLine(Session& session, int argc, char** argv) {
     CLI::App app("kxutils: checksums, codecs, paths and more from the shell", "kxutils");
     app.set_version_flag("--version", "kxutils " KXUTILS_VERSION);
@@ -70,7 +70,7 @@ void runCommandLine(Session& session, int argc, char** argv) {
     std::vector<std::string> arguments = expandArguments(argc, argv);
     session.report.asJson = wantsJson(arguments);
     std::transform(arguments.begin(), arguments.end(), arguments.begin(), guarded);
-    std::reverse(arguments.begin(), arguments.end());  // as the parser takes them
+    std::reverse(arguments.begin(), arguments.end());  // the parser takes them in reverse
     try {
         app.parse(std::move(arguments));
     } catch (const CLI::Success& request) {
@@ -145,7 +145,7 @@ int main(int argc, char** argv) {
     std::set_terminate(endAtFault);
     try {
         return static_cast<int>(run(argc, argv));
-    } catch (...) {  // not even a report could be made
+    } catch (...) {  // there was not even memory for a report
         writeAll(STDERR_FILENO, internalFault);
         return static_cast<int>(ExitCode::internal);
     }

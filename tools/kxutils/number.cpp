@@ -22,7 +22,7 @@ struct Options {
     bool isReading = false;
 };
 
-// Calls `use` with each argument, and in place of "-" with each line of standard input.
+// Calls `use` with each argument or, for "-", with each line of standard input.
 void forEachText(const Options& options, const std::function<void(const std::string&)>& use) {
     for (const std::string& argument : options.arguments) {
         if (argument != "-") {
@@ -58,7 +58,8 @@ void readLists(const Options& options, Report& report) {
     });
 }
 
-// Not every standard library's from_chars() reads floats. The program's locale is the classic one.
+// Not every standard library's from_chars() reads floats. The locale of the program is the classic
+// one.
 float valueOf(const std::string& text) {
     char* end = nullptr;
     errno = 0;

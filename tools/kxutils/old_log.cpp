@@ -26,15 +26,15 @@ constexpr std::string_view htmlHead =
     "<head><style type=\"text/css\">span { white-space: pre-wrap;}</style></head>"
     "<br><p align=\"middle\">";
 
-// What the library adds to the name of a file without a date that it moves, replacing what is
-// there.
+// What the library adds to the name of a file without a date when it moves the file, replacing what
+// is there.
 constexpr const char* undated = "00000-000000";
 
 bool startsWith(std::string_view text, std::string_view start) {
     return text.substr(0, start.size()) == start;
 }
 
-// In the pattern 0 stands for any digit.
+// In the pattern a 0 stands for any digit.
 bool startsLike(std::string_view text, std::string_view pattern) {
     return text.size() >= pattern.size() &&
            std::equal(pattern.begin(), pattern.end(), text.begin(), [](char expected, char c) {
@@ -57,21 +57,22 @@ bool startsAsLog(std::string_view text, LogFormat format) {
     return text.empty() || startsLike(text, "00.00.0000;00:00:00;");
 }
 
-// The size of a regular file, following links; nothing for anything else.
+// The size of a regular file, following links; no value for anything else.
 std::optional<std::uint64_t> regularSize(const std::string& path) {
     struct stat info {};
     if (stat(path.c_str(), &info) != 0 || !S_ISREG(info.st_mode)) return {};
     return static_cast<std::uint64_t>(info.st_size);
 }
 
-// True if the library gives the file at `path`, or the one that it makes there, the undated name.
+// True if the library gives the undated name to the file at `path`, or to the file that it makes
+// there.
 bool becomesUndated(const std::string& path, LogFormat format) {
     const std::optional<std::uint64_t> size = regularSize(path);
     if (format == LogFormat::csv) return size.value_or(0) <= csvHeader.size();
     return size && (format == LogFormat::html || *size == 0);
 }
 
-// True for what is worth no more than the file that takes its name.
+// True for a file that is worth no more than the one that takes its name.
 bool isReplaceable(const std::string& path, LogFormat format) {
     const std::optional<std::uint64_t> size = regularSize(path);
     if (!size) return true;
@@ -112,7 +113,7 @@ std::vector<std::string> foreignFiles(const std::string& path, LogFormat format)
 std::string moveAside(const std::string& path) {
     for (int number = 1;; ++number) {
         std::string name = path + ".~" + std::to_string(number) + '~';
-        // An empty file of ours holds the name, so that renaming replaces nothing else.
+        // An empty file of ours reserves the name, so that renaming replaces nothing else.
         const Descriptor reserved(
             open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, S_IRUSR | S_IWUSR));
         if (reserved.get() < 0 && errno == EEXIST) continue;

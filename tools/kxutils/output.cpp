@@ -26,7 +26,7 @@ std::string directoryOf(const std::string& path) {
     return directory.empty() ? "." : directory.string();
 }
 
-// True for names of open descriptors and of devices, which are no places for files.
+// True for names of open descriptors and of devices, where no file can be put.
 bool isSystems(const std::string& path) {
     std::error_code ignored;
     const std::string directory = fs::canonical(directoryOf(path), ignored).string() + '/';
@@ -34,7 +34,7 @@ bool isSystems(const std::string& path) {
            directory.compare(0, 6, "/proc/") == 0;
 }
 
-// What a name leads to, which need not exist.
+// The path to which a name leads; it need not exist.
 std::string behindLinks(const std::string& name) {
     std::string path = name;
     std::error_code error;
@@ -48,7 +48,7 @@ std::string behindLinks(const std::string& name) {
 
 // --- Signals -------------------------------------------------------------------------------------
 
-// What a signal that ends the program removes; null: nothing.
+// The file that a signal which ends the program removes; null if there is none.
 std::atomic<const char*> _unfinished{nullptr};
 static_assert(std::atomic<const char*>::is_always_lock_free, "a signal's handler reads it");
 
@@ -57,7 +57,7 @@ extern "C" void removeUnfinished(int signal) {
     raise(signal);  // ends the program when this handler returns
 }
 
-// A signal that is ignored, as nohup(1) wants it, stays so.
+// A signal that is ignored, as nohup(1) arranges it, stays ignored.
 void removeOnSignals(const std::string& path) {
     _unfinished = path.c_str();
     for (const int signal : {SIGHUP, SIGINT, SIGTERM}) {
@@ -71,7 +71,7 @@ void removeOnSignals(const std::string& path) {
 
 // --- Modes ---------------------------------------------------------------------------------------
 
-// Owner and mode as far as the system allows. Where the group must change, it gets no rights.
+// Sets owner and mode as far as the system allows. If the group has to change, it gets no rights.
 void takeRights(int descriptor, const struct stat& from) {
     constexpr mode_t all = 0777, group = 0070;
     mode_t mode = from.st_mode & all;
@@ -117,7 +117,7 @@ void Output::openInPlace() {
 
 void Output::openBeside() {
     struct stat old {};
-    // Replacing a file takes no right to write to it; the user expects that it does.
+    // Replacing a file does not need the right to write to it, but the user expects that it does.
     const Descriptor earlier(open(_target.c_str(), O_WRONLY | O_CLOEXEC));
     const bool exists = earlier.get() >= 0 && fstat(earlier.get(), &old) == 0;
     if (!exists && errno != ENOENT) throw cannotWrite(_name);
@@ -125,8 +125,8 @@ void Output::openBeside() {
     const std::string start = directoryOf(_target) + "/.kxutils-" + std::to_string(getpid()) + '-';
     for (int number = 1;; ++number) {
         const std::string path = start + std::to_string(number);
-        // Nobody may read what will have narrower rights; a new file gets those that the user's
-        // mask leaves.
+        // Nobody may read a file that will get narrower rights. A new file gets those that the
+        // user's mask leaves.
         Descriptor file(open(path.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC,
                              exists ? S_IRUSR | S_IWUSR : 0666));
         if (file.get() < 0 && errno == EEXIST) continue;  // left by a run that was killed

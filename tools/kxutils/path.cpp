@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxutils path: one result a line, for shell use.
+// kxutils path: one result per line, for use in shells.
 #include <map>
 #include <memory>
 
@@ -15,7 +15,7 @@ struct Options {
     std::vector<std::string> arguments;
 };
 
-// A library function on one path; it may throw a Failure.
+// A library function applied to one path; it may throw a Failure.
 using Operation = std::function<std::string(const std::string&)>;
 
 std::string expanded(const std::string& path) {
@@ -33,13 +33,13 @@ std::string validName(std::string name) {
     return name;
 }
 
-// The library's answer to what it refuses is an empty one.
+// The library returns an empty text for what it refuses.
 std::string notEmpty(const std::string& result) {
     if (result.empty()) throw Failure(Status::bad, "the base or the path does not allow it");
     return result;
 }
 
-// Takes the extension of setext from the arguments.
+// Takes the extension for setext out of the arguments.
 Operation operationOf(Options& options) {
     const std::string base = options.base.empty() ? kxFile::getCurrentDir() : options.base;
     if (options.operation == "setext") {

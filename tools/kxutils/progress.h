@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// How far the work is, shown to those who wait in front of a terminal.
+// The progress of the work, shown to users who wait at a terminal.
 #pragma once
 
 #include <atomic>
@@ -9,11 +9,12 @@
 #include <cstdint>
 #include <string>
 
-/// One line on standard error, from half a second on, if that is a terminal:
+/// One line on standard error, if that is a terminal, shown after half a second:
 ///
 ///     1.2 GiB of 4.0 GiB, 512.0 MiB/s, 6 s left
 ///
-/// expect() and add() only count: any thread may call them. The rest is for the main thread.
+/// expect() and add() only count, and any thread may call them. The other functions are for the
+/// main thread.
 class Progress {
 public:
     Progress();
@@ -21,11 +22,11 @@ public:
     Progress(const Progress&) = delete;
     Progress& operator=(const Progress&) = delete;
 
-    /// More bytes are to come; what was not announced has no time left.
+    /// Announces more bytes. Without an announcement, no time left is shown.
     void expect(std::uint64_t bytes) { _expected += bytes; }
     void add(std::uint64_t bytes) { _done += bytes; }
 
-    /// Shows the line, or a new one, if it is time to.
+    /// Shows the line, or updates it, if it is time to.
     void update();
     /// Erases the line, before anything else is written and at the end.
     void hide();

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-// Where the functions of POSIX for locales are declared on some systems.
+// Some systems declare the POSIX functions for locales here.
 #if __has_include(<xlocale.h>)
 #include <xlocale.h>
 #else
@@ -18,7 +18,7 @@
 
 namespace {
 
-// The user's locale, for the calling thread as long as the object lives: that of the program stays
+// Uses the user's locale in the calling thread during its lifetime. The locale of the program stays
 // the classic one.
 class UserLocale {
 public:
@@ -37,7 +37,7 @@ private:
     const locale_t _before;
 };
 
-// A character, or bytes that are none.
+// A character, or bytes that do not form one.
 struct Piece {
     std::string_view bytes;
     bool isPrintable;
@@ -65,7 +65,7 @@ std::vector<Piece> piecesOf(std::string_view text) {
     return pieces;
 }
 
-// The escape sequence of a byte between $' and '.
+// The escape sequence for a byte between $' and '.
 std::string escaped(char byte) {
     constexpr std::string_view named = "\a\b\f\n\r\t\v", letters = "abfnrtv";
     const std::size_t at = named.find(byte);
@@ -76,7 +76,7 @@ std::string escaped(char byte) {
     return digits;
 }
 
-// Goes on with a text that stands between single quotes.
+// Continues a text that stands between single quotes.
 class QuotedText {
 public:
     void addPlain(std::string_view bytes) {
@@ -84,7 +84,7 @@ public:
         _isEscaping = false;
         text += bytes;
     }
-    void addQuote() {  // ends the quotes, and an escape sequence as well
+    void addQuote() {  // ends the quotes, and an escape sequence, too
         _isEscaping = false;
         text += "'\\''";
     }
@@ -101,7 +101,7 @@ private:
     bool _isEscaping = false;
 };
 
-// True for a name that a shell would read in another way without quotes.
+// True for a name that a shell would read differently without quotes.
 bool needsQuotes(const std::vector<Piece>& pieces) {
     if (pieces.empty() || pieces.front().isOneOf("#~")) return true;
     if (pieces.size() == 1 && pieces.front().isOneOf("{}")) return true;
@@ -110,7 +110,7 @@ bool needsQuotes(const std::vector<Piece>& pieces) {
     return false;
 }
 
-// True for a name with an apostrophe that reads the same between double quotes.
+// True for a name with an apostrophe that reads the same in double quotes.
 bool suitsDoubleQuotes(const std::vector<Piece>& pieces) {
     bool hasApostrophe = false;
     for (const Piece& piece : pieces) {

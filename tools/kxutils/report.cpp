@@ -37,7 +37,7 @@ ExitCode exitCodeOf(Status status) {
     return ExitCode::internal;
 }
 
-// A line that nameLine() makes for programs.
+// A line as nameLine() makes it for programs.
 std::string escapedLine(const std::string& head, const std::string& name) {
     if (name.find_first_of("\n\r\\") == std::string::npos) return head + name;
     std::string line = '\\' + head;
@@ -124,7 +124,7 @@ void Report::line(const std::string& text) {
 
 void Report::writeMessage(const std::string& text) {
     _progress.hide();
-    _out.flush();  // on a terminal both streams meet
+    _out.flush();  // on a terminal both streams go to one place
     if (!writeAll(STDERR_FILENO, "kxutils: " + text + '\n')) raise(ExitCode::inputOutput);
 }
 

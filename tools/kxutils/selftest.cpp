@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// kxutils selftest: published vectors through the codecs, checksums and ciphers of the library.
+// kxutils selftest: tests the codecs, checksums and ciphers of the library with published vectors.
 #include <array>
 #include <utility>
 
@@ -43,7 +43,8 @@ void testDecoding(Item& /*item*/) {
     }
 }
 
-// The check value of the catalogue of CRC algorithms, and a text long enough for every fast path.
+// Uses the check value of the catalogue of CRC algorithms, and a text long enough for every fast
+// path.
 template <typename Function>
 void testCrc(Function crc) {
     const std::string digits = "123456789", million(1000000, 'a');
@@ -87,7 +88,8 @@ void testCipher(Item& /*item*/) {
     expect(std::equal(at4096.begin(), at4096.end(), stream.begin() + 4096), "offset 4096");
 }
 
-// The key is the library's own, so nothing is published: what is enciphered must come back.
+// The key is the library's own, so there are no published vectors. What is enciphered must come
+// back.
 void testShader(Item& /*item*/) {
     const std::string text = "void main() {}\n";
     const std::string head = {static_cast<char>(text.size()), 0, 0, 0};

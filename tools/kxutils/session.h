@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What a sub-command works with, and the list of them all.
+// What sub-commands work with, and the list of all sub-commands.
 #pragma once
 
 #include <functional>
@@ -14,25 +14,25 @@
 struct Session {
     explicit Session(int standardOutput) : out(standardOutput), report(out, progress) {}
 
-    Writer out;  ///< standard output, for results that are no lines
+    Writer out;  ///< standard output, for results that are not lines
     Progress progress;
     Report report;
 
-    /// Counts bytes that the main thread has worked on.
+    /// Counts bytes that the main thread has processed.
     void advance(std::uint64_t bytes) {
         progress.add(bytes);
         progress.update();
     }
 
-    /// Calls `use` with the rest of an input, in blocks that are full (blockSize) but the last.
+    /// Calls `use` with the rest of an input, in full blocks (blockSize) except for the last.
     void readBlocks(Input& input, const std::function<void(std::string_view)>& use);
 };
 
 /// The work of a sub-command, once its options are known.
 using Work = std::function<void()>;
 
-// Each declares the options of one sub-command and returns its work. A text that contains an
-// example closes the help.
+// Each function declares the options of one sub-command and returns its work. The help ends with a
+// text that contains an example.
 Work addBase64(Arguments& arguments, Session& session);
 Work addCpu(Arguments& arguments, Session& session);
 Work addCrc(Arguments& arguments, Session& session);

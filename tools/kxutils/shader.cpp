@@ -16,7 +16,7 @@ struct Options {
     std::string operation, input, output = "-", array, header;
 };
 
-// A block is one piece to the library, so all of it is in memory; no shader is nearly as long.
+// The library takes a block in one piece, so all of it is in memory; no shader is nearly this long.
 constexpr std::size_t maxText = 1 << 24;
 constexpr std::size_t headSize = 4;  // the text's size, the least significant byte first
 
@@ -45,7 +45,7 @@ std::string packed(const std::string& text) {
 
 std::string unpacked(const std::string& block) {
     if (block.size() < headSize) throw Failure(Status::bad, "not an enciphered block");
-    // The library trusts the size.
+    // The library trusts the size, so it is checked here.
     if (block.compare(0, headSize, headOf(block.size() - headSize)) != 0)
         throw Failure(Status::bad, "not an enciphered block: its size is another one");
     return coded(block);
@@ -54,7 +54,7 @@ std::string unpacked(const std::string& block) {
 std::string sourceUnit(const Options& options, const std::string& block) {
     const std::string array =
         "const unsigned char " + options.array + '[' + std::to_string(block.size()) + ']';
-    // Declared first: a constant has internal linkage otherwise.
+    // It is declared first, because a constant would otherwise have internal linkage.
     const std::string declaration =
         options.header.empty() ? "extern " + array + ";" : "#include \"" + options.header + '"';
     std::string unit = "// Made by kxutils shader pack; do not edit.\n" + declaration +

@@ -27,7 +27,7 @@ std::uint32_t checksumBehind(const std::string& path, std::uint32_t offset, Sess
     return crc;
 }
 
-// All of the footer or nothing: a part of one would stay in the way.
+// Appends all of the footer or nothing, since a part of one would stay in the way.
 void append(const std::string& path, std::uint32_t checksum) {
     const std::uintmax_t size = std::filesystem::file_size(path);
     if (kxFile::appendChecksum(path, checksum)) return;

@@ -17,7 +17,7 @@
 
 int claimStandardStreams() {
     for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
-        // Opened the wrong way round, the null device refuses both reading and writing.
+        // The null device, opened for the wrong direction, refuses both reading and writing.
         if (fcntl(descriptor, F_GETFD) == -1)
             static_cast<void>(open("/dev/null", descriptor == STDIN_FILENO ? O_WRONLY : O_RDONLY));
     }
@@ -25,7 +25,8 @@ int claimStandardStreams() {
     std::signal(SIGXFSZ, SIG_IGN);
     const int results = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
     dup2(STDERR_FILENO, STDOUT_FILENO);
-    // Nothing that the library prints stays in a buffer that is flushed later, elsewhere.
+    // Nothing that the library prints may stay in a buffer that is flushed later to a different
+    // place.
     std::setvbuf(stdout, nullptr, _IONBF, 0);
     return results;
 }
@@ -145,7 +146,7 @@ void Writer::flush() {
 
 void Writer::close() {
     flush();
-    if (::close(_descriptor.release()) != 0) fail();  // where a network's file system reports
+    if (::close(_descriptor.release()) != 0) fail();  // a network file system reports errors here
 }
 
 bool Writer::isTerminal() const { return isatty(_descriptor.get()) == 1; }

@@ -31,7 +31,7 @@ struct Options {
     std::uint32_t offset = 0;
 };
 
-// A file to check, or why there is none.
+// A file to check, or the reason why there is none.
 struct Candidate {
     std::string path, error;
 };
@@ -54,7 +54,7 @@ public:
     std::vector<Candidate> found() && { return std::move(_found); }
 
 private:
-    // Links to files are followed, links to directories are not: they may lead in circles.
+    // Links to files are followed. Links to directories are not, because they may lead in circles.
     void addDirectory(const fs::path& directory) {
         std::error_code error;
         std::vector<fs::directory_entry> entries;
@@ -72,7 +72,7 @@ private:
         }
     }
 
-    // A link that leads nowhere is reported; a link to a directory, a pipe or a device is no file.
+    // A dangling link is reported; a link to a directory, a pipe or a device is not a file.
     bool isWanted(const fs::directory_entry& entry) const {
         std::error_code ignored;
         if (entry.exists(ignored) && !entry.is_regular_file(ignored)) return false;
@@ -87,8 +87,8 @@ private:
     std::vector<Candidate> _found;
 };
 
-// Does the same work on many things on several threads and hands out the results in order. Nothing
-// in the work may log or print. Where the system has no thread to give, the caller does the work.
+// Does one kind of work on many items in several threads and hands out the results in order. The
+// work must not log or print. If the system cannot start a thread, the caller does the work.
 class OrderedWork {
 public:
     using Job = std::function<Item(std::size_t index, const std::atomic<bool>& isStopping)>;
@@ -96,8 +96,9 @@ public:
     OrderedWork(std::size_t count, std::size_t threads, Job job)
         : _job(std::move(job)), _results(count) {
         threads = std::min(count, threads);
-        // Neither a thread nor memory for one is worth giving up: those that could be started do
-        // the work. Room comes first, as no running thread may be lost for want of it.
+        // A lack of threads, or of memory for them, is no reason to give up: the threads that have
+        // been started do the work. The room for them is reserved first, since no running thread
+        // may be lost for lack of it.
         try {
             _threads.reserve(threads);
             while (_threads.size() < threads) _threads.emplace_back([this] { work(); });
@@ -112,8 +113,8 @@ public:
     OrderedWork(const OrderedWork&) = delete;
     OrderedWork& operator=(const OrderedWork&) = delete;
 
-    // Waits for a result, looking for it, and calling `whileWaiting`, ten times a second at least.
-    // Throws what a job has thrown.
+    // Waits for a result; looks for it, and calls `whileWaiting`, at least ten times a second.
+    // Rethrows an exception of the job.
     Item take(std::size_t index, const std::function<void()>& whileWaiting) {
         if (_threads.empty()) {
             whileWaiting();
@@ -143,7 +144,7 @@ private:
             const std::lock_guard<std::mutex> lock(_mutex);
             _results[i] = std::move(item);
             if (fault) _fault = fault;
-            // Waking the main thread for each small file would cost more than checking it.
+            // Waking the main thread for each small file would cost more than checking the file.
             if (++_done % 64 == 0 || _done == _results.size() || fault) _hasNews.notify_one();
         }
     }
@@ -152,14 +153,14 @@ private:
     std::vector<std::optional<Item>> _results;
     std::exception_ptr _fault;
     std::size_t _done = 0;
-    std::mutex _mutex;  // guards what stands above
+    std::mutex _mutex;  // guards the members above
     std::condition_variable _hasNews;
     std::atomic<std::size_t> _next{0};
-    std::atomic<bool> _isStopping{false};  // no more jobs are begun; those under way may look
+    std::atomic<bool> _isStopping{false};  // no more jobs are begun; those running may check it
     std::vector<std::thread> _threads;
 };
 
-// Ends a job whose result nobody will take.
+// Ends a job when its result is not wanted any more.
 struct Stopped {};
 
 Item check(const Candidate& candidate, std::uint32_t offset, const kxFile::Progress& progress) {
@@ -171,7 +172,7 @@ Item check(const Candidate& candidate, std::uint32_t offset, const kxFile::Progr
     });
 }
 
-// How many items had which status.
+// Counts the items by status.
 class Summary {
 public:
     void count(Status status) { ++_counts[static_cast<std::size_t>(status)]; }

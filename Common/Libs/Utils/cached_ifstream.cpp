@@ -13,7 +13,7 @@ constexpr int defaultSize = 32768;
 
 cached_istreambuf::cached_istreambuf(int size, const char* name)
     : _size(size == 0 ? defaultSize : size) {
-    // Zeroed: putting back before the first read delivers these bytes.
+    // Zeroed, because putting back before the first read delivers these bytes.
     _buffer.reset(new char[static_cast<std::size_t>(_size)]());
     discard();
     open(name);
@@ -52,7 +52,7 @@ cached_istreambuf::pos_type cached_istreambuf::seekoff(off_type off, std::ios_ba
         moved = fseeko(_file, off, SEEK_CUR) == 0;
     }
     const off_type result = moved ? ftello(_file) : -1;
-    // A pipe, where both are -1, keeps its buffered bytes here as well: nothing was moved.
+    // A pipe gives -1 for both and keeps its buffered bytes, since nothing was moved.
     if (result != current && (which & std::ios_base::in)) discard();
     return result;
 }
@@ -75,7 +75,7 @@ cached_istreambuf::int_type cached_istreambuf::underflow() {
     return traits_type::to_int_type(*start);
 }
 
-// The stream must exist before its buffer: the buffer is attached once it is there.
+// The stream must exist before its buffer, so the buffer is attached here.
 cached_ifstream::cached_ifstream(const char* name, unsigned long size)
     : std::istream(nullptr),
       _buffer(std::make_unique<cached_istreambuf>(static_cast<int>(size), name)) {

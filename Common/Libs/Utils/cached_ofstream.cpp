@@ -64,7 +64,7 @@ cached_streambuf::int_type cached_streambuf::overflow(int_type c) {
 
 cached_ofstream::cached_ofstream() : cached_ofstream(nullptr, 0) {}
 
-// The stream must exist before its buffer: the buffer is attached once it is there.
+// The stream must exist before its buffer, so the buffer is attached here.
 cached_ofstream::cached_ofstream(const char* name, unsigned long size)
     : std::ostream(nullptr),
       _buffer(std::make_unique<cached_streambuf>(static_cast<int>(size), name)) {
@@ -78,6 +78,6 @@ std::int64_t cached_ofstream::size() const { return _buffer->size(); }
 
 void cached_ofstream::close() {
     const bool hasFailed = !_buffer->is_valid();
-    _buffer->close();  // first: setstate throws where the caller has switched exceptions on
+    _buffer->close();  // first, since setstate throws if the caller has switched exceptions on
     if (hasFailed) setstate(std::ios_base::badbit);
 }

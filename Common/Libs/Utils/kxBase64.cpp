@@ -20,11 +20,11 @@ namespace {
 
 // --- Strings -------------------------------------------------------------------------------------
 
-// Resizing a string and converting into it would fill it with zeros first; to convert into a buffer
-// that stays in the first cache, and to append from there, costs less.
+// Resizing a string in order to convert into it would first fill it with zeros. Converting into a
+// buffer that stays in the first-level cache, and appending from there, costs less.
 struct Buffer {
     static constexpr unsigned long bytes = 6144, characters = 8192;
-    char at[characters + 1];  // with the terminator of encode()
+    char at[characters + 1];  // with the terminator that encode() writes
 };
 
 template <class Convert>
@@ -34,7 +34,7 @@ unsigned long atOnce(const char* in, unsigned long n, std::string& out, Convert 
     return out.size();
 }
 
-// The same piece by piece, for a result of at most `size` bytes.
+// Converts piece by piece like the above, for a result of at most `size` bytes.
 template <class Convert>
 unsigned long inPieces(const char* in, unsigned long n, unsigned long piece, std::string& out,
                        unsigned long size, Convert convert) {
@@ -58,7 +58,8 @@ using Fastest = kx::detail::FastestKernel<Base64Kernel, kx::detail::base64Kernel
 
 }  // namespace
 
-// Not constexpr itself: an exported inline variable would keep the library from being unloaded.
+// Not constexpr in the header: an exported inline variable would keep the library from being
+// unloaded.
 const std::array<unsigned char, 256> kxBase64::_map = kx::detail::base64Map;
 
 kxBase64::~kxBase64() = default;

@@ -46,7 +46,8 @@ kxCPUInfo::kxCPUInfo(const Fields& fields) : _fields(fields) {}
 
 kxCPUInfo::~kxCPUInfo() = default;
 
-// Not a static of the file: the queries cost too much for a program that never asks.
+// Made at the first call and not at start-up: the queries cost too much for a program that never
+// asks.
 kxCPUInfo& kxCPUInfo::getCPUInfo() {
     static kxCPUInfo cpuInfo;
     return cpuInfo;

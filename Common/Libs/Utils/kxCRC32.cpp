@@ -22,7 +22,7 @@ using kx::detail::oneByOne;
 
 namespace {
 
-// Entry i: the register after the 4 bits of i.
+// Entry i is the register after the 4 bits of i.
 constexpr std::array<std::uint32_t, 16> makeLookup16() {
     std::array<std::uint32_t, 16> table{};
     for (std::uint32_t i = 0; i < 16; ++i) table[i] = crc32BitSteps(i, 4);
@@ -34,8 +34,8 @@ static_assert(crc32Lookup16[0] == 0 && crc32Lookup16[1] == 0x1DB71064 &&
 
 const unsigned char* bytesOf(const void* data) { return static_cast<const unsigned char*>(data); }
 
-// Takes bytes through the register; `step` is a byte's worth. Four bytes enter the register at a
-// time: three steps in four need not wait for theirs.
+// Takes bytes through the register; `step` takes it one byte further. Four bytes enter the register
+// at a time, so three steps in four need not wait for their byte.
 template <class Step>
 std::uint32_t bytewise(std::uint32_t crc, const unsigned char* p, unsigned long length, Step step) {
     for (; length >= 4; length -= 4, p += 4)
@@ -43,13 +43,13 @@ std::uint32_t bytewise(std::uint32_t crc, const unsigned char* p, unsigned long 
     return oneByOne(crc, p, length, step);
 }
 
-// What bit step `step` of four adds to the register after all of them.
+// What bit step `step` of four contributes to the register after all four.
 constexpr std::uint32_t bitTerm(std::uint32_t crc, int step) {
     return (0 - ((crc >> step) & 1)) & (crc32Polynomial >> (3 - step));
 }
 
-// Four bit steps side by side: the bits that decide them are all there at the start, since a step
-// leaves the three bits alone that decide the next three.
+// Four bit steps side by side. The bits that decide them are all known at the start, since a step
+// does not change the three bits that decide the next three steps.
 constexpr std::uint32_t fourBits(std::uint32_t crc) {
     static_assert((crc32Polynomial & 7) == 0);
     return (crc >> 4) ^ bitTerm(crc, 0) ^ bitTerm(crc, 1) ^ bitTerm(crc, 2) ^ bitTerm(crc, 3);

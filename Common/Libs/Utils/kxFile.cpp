@@ -47,19 +47,19 @@ std::vector<std::string> kxFile::_tmp_files;
 
 namespace {
 
-constexpr std::size_t maxPath = 2047;  // characters in the buffers that paths are composed in
+constexpr std::size_t maxPath = 2047;  // characters in the buffers in which paths are composed
 
 constexpr mode_t allPermissions = 0777;  // less the umask
 
-// In place, so that a text that was just composed is not copied for it.
+// Works in place, so that a text that was just composed is not copied.
 void useSlashes(std::string& text) {
     for (std::size_t i = 0; (i = text.find('\\', i)) != std::string::npos;) text[i] = '/';
 }
 
-// In the platform's separators: here the library's own.
+// With the platform's separators, which here are the library's own.
 std::string toPlatform(std::string path) { return path; }
 
-// The three in a row, in one allocation.
+// Joins the three with a single allocation.
 std::string join(std::string_view first, char between, std::string_view second) {
     std::string result(first.size() + 1 + second.size(), between);
     first.copy(result.data(), first.size());
@@ -71,7 +71,8 @@ std::string join(std::string_view first, char between, std::string_view second) 
 
 void kxFile::init() {
     static kxFile kxfile;
-    // Stored under the guard of the initialisation too: threads may come at the same time.
+    // Stored under the guard of the initialisation, too, since several threads may get here at
+    // once.
     [[maybe_unused]] static kxFile* const stored = (_me = &kxfile);
 }
 
@@ -142,7 +143,7 @@ std::string kxFile::abs2Rel(const std::string& base, const std::string& path) {
         if (!isSlash(base[0])) return {};
         if (!kx::detail::composeRelative(base, path, maxPath - 1, result)) return path;
         useSlashes(result);
-        if (result.size() > path.size()) {  // else it cannot hold the whole path
+        if (result.size() > path.size()) {  // otherwise it cannot contain the whole path
             std::string whole = convertToUnixSeparators(path);
             if (result.find(whole) != std::string::npos) result = std::move(whole);
         }
@@ -211,7 +212,7 @@ bool kxFile::exists(const std::string& path, bool /*ignored1*/, bool /*ignored2*
 
 namespace {
 
-// Shows and logs why a check failed, as far as the caller wants it; errno stays that of the
+// Shows and logs why a check failed, as far as the caller wants this. errno stays that of the
 // failure.
 void report(const std::string& text, bool ask, bool log, const char* origin) {
     const ErrnoKeeper keeper;
@@ -226,7 +227,8 @@ std::string wrongPermissions(const std::string& path, const char* what) {
     return "File '" + path + "' is not " + what + " (wrong permissions)!";
 }
 
-// True if the user lets the file be overwritten; a host that does not answer lets it pass.
+// True if the user agrees to overwriting the file; if the host does not answer, that counts as a
+// yes.
 bool mayOverwrite(const std::string& path) {
     kxMessage message;
     message.set("text", "File '" + path + "' already exists!\nOverwrite file?", true);
@@ -241,14 +243,14 @@ bool mayOverwrite(const std::string& path) {
     return button < 1;
 }
 
-// True if the last stat failed because nothing is there, and not because the system could not look.
+// True if the last stat failed because nothing is there, not because the system could not look.
 bool isMissing() {
     return errno == ENOENT || errno == ENOTDIR || errno == ENAMETOOLONG || errno == ELOOP;
 }
 
 bool isGone(const std::string& path) { return !kxFile::exists(path) && isMissing(); }
 
-// If a link is at `place`, makes it where that leads; else leaves it as it is.
+// If there is a link at `place`, changes `place` to the link's target; otherwise leaves it alone.
 void followLink(std::string& place) {
     char target[PATH_MAX];
     const ssize_t size = readlink(place.c_str(), target, sizeof target);
@@ -259,7 +261,7 @@ void followLink(std::string& place) {
     place += next;
 }
 
-// Deletes a file that was created here, unless others have written or replaced it meanwhile.
+// Deletes a file that was created here, unless others have written to it or replaced it meanwhile.
 void withdraw(int file, const std::string& place) {
     struct stat ours {
     }, there{};
@@ -270,15 +272,16 @@ void withdraw(int file, const std::string& place) {
     close(file);
 }
 
-// How often a file is looked at again that others create and delete meanwhile; more than a system
-// follows links.
+// How often to look again at a file that others create and delete meanwhile. It is more than the
+// number of links that a system follows.
 constexpr int patience = 100;
 
 // What is at a path, or could be.
 enum class Finding { isThere, canBeCreated, cannotBeCreated };
 
-// Creates the file to find out, and deletes it again. Others may create it at the same time:
-// exclusively, or theirs would be emptied and deleted.
+// Creates the file to find out whether that is possible, and deletes it again. It is created
+// exclusively, because otherwise a file that others create at the same time would be emptied and
+// deleted.
 Finding tryToCreate(const std::string& path) {
     std::string place = path;
     for (int step = 0; step < patience; ++step) {
@@ -290,7 +293,7 @@ Finding tryToCreate(const std::string& path) {
         if (errno != EEXIST) break;
         if (kxFile::exists(path)) return Finding::isThere;
         if (errno != ENOENT) break;
-        followLink(place);  // one that leads nowhere: the file is created where it leads
+        followLink(place);  // a dangling link: the file is created at its target
     }
     return Finding::cannotBeCreated;
 }
@@ -307,7 +310,7 @@ bool readWhole(const std::string& path, Container& content) {
     if (size <= 0) return false;
     try {
         content.resize(static_cast<std::size_t>(size));
-    } catch (...) {  // too little memory, or more than a container can hold
+    } catch (...) {  // out of memory, or more than a container can hold
         errno = ENOMEM;
         return false;
     }
@@ -318,9 +321,10 @@ bool readWhole(const std::string& path, Container& content) {
     return true;
 }
 
-// Adds to `size` what could be read until it is `capacity`, or the file ends. False on an error.
+// Adds to `size` the number of bytes read, until it is `capacity` or the file ends. False on an
+// error.
 bool readUpTo(std::FILE* file, char* buffer, std::size_t capacity, std::size_t& size) {
-    constexpr std::size_t most = 1U << 30;  // that every system takes in one call
+    constexpr std::size_t most = 1U << 30;  // every system reads this much in one call
     while (size < capacity) {
         const ssize_t n = read(fileno(file), buffer + size, std::min(capacity - size, most));
         if (n == 0) break;
@@ -334,7 +338,7 @@ bool readUpTo(std::FILE* file, char* buffer, std::size_t capacity, std::size_t& 
 
 bool writeWhole(const std::string& path, const std::string& content, const char* mode) {
     if (path.empty()) return false;
-    // Without a buffer every byte goes to the system here, where its answer can be heard.
+    // Without a buffer every byte goes to the system here, where its answer is seen.
     FileHandle file(openUnbuffered(path.c_str(), mode));
     if (!file) return false;
     return std::fwrite(content.data(), 1, content.size(), file.get()) == content.size() &&
@@ -358,8 +362,8 @@ bool kxFile::checkRead(const std::string& path, bool ask, bool log) {
 
 bool kxFile::checkWrite(const std::string& path, bool ask, bool log) {
     if (path.empty()) return false;
-    // Where nobody is asked, a file that is gone by the time of the access test (another probe's,
-    // for one) is looked for again, but not for ever.
+    // If nobody is asked, a file that has disappeared before the access test (such as another
+    // caller's probe) is looked for again, but not for ever.
     for (int attempts = ask ? 1 : patience; attempts > 0; --attempts) {
         const Finding found = exists(path) ? Finding::isThere : tryToCreate(path);
         if (found == Finding::canBeCreated) return true;
@@ -467,16 +471,17 @@ std::streamoff kxFile::convertStreamPosToStreamOff(const std::streampos& positio
 
 namespace {
 
-// Makes `directory` the value of the variable `name` for this process and its children; must not be
+// Makes `directory` the value of the variable `name` for this process and its children. Must not be
 // called again once it has succeeded.
 void publish(const std::string& name, const std::string& directory) {
-    // Never freed: putenv keeps the pointer, and the environment is read until the process ends.
+    // Never freed: putenv keeps the pointer, and the environment may be read until the process
+    // ends.
     static std::string* const envar = new std::string;
     *envar = name + '=' + directory;
     if (putenv(envar->data()) != 0) throw std::bad_alloc();
 }
 
-// Where the library's own choice of a temporary directory is made and published.
+// Chooses the library's own temporary directory and publishes it.
 void chooseTmpDir(const std::string& variable, const std::string& name) {
     const std::string shared = "/tmp/" + name;
     if (makeIfMissing(shared)) {
@@ -510,7 +515,7 @@ void kxFile::initTmpDir(const std::string& name) {
         try {
             chooseTmpDir(_tmp_envvar_name, name);
         } catch (const std::bad_alloc&) {
-            initialized = false;  // nothing is chosen: a later call does it
+            initialized = false;  // nothing is chosen now; a later call does that
             throw;
         }
     } else if (!makeIfMissing(chosen)) {
@@ -555,7 +560,7 @@ bool kxFile::removeTmpFile(const std::string& name) {
     const std::string directory = getTmpDir(), file = getFileName(name);
     const std::string path = directory + '/' + file;
     if (file.empty()) return isGone(path);  // the directory itself, which is never removed
-    // Without a directory nothing of that name is in it; "/" + file would be somebody else's.
+    // If there is no directory, it holds no such file; "/" + file would be somebody else's file.
     return directory.empty() || remove(path);
 }
 
@@ -579,7 +584,7 @@ std::uint32_t kxFile::getChecksum(const std::string& path, int skip) {
     if (path.empty()) return 0;
     const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
     if (!file) return 0;
-    if (skip > 0 && fseeko(file.get(), skip, SEEK_SET) != 0)  // a pipe: they are read away
+    if (skip > 0 && fseeko(file.get(), skip, SEEK_SET) != 0)  // a pipe: read the bytes instead
         kx::detail::crc32Of(file.get(), static_cast<std::uint64_t>(skip), summingBlockSize);
     constexpr auto toTheEnd = std::numeric_limits<std::uint64_t>::max();
     return kx::detail::crc32Of(file.get(), toTheEnd, summingBlockSize);
@@ -610,7 +615,7 @@ bool kxFile::checkChecksum(const std::string& path, std::uint32_t& checksum, std
             std::puts("Couldn't find file checksum!");
             break;
         case State::badMetaDistance:
-            throw std::invalid_argument("stoul");  // what the conversion of such a number throws
+            throw std::invalid_argument("stoul");  // as converting such a number would do
         case State::correct:
             checksum = found.computed;
             std::fprintf(stdout, "Found correct file checksum %s.\n", found.stored.c_str());
@@ -656,7 +661,7 @@ int kxFile::execute_no_output(const std::string& command) {
     std::FILE* const output = kx::detail::openCommandOutput(command.c_str());
     if (!output) return 0;
     char line[1024];
-    // A signal must not end the reading: the command would end as well, unable to write on.
+    // A signal must not end the reading: the command could no longer write, and would end as well.
     while (std::fgets(line, sizeof line, output) || (std::ferror(output) && errno == EINTR))
         std::clearerr(output);
     std::puts("Close and waiting for subprocess to end...");

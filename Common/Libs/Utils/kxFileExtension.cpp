@@ -13,7 +13,8 @@ bool kxFileExtension::subFormat(const std::string& name) { return _extension_map
 
 bool kxFileExtension::replaceFormat(const std::string& name,
                                     const std::set<std::string>& extensions) {
-    // Removing the format first would take `name` and `extensions` along where they are its own.
+    // Removing the format first would destroy `name` and `extensions` if they refer to its own
+    // data.
     _extension_map.insert_or_assign(name, std::set<std::string>(extensions));
     return true;
 }

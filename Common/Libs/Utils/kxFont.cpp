@@ -16,7 +16,8 @@ using kx::detail::glyphHeight;
 using kx::detail::glyphWidth;
 using kx::detail::lastGlyph;
 
-// `corner` is the cell's lower left pixel, `stride` the bytes from a row to the one above it.
+// `corner` is the lower left pixel of the cell, `stride` the number of bytes from a row to the row
+// above it.
 void drawGlyph(unsigned char* corner, std::size_t stride, unsigned char c, unsigned int color) {
     const std::uint8_t* const glyph = &dina_font[(c - firstGlyph) * glyphHeight];
     for (std::size_t row = 0; row < glyphHeight; ++row) {

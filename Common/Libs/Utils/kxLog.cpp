@@ -42,7 +42,7 @@ namespace {
 
 // --- Mutexes -------------------------------------------------------------------------------------
 
-// A static object that static destruction leaves alone, since threads use it until the process
+// A static object that static destruction does not touch, since threads use it until the process
 // ends.
 template <class T, bool = std::is_trivially_destructible_v<T>>
 struct Lasting {
@@ -51,7 +51,7 @@ struct Lasting {
 template <class T>
 struct Lasting<T, false> {  // libc++'s mutex
     constexpr Lasting() : value() {}
-    ~Lasting() {}  // NOLINT(modernize-use-equals-default): that would be deleted
+    ~Lasting() {}  // NOLINT(modernize-use-equals-default): a defaulted one would be deleted
     Lasting(const Lasting&) = delete;
     Lasting& operator=(const Lasting&) = delete;
     union {
@@ -61,14 +61,14 @@ struct Lasting<T, false> {  // libc++'s mutex
 
 void renew(Lasting<std::mutex>& mutex) { new (&mutex.value) std::mutex; }
 
-// Held from the first to the last output of a message. Knows which thread holds it.
+// Held from the first to the last output of a message. It knows which thread holds it.
 class OutputMutex {
 public:
     void lock() {
         _mutex.value.lock();
         hold();
     }
-    /// A second at most: a callback that hangs holds it for ever.
+    /// Waits up to a second, since a callback that hangs holds the mutex for ever.
     bool lockInTime() {
         const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
         while (!_mutex.value.try_lock()) {
@@ -87,7 +87,7 @@ public:
         return pthread_equal(_holder.load(std::memory_order_relaxed), pthread_self()) != 0;
     }
 
-    /// In a child process, which has none of the other threads.
+    /// For a child process, which has only the thread that forked.
     void renewUnlessMine() {
         if (isMine()) return;
         renew(_mutex);
@@ -100,14 +100,14 @@ private:
     Lasting<std::mutex> _mutex;
     std::atomic<pthread_t> _holder{};
 } _mutex;
-const char* _textOnItsWay = nullptr;  // for the holder of the mutex
+const char* _textOnItsWay = nullptr;  // used only by the holder of the mutex
 
 enum Format { textFormat = 1, htmlFormat = 2, csvFormat = 3 };
 enum Flags { callCallback = 2, writeLines = 4 };
 
 struct Level {
     int baseNumber;
-    char typeWord[6];  // arrays, not pointers: nothing for the loader to relocate
+    char typeWord[6];  // arrays, not pointers, so that the loader has nothing to relocate
     int consoleType, alternateConsoleType;
     char colour[7], alternateColour[7];  // of HTML lines
     char before[6], after[5];            // around lines to the stream
@@ -117,19 +117,19 @@ constexpr Level infoLevel = {100, "INFO", 0, 4, "008c00", "008c8c", "", ""};
 constexpr Level warningLevel = {200, "WARN", 1, 5, "b4b400", "b4b48c", "\033[33m", "\033[0m"};
 constexpr Level errorLevel = {300, "ERROR", 2, 6, "b40000", "b4008c", "\033[31m", "\033[0m"};
 
-// Any thread's numbered call writes the public integer, so all use here is atomic.
+// A numbered call of any thread writes the public integer, so every use here is atomic.
 void setNumber(int nr) { __atomic_store_n(&kxLog::_nr, nr, __ATOMIC_RELAXED); }
 
 std::string numberText(int base) {
     const int nr = __atomic_load_n(&kxLog::_nr, __ATOMIC_RELAXED);
-    // Added without a sign: an application may have chosen a number near the limit.
+    // Added as unsigned numbers, since an application may have chosen a number near the limit.
     const unsigned sum = static_cast<unsigned>(base) + static_cast<unsigned>(nr);
     return std::to_string(static_cast<int>(sum));
 }
 
 constexpr std::size_t maxTextLength = 2047;  // of a formatted text
 
-// The text buffer of one formatting entry point, guarded by itself.
+// The text buffer of one formatting entry point, which has its own mutex.
 class EntryPoint {
 public:
     using Output = void (*)(const char* text, int flags, bool alternate);
@@ -137,12 +137,13 @@ public:
     KXUTILS_PRINTF(3, 0)
     void log(Output output, const char* format, std::va_list arguments) {
         const std::lock_guard<std::mutex> guard(_bufferMutex.value);
-        // Whatever becomes of it, the last character stays a 0.
+        // Even if formatting fails, the last character stays 0.
         std::vsnprintf(_text, sizeof _text, format, arguments);
         output(_text, callCallback | writeLines, /*alternate=*/false);
     }
 
-    /// In a child process: unless its only thread holds it, by a callback that has forked.
+    /// For a child process. Its only thread may hold the mutex, if a callback has forked; then it
+    /// is kept.
     void renewUnlessMine() {
         if (!_mutex.isMine() || _textOnItsWay != _text) renew(_bufferMutex);
     }
@@ -158,14 +159,14 @@ EntryPoint errorEntry, errorNumberEntry;
 
 // --- Child processes -----------------------------------------------------------------------------
 
-// The output's mutex is held while a process forks, so that the child finds no message half written
-// to the console's buffers and the strings. The text buffers need no such care: their content is of
-// no use to the child, where their mutexes start anew.
+// The mutex of the output is held while a process forks, so that the child finds no half-written
+// message in the console's buffers or the strings. The text buffers need no such care: the child
+// has no use for their content, and their mutexes start anew there.
 
-bool _isHeldForFork = false;  // for the holder of the mutex
+bool _isHeldForFork = false;  // used only by the holder of the mutex
 
 void beforeFork() {
-    // A callback that forks holds it, in the child too until it returns there.
+    // A callback that forks holds the mutex already, and in the child it does so until it returns.
     if (!_mutex.isMine() && _mutex.lockInTime()) _isHeldForFork = true;
 }
 
@@ -177,20 +178,20 @@ void afterFork() {
 
 void afterForkInChild() {
     afterFork();
-    _mutex.renewUnlessMine();  // as of a thread whose callback hangs
+    _mutex.renewUnlessMine();  // if a thread with a hanging callback held it
     infoEntry.renewUnlessMine(), infoNumberEntry.renewUnlessMine();
     warningEntry.renewUnlessMine(), warningNumberEntry.renewUnlessMine();
     errorEntry.renewUnlessMine(), errorNumberEntry.renewUnlessMine();
 }
 
-// Without memory for it a child may hang, and nobody could be told. The C library forgets the
-// handlers when the library is unloaded.
+// If there is no memory for the handlers, a child may hang, and there is nobody to tell. The C
+// library drops the handlers when the library is unloaded.
 const int _forkHandlers = pthread_atfork(beforeFork, afterFork, afterForkInChild);
 
 // --- Strings -------------------------------------------------------------------------------------
 
-// Static destruction takes the strings away while threads may still log. From then on their texts
-// stand here, where nothing is destroyed.
+// Static destruction destroys the strings while threads may still log. From then on the texts are
+// kept here, where nothing is destroyed.
 struct Kept {
     char logFile[PATH_MAX];  // the system opens no longer path
     char lastError[maxTextLength + 1];
@@ -207,7 +208,8 @@ void keep(char (&kept)[size], std::string_view text) {
     kept[text.copy(kept, size - 1)] = '\0';
 }
 void keepLogFile(std::string_view path) {
-    keep(_kept.logFile, path.size() < sizeof _kept.logFile ? path : "");  // a part is another path
+    // Part of a path would be a different path.
+    keep(_kept.logFile, path.size() < sizeof _kept.logFile ? path : "");
 }
 
 const char* lastError() { return _isKept ? _kept.lastError : kxLog::_last_error.c_str(); }
@@ -230,7 +232,8 @@ void storeLogFile(const std::string& path) {
 
 // --- Lines ---------------------------------------------------------------------------------------
 
-// Text put together on the stack, where formatted messages fit; a longer one moves to the heap.
+// A text composed on the stack, which has room for formatted messages; a longer one moves to the
+// heap.
 class Composition {
 public:
     Composition& operator<<(std::string_view part) {
@@ -256,12 +259,12 @@ private:
         _room = 0;
     }
 
-    char _short[maxTextLength + 96];  // with what stands around a text
+    char _short[maxTextLength + 96];  // the text and what stands around it
     std::size_t _size = 0, _room = sizeof _short;
     std::string _long;  // empty, or the whole text
 };
 
-// The moment of a message, found out once it is needed.
+// The moment of a message, which is not looked up before it is needed.
 class Moment {
 public:
     const kx::detail::Stamp& stamp() {
@@ -273,7 +276,7 @@ private:
     kx::detail::Stamp _stamp;
 };
 
-// The start of a text or CSV line.
+// Writes the start of a text or CSV line.
 void addExtra(Composition& line, bool isCsv, Moment& now, std::string_view type, int number) {
     char stamp[kx::detail::maxStampSize];
     char* const end = isCsv ? kx::detail::putCsvStamp(now.stamp(), stamp)
@@ -311,7 +314,8 @@ void makeLine(Composition& line, Moment& now, const Level& level, std::string_vi
     }
 }
 
-// The newline stands inside the colour. One call a message, since other programs share the console.
+// The newline is inside the colour. Each message is one call, since other programs share the
+// console.
 void print(int type, std::string_view text) {
     static constexpr char colours[] = "?31?465";  // digits of the terminal's colours by type
     if (type < 0 || type == 3 || type > 6) {
@@ -327,7 +331,7 @@ void print(int type, std::string_view text) {
     std::fwrite(line.view().data(), 1, line.view().size(), isError ? stderr : stdout);
 }
 
-// Where the log file of that name really goes.
+// Where the log file of that name really is.
 std::string logFilePath(const std::string& name) {
     const char* const appName = _isKept ? _kept.appName : kxPlatform::getAppName();
     const std::string variable = kx::detail::toUpper(appName) + "_LOG_DIR";
@@ -337,11 +341,11 @@ std::string logFilePath(const std::string& name) {
     return std::string(directory) + '/' + kxFile::getFileName(name);
 }
 
-// The path of a log file that could not be opened, if that is what happened. It is reported once
-// the log's mutex is free, since the report is a message, too.
+// The path of a log file, if it could not be opened. It is reported once the log's mutex is free,
+// since the report is itself a message.
 using Unopened = std::optional<std::string>;
 
-// Opens the log file, moving an old one aside.
+// Opens the log file, and first moves an old one aside.
 Unopened openLogFile(const std::string& name, Moment& now) {
     const std::string path = logFilePath(name);
     const bool isCsv = kxLog::_log_format == csvFormat;
@@ -358,20 +362,21 @@ Unopened openLogFile(const std::string& name, Moment& now) {
     return isOpen ? Unopened() : path;
 }
 
-// Writes a line, after a change of day to a new file.
+// Writes a line, to a new file if the day has changed.
 Unopened writeLine(std::string_view line, Moment& now) {
     if (!hasLogFile()) return {};
     if (kxLog::_log_format == csvFormat &&
         !kx::detail::staleStamp(logFile(), /*isCsv=*/true, now.stamp()).empty()) {
         std::puts("create new log file, new day started!");
-        const std::string name = logFile();  // which opening replaces
+        const std::string name = logFile();  // a copy, since opening replaces it
         if (Unopened unopened = openLogFile(name, now)) return unopened;
     }
     kx::detail::appendToFile(logFile(), line);
     return {};
 }
 
-// A step of the output for which memory runs out is left out: logging never fails. False if so.
+// If memory runs out for a step of the output, that step is left out, because logging never fails.
+// Returns false if so.
 template <typename Step>
 bool attempt(const Step& step) {
     try {
@@ -382,22 +387,22 @@ bool attempt(const Step& step) {
     }
 }
 
-// A text of its own, cut as the entry point `error` would cut it: that one's buffer may hold the
-// message on its way.
+// Composes its own text, cut as the entry point `error` would cut it, because that entry point's
+// buffer may hold the message that is being written.
 void reportUnopened(const std::string& path) {
     const std::string text = ("Couldn't create log file '" + path + "'!").substr(0, maxTextLength);
     if (!_mutex.isMine()) {
         kxLog::errorI(text.c_str(), callCallback | writeLines, /*alternate=*/false);
         return;
     }
-    // A callback has chosen the file, and the output is busy with its message.
+    // A callback has chosen the file, and the output is still busy with the callback's message.
     setLastError(text);
     print(errorLevel.consoleType, text);
 }
 
 using Callback = void (*)(const char*);
 
-// Brings a message to all its destinations, with the log's mutex held from the first to the last.
+// Brings a message to all its destinations and holds the log's mutex from the first to the last.
 Unopened deliver(const Level& level, const Callback& callback, const char* text, int flags,
                  bool alternate) {
     const std::lock_guard<OutputMutex> guard(_mutex);
@@ -557,7 +562,7 @@ void kxLog::setLogFormat(int format) {
 void kxLog::setLogFile(const char* name) {
     if (!name) return;
     Moment now;
-    // Copied first: the name may be the stored one, which opening replaces.
+    // Copied first, since the name may be the stored one, which opening replaces.
     if (const Unopened unopened = openLogFile(std::string(name), now)) reportUnopened(*unopened);
 }
 
@@ -566,7 +571,7 @@ const char* kxLog::getLogFile() { return hasLogFile() ? logFile() : nullptr; }
 void kxLog::writeCSVHeader(const char* name) {
     const std::string path = name ? name : logFile();
     if (kxFile::exists(path, false, false)) return;
-    // Appended, since a file that could not be looked at keeps what it has.
+    // Appended, so that a file that could not be looked at keeps its content.
     if (!kxFile::append(path, kx::detail::csvHead))
         std::fprintf(stderr, "kxLog::writeCSVHeader: couldn't write log file '%s'!\n",
                      path.c_str());

@@ -27,12 +27,12 @@ kxMessage::kxMessage(unsigned int id, const std::string& name0, const boost::any
     set(name2, value2, /*overwrite=*/true);
 }
 
-// By range: a map that is copied as a whole clones the values in the order of its tree's nodes.
+// Inserted as a range: a map copied as a whole clones the values in the order of its tree's nodes.
 kxMessage::kxMessage(const kxMessage& other)
     : _attributes(other._attributes.begin(), other._attributes.end()) {}
 
 kxMessage& kxMessage::operator=(const kxMessage& other) {
-    if (this == &other) return *this;  // a map must not insert a range of its own
+    if (this == &other) return *this;  // a map must not insert a range of its own elements
     _attributes.insert(other._attributes.begin(), other._attributes.end());
     return *this;
 }

@@ -25,7 +25,7 @@ std::string kxPlatform::_preferences_dir;
 std::string kxPlatform::_full_app_name;
 std::string kxPlatform::_version_year;
 std::string kxPlatform::_app_version_name;
-static const kx::detail::LogEnd _logEnd;  // after the name of the application
+static const kx::detail::LogEnd _logEnd;  // destroyed before the name of the application
 
 bool kxPlatform::_taloCompact = false;
 bool kxPlatform::_taloPrism = false;
@@ -42,10 +42,10 @@ namespace {
 constexpr const char* platformWord = "MAC";
 constexpr std::string_view hesper = "hesper", analysisName = "TALOAnalysis";
 constexpr const char* twoLevelsUp = "/../..";
-constexpr std::size_t maxPath = 2047;  // of a working directory that is read back
+constexpr std::size_t maxPath = 2047;  // of the working directory when it is read back
 
-// What the working directory would be after entering `directory`: where that is empty or cannot be
-// entered, the present one.
+// What the working directory would be after entering `directory`, or the present one if `directory`
+// is empty or cannot be entered.
 std::string directoryEntered(const std::string& directory) {
     const auto entered = kx::detail::directoryAfterEntering(directory, maxPath);
     return kxFile::convertSeparators(entered ? *entered : kxFile::getCurrentDir());
@@ -65,7 +65,7 @@ std::string baseDirOfRunningExecutable() {
 // --- Start-up and installation layout ------------------------------------------------------------
 
 void kxPlatform::init(const char* executable) {
-    const std::string path = executable;  // it may be one of the strings that change here
+    const std::string path = executable;  // a copy: it may be one of the strings changed here
     initLocale();
     _app_name = kxFile::getFileName(path);
     _app_name.resize(std::min(_app_name.find('.'), _app_name.size()));
@@ -86,14 +86,14 @@ void kxPlatform::init(const char* executable) {
         if (_preferences_dir.back() != '/') _preferences_dir += '/';
         _preferences_dir += "Library/Application Support/Pelloran/" + _app_name + '/';
     }
-    // As it is announced: createPath takes a backslash, which a home or a name may hold, for a
-    // slash.
+    // The directory is made under exactly the name announced. createPath would take a backslash,
+    // which a home directory or a name may contain, for a slash.
     if (!kxFile::exists(_preferences_dir)) kx::detail::makePath(_preferences_dir);
 }
 
 void kxPlatform::init(const char* root, const char* appName) {
     initLocale();
-    const std::string name = appName;  // as above
+    const std::string name = appName;  // a copy: it may be one of the strings changed here
     _base_dir = root;
     _app_name = name;
     if (_app_name == hesper) return;
@@ -188,7 +188,7 @@ void kxPlatform::setDisplayVersionYearString(const char* year) {
 }
 
 void kxPlatform::updateAppVersionName() {
-    // Stored once it is whole: memory may run out on the way.
+    // Stored only when it is complete, since memory may run out before.
     std::string name = _full_app_name.empty() ? _app_name : _full_app_name;
     if (_analysis_mode) name = analysisName;
     if (!_version_year.empty()) name += ' ' + _version_year + ' ';
@@ -215,8 +215,8 @@ bool kxPlatform::getAnalysisMode() { return _analysis_mode; }
 
 namespace {
 
-// The greatest step that is not above `dpi`, nor too far below it: 10240 and more fall back to the
-// first.
+// The greatest step that is not above `dpi` and not too far below it; the first step if there is
+// none, as for 10240 and more.
 int matchingStep(std::int32_t dpi) {
     constexpr int maxDistance = 9999;
     int best = 96;

@@ -29,7 +29,7 @@ namespace {
 
 constexpr std::size_t shortStringSize = 15;
 
-// A string to write a number into: made without a call, which would take as long as the number.
+// A string to write a number into. Inlined, because a call would take as long as the number.
 [[gnu::flatten]] std::string shortString() {
     return std::string("000000000000000", shortStringSize);
 }
@@ -37,21 +37,22 @@ constexpr std::size_t shortStringSize = 15;
 // --- Reading of numbers --------------------------------------------------------------------------
 
 // What a stream of the GNU library, imbued with the classic locale, extracts from the start of
-// `text`, at a twentieth of the time.
+// `text`, in a twentieth of the time.
 template <typename Float>
 Float readNumber(std::string_view text) {
     text.remove_prefix(std::min(text.find_first_not_of(" \t\n\v\f\r"), text.size()));
     if (text.empty()) return 0;
     const bool isNegative = text.front() == '-';
     if (isNegative || text.front() == '+') text.remove_prefix(1);
-    // Another sign, "inf" or "nan": from_chars would accept some of them, a stream does not.
+    // This is a second sign, "inf" or "nan": from_chars would accept some of them, but a stream
+    // does not.
     if (text.empty() || (!isDigit(text.front()) && text.front() != '.')) return 0;
 
     Float value = 0;
     const char* const end = text.data() + text.size();
     const auto read = fast_float::from_chars(text.data(), end, value);
     if (read.ec == std::errc::invalid_argument) return 0;
-    // from_chars stops before an exponent without digits; a stream takes it in and then fails.
+    // from_chars stops before an exponent without digits; a stream consumes it and then fails.
     const bool stoppedAtE = read.ptr != end && (*read.ptr == 'e' || *read.ptr == 'E');
     const std::string_view number(text.data(), static_cast<std::size_t>(read.ptr - text.data()));
     if (stoppedAtE && number.find_first_of("eE") == std::string_view::npos) return 0;
@@ -59,7 +60,7 @@ Float readNumber(std::string_view text) {
     return isNegative ? -value : value;
 }
 
-// The same, for most numbers without from_chars and in less time.
+// Returns what readNumber() returns, for most numbers without from_chars and in less time.
 template <typename Float>
 Float readFast(std::string_view text) {
     const char* const end = text.data() + text.size();
@@ -72,13 +73,13 @@ Float readFast(std::string_view text) {
     return readNumber<Float>(text);
 }
 
-// Goes through a list of numbers with exponents. Each takes the characters up to its 'e' and four
-// more: the sign of the exponent, two digits and a separator.
+// Goes through a list of numbers with exponents. Each number takes the characters up to its 'e' and
+// four more: the sign of the exponent, two digits and a separator.
 class ListCursor {
 public:
     explicit ListCursor(std::string_view text) : _at(text.data()), _end(_at + text.size()) {}
 
-    /// False where no 'e' is left.
+    /// Returns false if there is no 'e' left.
     bool next(float& value) { return nextAsExpected(value) || nextOfAnyForm(value); }
 
 private:
@@ -94,7 +95,7 @@ private:
     bool nextOfAnyForm(float& value) {
         const char* const e = std::find(_at, _end, 'e');
         if (e == _end) return false;
-        const std::ptrdiff_t decimals = e - std::find(_at, e, '.') - 1;  // -1 without a point
+        const std::ptrdiff_t decimals = e - std::find(_at, e, '.') - 1;  // -1 if there is no point
         if (decimals >= 1 && decimals <= 8) _decimals = static_cast<int>(decimals);
         const char* const next = e + std::min(fromEToNext, _end - e);
         value = readFast<float>({_at, static_cast<std::size_t>(next - _at)});
@@ -106,14 +107,14 @@ private:
 
     const char* _at;
     const char* const _end;
-    int _decimals = 6;  // expected of the next value
+    int _decimals = 6;  // expected in the next value
 };
 
 // --- Writing of numbers --------------------------------------------------------------------------
 
-constexpr std::size_t longestFloat = 15;  // the characters that writeFloat() may overwrite
+constexpr std::size_t longestFloat = 15;  // writeFloat() may overwrite this many characters
 
-// Not every standard library's to_chars() writes all of them alike.
+// The to_chars() of different standard libraries does not write every NaN alike.
 char* writeNaN(bool isNegative, char* to) {
     const std::string_view text = isNegative ? "-nan" : "nan";
     return to + text.copy(to, text.size());
@@ -173,7 +174,7 @@ std::vector<float> kxString::getValuesFromString(const std::string& text) {
 }
 
 double kxString::getDoubleOption(const std::string& option) {
-    return readFast<double>(option);  // a comma ends a number
+    return readFast<double>(option);  // stops at a comma
 }
 
 std::string kxString::getStringOption(const std::string& option) {
@@ -189,7 +190,7 @@ void kxString::replace(std::string& text, const std::string& search,
     if (search.empty()) return;
     std::size_t found = kx::detail::findText(text, search, 0);
     if (found == std::string::npos) return;
-    // Not in place: the arguments may be one and the same string, and each cut would move the rest.
+    // Not in place: the arguments may be the same string, and each cut would move the rest.
     std::string result;
     result.reserve(text.size());
     std::size_t at = 0;

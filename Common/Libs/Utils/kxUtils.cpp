@@ -56,7 +56,7 @@ std::string kxUtils::getLastError() {
 }
 
 void kxUtils::openBrowser(const std::string& url) {
-    // The shell's status says nothing that a caller could use: the browser may run already.
+    // The status of the shell says nothing useful to a caller: the browser may be running already.
     [[maybe_unused]] const int status = std::system((kx::detail::browserCommand() + url).c_str());
 }
 
@@ -68,7 +68,7 @@ void kxUtils::printBT() {}
 
 namespace {
 
-// Waits until the processor clock shows another value, and returns that value.
+// Waits until the processor clock changes, and returns the new value.
 std::clock_t nextTick() {
     const std::clock_t start = std::clock();
     std::clock_t now = start;
@@ -87,7 +87,7 @@ void kxUtils::calcMips(int& mips, int& sink) {
 
     const std::clock_t start = nextTick();
     double sum = 0.0;
-    // A double on purpose: its additions are half of the operations that are counted.
+    // A double on purpose: its additions are half of the operations counted.
     // NOLINTNEXTLINE(cert-flp30-c,bugprone-float-loop-counter,clang-analyzer-security.FloatLoopCounter)
     for (double x = 0.123456789; x < 100000000.0; x += 1.0) sum += x * x;
     const double elapsed = secondsSince(start);
@@ -98,7 +98,7 @@ void kxUtils::calcMips(int& mips, int& sink) {
 }
 
 std::string kxUtils::decryptShader(const unsigned char* block, bool lineFeed) {
-    // One byte at a time, so that the key stands nowhere in the library as one piece.
+    // The key is made one byte at a time, so that it stands nowhere in the library in one piece.
     static const std::vector<unsigned char> key = [] {
         std::vector<unsigned char> bytes;
         bytes.reserve(16);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The alphabet of Base64 (RFC 4648) and what every byte of a text means.
+// The Base64 alphabet (RFC 4648), and what each byte of a text means.
 #pragma once
 
 #include <array>
@@ -14,9 +14,9 @@ constexpr std::string_view base64Alphabet =
     "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
 static_assert(base64Alphabet.size() == 64);
 
-/// What the map has for "=" and for a byte outside of the alphabet.
+/// The map's entries for "=" and for a byte outside the alphabet.
 constexpr unsigned char base64Padding = 254, base64Foreign = 255;
-/// Set in both of the above and in no value of the alphabet.
+/// These bits are set in both of the above and in no value of the alphabet.
 constexpr unsigned char base64NoValue = 0xC0;
 
 constexpr unsigned char byteOf(char c) { return static_cast<unsigned char>(c); }

@@ -16,7 +16,7 @@ namespace {
 
 bool usable() { return __builtin_cpu_supports("avx2"); }
 
-// Shuffles work within the two halves of a register: all tables are used for both.
+// Shuffles work within each half of a register, so both halves use the same table.
 struct alignas(16) Bytes {
     signed char at[16];
 };
@@ -31,12 +31,12 @@ KXUTILS_TARGET inline __m256i both(const Bytes& bytes) {
 
 // --- Encoding ------------------------------------------------------------------------------------
 
-// Each group b0 b1 b2 becomes the doubleword b1 b0 b2 b1: there the six bits of every character are
+// Each group b0 b1 b2 becomes the doubleword b1 b0 b2 b1, which has the six bits of every character
 // side by side.
 constexpr Bytes spread = {{1, 0, 2, 1, 4, 3, 5, 4, 7, 6, 8, 7, 10, 9, 11, 10}};
 
-// What is added to a value to make it a character. Index: 0 for 26 to 51, 1 to 12 for 52 to 63, 13
-// for 0 to 25.
+// What to add to a value to get its character. Index: 0 for the values 26 to 51, 1 to 12 for 52 to
+// 63, 13 for 0 to 25.
 constexpr Bytes makeOffsets() {
     Bytes offsets{};
     for (unsigned int i = 0; i < 14; ++i) {
@@ -52,9 +52,10 @@ KXUTILS_TARGET unsigned long encode(const char* data, unsigned long n, char* out
     for (; n >= 28; data += 24, n -= 24, out += 32) {
         const __m256i bytes =
             _mm256_shuffle_epi8(_mm256_set_m128i(load(data + 12), load(data)), both(spread));
-        // A multiplication by a power of two shifts: the upper half of the product to the right,
-        // the lower one to the left. One takes the first and the third character of each group to
-        // the low bits of a byte, one the others.
+        // A multiplication by a power of two is a shift: the upper half of the product is shifted
+        // to the right, the lower half to the left. The first multiplication moves the first and
+        // third characters of each group to the low bits of their bytes, the second moves the other
+        // two.
         const __m256i odd = _mm256_mulhi_epu16(
             _mm256_and_si256(bytes, _mm256_set1_epi32(0x0FC0FC00)), _mm256_set1_epi32(0x04000040));
         const __m256i even = _mm256_mullo_epi16(
@@ -79,9 +80,9 @@ constexpr int lowHalves(int high) {
     return set;
 }
 
-// A byte is foreign if the entries of its two halves have a bit in common. Each set of low halves
-// has one; it is in the entry of the high halves that go with this set, and in the entries of the
-// low halves that are not in it.
+// A byte is foreign if the entries of its two halves have a bit in common. Each distinct set of low
+// halves has a bit of its own. It is in the entries of the high halves that go with the set, and in
+// the entries of the low halves that are not in the set.
 struct Halves {
     Bytes high, low;
 };
@@ -102,8 +103,8 @@ constexpr Halves makeHalves() {
 }
 constexpr Halves foreign = makeHalves();
 
-// What is added to a character to make it a value. Index: its high half, but 1 for "/", which has
-// that of "+".
+// What to add to a character to get its value. Index: the character's high half, but 1 for "/",
+// because "+" has the same high half.
 constexpr Bytes makeValueOffsets() {
     Bytes table{};
     int value = 0;
@@ -114,7 +115,7 @@ constexpr Bytes makeValueOffsets() {
 }
 constexpr Bytes valueOffsets = makeValueOffsets();
 
-// 4 times 3 bytes of a doubleword, in reverse order.
+// The 3 bytes in each of 4 doublewords, in reverse order.
 constexpr Bytes places = {{2, 1, 0, 6, 5, 4, 10, 9, 8, 14, 13, 12, -1, -1, -1, -1}};
 
 KXUTILS_TARGET Base64Progress decodeGroups(const char* text, unsigned long n, char* out) {

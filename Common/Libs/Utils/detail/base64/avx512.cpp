@@ -2,8 +2,8 @@
 // SPDX-License-Identifier: MIT
 
 // Base64 with AVX-512 VBMI (Mula and Lemire: Base64 encoding and decoding at almost the speed of a
-// memory copy, Software: Practice and Experience 50, 2020), and VBMI2 for texts with other bytes in
-// between.
+// memory copy, Software: Practice and Experience 50, 2020), and with VBMI2 for texts that have
+// foreign bytes in between.
 #include <immintrin.h>
 
 #include <algorithm>
@@ -41,32 +41,32 @@ constexpr Bytes makeBytes(Rule rule) {
 
 KXUTILS_TARGET inline __m512i load(const Bytes& bytes) { return _mm512_load_si512(&bytes); }
 
-// GCC 12 warns about its own intrinsics without a mask (bug 105593).
+// With a full mask, because GCC 12 warns about its own intrinsics that have none (bug 105593).
 constexpr __mmask64 all = ~0ULL;
 
-/// The lowest `n` of 64.
+/// The lowest `n` of 64 bits.
 KXUTILS_TARGET inline __mmask64 lowest(unsigned long n) { return _bzhi_u64(all, n); }
 
-// Masked accesses touch no more than they should, but the processor takes their whole width for
-// touched when it looks for a store that a load has to wait for. Short ones are half as wide, to
-// keep off short neighbours on the heap.
+// Masked accesses touch no more than they should. But when the processor looks for a store that a
+// load has to wait for, it takes the full width as touched. Short accesses are therefore half as
+// wide, to keep away from small neighbours on the heap.
 
-/// The first `n` bytes at `p`, at most 64, and zeros.
+/// The first `n` bytes at `p`, at most 64, followed by zeros.
 KXUTILS_TARGET inline __m512i load(const char* p, unsigned long n) {
     __m512i bytes;
     if (n >= 64)
-        bytes = _mm512_loadu_si512(p);  // masked, it would keep the processor from reading ahead
+        bytes = _mm512_loadu_si512(p);  // a masked load would keep the processor from reading ahead
     else if (n > 32)
         bytes = _mm512_maskz_loadu_epi8(lowest(n), p);
     else
         bytes = _mm512_maskz_inserti64x4(
             0xFF, _mm512_setzero_si512(),
             _mm256_maskz_loadu_epi8(static_cast<__mmask32>(lowest(n)), p), 0);
-    asm("" : "+v"(bytes));  // GCC would rather load twice than copy a register
+    asm("" : "+v"(bytes));  // otherwise GCC loads twice rather than copy a register
     return bytes;
 }
 
-/// Stores the first `n` of 64 bytes.
+/// Stores the first `n` of the 64 bytes.
 KXUTILS_TARGET inline void storeFirst(char* out, __m512i bytes, unsigned long n) {
     if (n > 32)
         _mm512_mask_storeu_epi8(out, lowest(n), bytes);
@@ -78,7 +78,7 @@ KXUTILS_TARGET inline void storeFirst(char* out, __m512i bytes, unsigned long n)
 // --- Encoding ------------------------------------------------------------------------------------
 
 constexpr Bytes alphabet = makeBytes([](std::size_t i) { return base64Alphabet[i]; });
-// Each group b0 b1 b2 becomes the doubleword b1 b0 b2 b1: there the six bits of every character are
+// Each group b0 b1 b2 becomes the doubleword b1 b0 b2 b1, which has the six bits of every character
 // side by side.
 constexpr Bytes spread = makeBytes([](std::size_t i) {
     constexpr std::size_t order[] = {1, 0, 2, 1};
@@ -87,16 +87,17 @@ constexpr Bytes spread = makeBytes([](std::size_t i) {
 
 /// The characters of the first 48 bytes.
 KXUTILS_TARGET inline __m512i characters(__m512i bytes) {
-    // For each byte, by how much its quadword is rotated: to bits 10 to 15 (the upper six of b0),
-    // 4 to 9, 22 to 27 and 16 to 21, and by 32 more for the second group.
+    // How far the quadword is rotated for each byte: to bits 10 to 15 (the upper six of b0), 4 to
+    // 9, 22 to 27 and 16 to 21, and by 32 more for the second group.
     const __m512i shifts = _mm512_set1_epi64(0x3036242A1016040A);
     const __m512i sixes = _mm512_maskz_multishift_epi64_epi8(
         all, shifts, _mm512_maskz_permutexvar_epi8(all, load(spread), bytes));
-    // The look-up leaves the upper two bits of an index out.
+    // The look-up ignores the upper two bits of an index.
     return _mm512_maskz_permutexvar_epi8(all, sixes, load(alphabet));
 }
 
-/// Fewer than 48 bytes, the padding and the terminator. Returns the length of the text.
+/// Encodes fewer than 48 bytes and writes the padding and the terminator. Returns the length of the
+/// text.
 KXUTILS_TARGET inline unsigned long encodeEnd(const char* data, unsigned long n, char* out) {
     const auto bytes = static_cast<unsigned int>(n), length = (bytes + 2) / 3 * 4;
     const __m512i text = characters(load(data, n));
@@ -136,33 +137,34 @@ constexpr Bytes makeValues() {
 }
 constexpr Bytes lowValues = makeValues<0>(), highValues = makeValues<64>();
 
-/// The values of 64 characters; the highest bit of a byte is set for one outside the alphabet.
+/// The values of 64 characters; the highest bit of a byte is set if its character is outside the
+/// alphabet.
 KXUTILS_TARGET inline __m512i values(__m512i text) {
-    // The look-up takes the low 7 bits as index.
+    // The look-up uses the low 7 bits as its index.
     return _mm512_permutex2var_epi8(load(lowValues), text, load(highValues));
 }
 
-/// 16 times 4 values become 24 bits in a doubleword, so that their 3 bytes are in reverse order:
-/// first pairs, a * 64 + b, then pairs of pairs, ab * 4096 + cd.
+/// Joins groups of four values to the 24 bits of a doubleword each, with their 3 bytes in reverse
+/// order: first to pairs, a * 64 + b, then to pairs of pairs, ab * 4096 + cd.
 KXUTILS_TARGET inline __m512i groups(__m512i values) {
     const __m512i pairs = _mm512_maddubs_epi16(values, _mm512_set1_epi32(0x01400140));
     return _mm512_madd_epi16(pairs, _mm512_set1_epi32(0x00011000));
 }
 
-/// Where byte `i` of the result is among the doublewords.
+/// Where byte `i` of the result stands among the doublewords.
 constexpr std::size_t placeOf(std::size_t i) { return i / 3 * 4 + 2 - i % 3; }
 constexpr Bytes places = makeBytes([](std::size_t i) { return i < 48 ? placeOf(i) : 0U; });
-// Three times 64 of 192 bytes, counted from the register in which they begin.
+// Three times 64 of the 192 bytes, counted from the register in which they begin.
 constexpr Bytes places0 = makeBytes([](std::size_t i) { return placeOf(i); }),
                 places1 = makeBytes([](std::size_t i) { return placeOf(64 + i) - 64; }),
                 places2 = makeBytes([](std::size_t i) { return placeOf(128 + i) - 128; });
 
-/// Stores the bytes of the first `n` of 64 values.
+/// Stores the bytes that the first `n` of 64 values make.
 KXUTILS_TARGET inline void storeDecoded(char* out, __m512i values, unsigned long n) {
     storeFirst(out, _mm512_maskz_permutexvar_epi8(all, load(places), groups(values)), n / 4 * 3);
 }
 
-/// Stores the bytes of 256 values.
+/// Stores the bytes that 256 values make.
 KXUTILS_TARGET inline void storeDecoded(char* out, __m512i a, __m512i b, __m512i c, __m512i d) {
     a = groups(a);
     b = groups(b);
@@ -173,15 +175,15 @@ KXUTILS_TARGET inline void storeDecoded(char* out, __m512i a, __m512i b, __m512i
     _mm512_storeu_si512(out + 128, _mm512_permutex2var_epi8(c, load(places2), d));
 }
 
-/// Values of a text without what is between them, side by side.
+/// The values of a text, side by side, without the foreign bytes between them.
 struct Gathered {
     static constexpr unsigned long enough = 2048;
-    alignas(64) char values[enough + 128];  // a block is stored and loaded whole
+    alignas(64) char values[enough + 128];  // a block is stored and loaded as a whole
     unsigned long count = 0;
 };
 
-/// Adds the values of the next block, up to a '=' or the text's end, where `at` stops. True if that
-/// is where it has stopped.
+/// Adds the values of the next block and moves `at` past it, or as far as a '=' or the end of the
+/// text. Returns true if `at` has reached one of these two.
 KXUTILS_TARGET inline bool gather(const char*& at, const char* end, Gathered& gathered) {
     const auto left = static_cast<unsigned long>(end - at);
     const __m512i block = load(at, left), v = values(block);
@@ -199,8 +201,8 @@ KXUTILS_TARGET inline bool gather(const char*& at, const char* end, Gathered& ga
     return isLast;
 }
 
-/// Decodes the whole groups, of which fewer than four values are left. Returns the end of what was
-/// written.
+/// Decodes the whole groups and keeps the values that are left, fewer than four. Returns the end of
+/// what was written.
 KXUTILS_TARGET inline char* decodeGathered(Gathered& gathered, char* to) {
     const char* from = gathered.values;
     unsigned long left = gathered.count;
@@ -216,8 +218,8 @@ KXUTILS_TARGET inline char* decodeGathered(Gathered& gathered, char* to) {
     return to;
 }
 
-/// Goes on after `done` where foreign bytes may be anywhere: takes them out first, which leaves the
-/// values of many blocks side by side.
+/// Continues after `done` where foreign bytes may be anywhere. It takes them out first, so that the
+/// values of many blocks stand side by side.
 [[gnu::noinline]] KXUTILS_TARGET Base64Progress decodeSparse(const char* text, unsigned long n,
                                                              char* out, Base64Progress done) {
     const char *at = text + done.read, *const end = text + n;
@@ -227,14 +229,14 @@ KXUTILS_TARGET inline char* decodeGathered(Gathered& gathered, char* to) {
         while (gathered.count <= Gathered::enough && !isLast) isLast = gather(at, end, gathered);
         to = decodeGathered(gathered, to);
     }
-    // Back to where the group began that is not complete.
+    // Go back to where the incomplete group began.
     while (gathered.count != 0)
         if (base64Map[byteOf(*--at)] != base64Foreign) --gathered.count;  // none of them is a '='
     return {static_cast<unsigned long>(at - text), static_cast<unsigned long>(to - out)};
 }
 
-/// Decodes the first groups of a block, up to one that holds another byte or is not complete.
-/// Returns the number of characters, 64 at most.
+/// Decodes the first groups of a block, up to a group that holds a foreign byte or is incomplete.
+/// Returns the number of characters decoded, 64 at most.
 KXUTILS_TARGET inline unsigned long decodeBlock(const char* text, unsigned long n, char* out) {
     const __m512i block = load(text, n), v = values(block);
     const auto good = _tzcnt_u64(_mm512_movepi8_mask(_mm512_or_si512(block, v))) / 4 * 4;
@@ -242,7 +244,7 @@ KXUTILS_TARGET inline unsigned long decodeBlock(const char* text, unsigned long 
     return good;
 }
 
-/// Goes on after `done` block by block.
+/// Continues after `done`, block by block.
 KXUTILS_TARGET inline Base64Progress decodeBlocks(const char* text, unsigned long n, char* out,
                                                   Base64Progress done) {
     for (unsigned long good = 64; good == 64 && done.read != n;) {
@@ -250,14 +252,14 @@ KXUTILS_TARGET inline Base64Progress decodeBlocks(const char* text, unsigned lon
         done.read += good;
         done.written += good / 4 * 3;
     }
-    // The padding of a text's end, perhaps with a line break, is no work for a vector.
+    // The padding at the end of a text, perhaps with a line break, is not worth a vector.
     return n - done.read <= 8 ? done : decodeSparse(text, n, out, done);
 }
 
 [[gnu::noinline]] KXUTILS_TARGET Base64Progress decodeLong(const char* text, unsigned long n,
                                                            char* out) {
     unsigned long read = 0, written = 0;
-    // A store of 64 bytes may only be followed by bytes that are known to come.
+    // Whole stores of 64 bytes are only made where all 256 characters are in the alphabet.
     for (; n - read >= 256; read += 256, written += 192) {
         const __m512i a = load(text + read, 64), b = load(text + read + 64, 64),
                       c = load(text + read + 128, 64), d = load(text + read + 192, 64);
@@ -276,7 +278,7 @@ KXUTILS_TARGET Base64Progress decodeGroups(const char* text, unsigned long n, ch
     return n < 256 ? decodeBlocks(text, n, out, {0, 0}) : decodeLong(text, n, out);
 }
 
-/// A text of one block takes the shortest way.
+/// A text of one block is decoded directly.
 KXUTILS_TARGET unsigned long decode(const char* text, unsigned long n, char* out) {
     if (n > 64) return base64Decode<decodeGroups>(text, n, out);
     const unsigned long good = decodeBlock(text, n, out), written = good / 4 * 3;

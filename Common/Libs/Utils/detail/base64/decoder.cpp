@@ -8,7 +8,7 @@
 namespace kx::detail {
 
 unsigned long Base64Decoder::decode(const char* text, unsigned long n, char* out) {
-    constexpr unsigned long worthwhile = 9;  // characters, for the fast way
+    constexpr unsigned long worthwhile = 9;  // characters that make the fast way pay
     unsigned long written = 0;
     for (unsigned long at = 0; at < n; ++at) {
         const bool isRegular = _held == 0 && _allowance == 3;
@@ -23,7 +23,8 @@ unsigned long Base64Decoder::decode(const char* text, unsigned long n, char* out
     return written;
 }
 
-// Takes in one character. Returns how many bytes the group has given that it ends.
+// Takes in one character. If it ends a group, writes the group's bytes and returns their number;
+// otherwise returns 0.
 unsigned long Base64Decoder::take(char c, char* out) {
     const unsigned char value = base64Map[byteOf(c)];
     if (value == base64Foreign) return 0;

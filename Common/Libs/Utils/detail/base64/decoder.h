@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The decoder around the kernels: what a text holds beside whole groups.
+// The decoder around the kernels, which handles everything in a text beside whole groups.
 #pragma once
 
 #include <cstdint>
@@ -10,15 +10,15 @@
 
 namespace kx::detail {
 
-/// Decodes a text that comes in pieces, whatever is in it.
+/// Decodes a text that comes in pieces, whatever it contains.
 class Base64Decoder {
 public:
-    /// `decodeGroups` is the fast way through what is regular.
+    /// `decodeGroups` is the fast way through the regular parts.
     explicit Base64Decoder(Base64DecodeGroups decodeGroups) : _decodeGroups(decodeGroups) {}
 
-    /// Returns the number of bytes that the next `n` characters have added at `out`.
+    /// Decodes the next `n` characters to `out` and returns the number of bytes written.
     unsigned long decode(const char* text, unsigned long n, char* out);
-    /// No group has begun and not ended.
+    /// True if there is no unfinished group.
     bool isComplete() const { return _held == 0; }
 
 private:
@@ -30,11 +30,11 @@ private:
     long _allowance = 3;  ///< bytes a group may give; "=" takes one away from all groups to come
 };
 
-/// What is left to do for kxBase64::decode when the groups in `done` are decoded.
+/// Does what is left to do for kxBase64::decode once the groups in `done` are decoded.
 unsigned long base64DecodeRest(Base64DecodeGroups decodeGroups, const char* text, unsigned long n,
                                char* out, Base64Progress done);
 
-/// A kernel's `decode`, made of its `decodeGroups`.
+/// Makes a kernel's `decode` out of its `decodeGroups`.
 template <Base64DecodeGroups decodeGroups>
 unsigned long base64Decode(const char* text, unsigned long n, char* out) {
     const Base64Progress done = decodeGroups(text, n, out);

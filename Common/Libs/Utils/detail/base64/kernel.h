@@ -12,18 +12,18 @@ struct Base64Progress {
     unsigned long read, written;
 };
 
-/// Decodes whole groups from the beginning of a text on, and stops at the latest before the group
-/// that holds a "=" or is not complete. Nothing is written but the bytes it counts.
+/// Decodes whole groups from the beginning of a text, and stops at the latest before the group that
+/// holds a "=" or is incomplete. It writes only the bytes that it counts.
 using Base64DecodeGroups = Base64Progress (*)(const char* text, unsigned long n, char* out);
 
-/// No pointer is null; `n` may be 0. Input and output do not overlap, but decoding may be in place,
-/// with `out` equal to `text`.
+/// No pointer is null; `n` may be 0. Input and output do not overlap, except that decoding may be
+/// in place, with `out` equal to `text`.
 struct Base64Kernel {
     const char* name;
     bool (*usable)();
-    /// As the raw form of kxBase64::encode; the terminator alone if `n` is 0.
+    /// Like kxBase64::encode with raw buffers; writes only the terminator if `n` is 0.
     unsigned long (*encode)(const char* data, unsigned long n, char* out);
-    /// As the raw form of kxBase64::decode.
+    /// Like kxBase64::decode with raw buffers.
     unsigned long (*decode)(const char* text, unsigned long n, char* out);
     Base64DecodeGroups decodeGroups;
 };
@@ -32,7 +32,7 @@ Base64Kernel base64Avx512(), base64Avx2();  // x86-64 only
 Base64Kernel base64Portable();
 KernelTable<Base64Kernel> base64Kernels();
 
-/// Those of base64Portable(), for what the other kernels leave over.
+/// The functions of base64Portable(), for what the other kernels leave over.
 unsigned long base64EncodePortable(const char* data, unsigned long n, char* out);
 Base64Progress base64DecodeGroupsPortable(const char* text, unsigned long n, char* out);
 

@@ -35,7 +35,7 @@ unsigned long base64EncodePortable(const char* data, unsigned long n, char* out)
     return static_cast<unsigned long>(out - begin);
 }
 
-// Up to the first group that holds anything but characters of the alphabet.
+// Stops at the first group that holds anything but characters of the alphabet.
 Base64Progress base64DecodeGroupsPortable(const char* text, unsigned long n, char* out) {
     unsigned long read = 0, written = 0;
     for (; n - read >= 4; read += 4, written += 3) {

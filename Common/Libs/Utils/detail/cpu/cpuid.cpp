@@ -13,16 +13,16 @@ using Fields = kxCPUInfo::Fields;
 using Flag = bool Fields::*;
 
 // The standard and the extended leaves span 64 Ki numbers each (AMD64 Architecture Programmer's
-// Manual, volume 3, appendix E). A processor that claims more makes the walk no longer.
+// Manual, volume 3, appendix E). A processor that claims more leaves does not make the walk longer.
 constexpr std::uint32_t lastStandardLeaf = 0x0000FFFF;
 constexpr std::uint32_t firstExtendedLeaf = 0x80000000;
 constexpr std::uint32_t lastExtendedLeaf = 0x8000FFFF;
 
-// Five bits of type and three of level tell this many caches apart. A processor that describes
-// caches without end is not asked for more.
+// Five bits of type and three of level can tell this many caches apart. A processor that goes on
+// describing caches is not asked for more.
 constexpr std::uint32_t maxCaches = 256;
 
-// Index: bit of leaf 1 ECX.
+// The index is the bit number in ECX of leaf 1.
 constexpr Flag leaf1EcxFlags[29] = {
     &Fields::sse3,        &Fields::pclmulqdq,  &Fields::dtes64, &Fields::monitor,
     &Fields::dsCpl,       &Fields::vmx,        &Fields::smx,    &Fields::eist,
@@ -145,7 +145,7 @@ Fields readCpu(CpuidQuery query) {
     const std::uint32_t n = std::min(ask(0, 0).eax, lastStandardLeaf);
     for (std::uint32_t leaf = 0; leaf <= n; ++leaf) readStandardLeaf(fields, leaf, ask(leaf, 0));
 
-    // Without extended leaves the answer is below the first one, and the loop does not start.
+    // Without extended leaves the answer is below the first of them, and the loop does not start.
     const std::uint32_t m = std::min(ask(firstExtendedLeaf, 0).eax, lastExtendedLeaf);
     for (std::uint32_t leaf = firstExtendedLeaf; leaf <= m; ++leaf)
         readExtendedLeaf(fields, leaf, ask(leaf, 0));

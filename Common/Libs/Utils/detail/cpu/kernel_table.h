@@ -3,8 +3,8 @@
 
 // Versions of one operation for different processors.
 //
-// Tables are made by functions when they are asked for. As constant data they would be pointers,
-// each of which the loader has to relocate whenever a program starts.
+// Tables are made by functions when they are asked for. Constant data would hold pointers, and the
+// loader would have to relocate each of them whenever a program starts.
 #pragma once
 
 #include <array>
@@ -14,7 +14,7 @@
 namespace kx::detail {
 
 /// The versions that are built, fastest first; the last one is portable. A `Kernel` has the member
-/// `usable`, which tells whether processor and operating system can run it.
+/// `usable`, which tells whether the processor and the operating system can run it.
 template <class Kernel>
 struct KernelTable {
     std::array<Kernel, 3> rows;
@@ -30,8 +30,9 @@ struct KernelTable {
     }
 };
 
-/// The fastest kernel of the table that `table` returns, found out when one is first asked for:
-/// what loads the library need not wait for the processor's answers. Any thread may ask.
+/// The fastest usable kernel of the table that `table` returns. It is chosen when a kernel is first
+/// asked for, so that a program that loads the library need not wait for the processor's answers.
+/// Any thread may ask.
 template <class Kernel, KernelTable<Kernel> (*table)()>
 class FastestKernel {
 public:
@@ -40,8 +41,9 @@ public:
         return kernel;
     }
 
-    /// get().*function(arguments...), without a look at the guard of get() where that has been
-    /// called before, and without anything to keep across it: this matters for a few bytes.
+    /// Calls get().*function(arguments...). After the first call it skips the guard of get(), and
+    /// it has nothing to keep across the call, which matters when there are only a few bytes to
+    /// process.
     template <class Function, class... Arguments>
     static auto call(Function Kernel::*function, Arguments... arguments) {
         const Kernel* const kernel = _known.load(std::memory_order_acquire);

@@ -9,8 +9,8 @@
 namespace kx::detail {
 
 // A register holds a polynomial over GF(2) of a degree below 32, reflected: bit 31 is the
-// coefficient of x^0, bit 0 that of x^31. This is the polynomial P of the CRC-32, 0x04C11DB7
-// reflected, without its x^32.
+// coefficient of x^0, bit 0 that of x^31. The constant is the polynomial P of CRC-32, 0x04C11DB7,
+// reflected and without its x^32.
 constexpr std::uint32_t crc32Polynomial = 0xEDB88320;
 
 /// One bit step multiplies the register by x, modulo P.

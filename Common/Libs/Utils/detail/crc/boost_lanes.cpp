@@ -13,12 +13,13 @@
 namespace kx::detail {
 namespace {
 
-// Measured: six lanes are a tenth slower, ten no faster. With less than the shortest lane, joining
-// costs what the lanes save; the longest is an eighth of the largest block that files are read in.
+// Measured: six lanes are a tenth slower, and ten are no faster. If a lane is shorter than
+// shortestLane, joining costs as much as the lanes save. longestLane is an eighth of the largest
+// block in which files are read.
 constexpr std::size_t lanes = 8, shortestLane = 16, longestLane = 10240;
 
-// Bytes that a lane takes at a time. Two, since each call looks whether Boost's table has been
-// made; with four, compilers keep a loop instead of writing the steps down.
+// The bytes that a lane takes at a time. More than one, because each call checks whether Boost's
+// table has been made; with four, compilers keep a loop instead of unrolling it.
 constexpr std::size_t bytesPerTurn = 2;
 
 // A polynomial to multiply others by, modulo P.
@@ -38,12 +39,12 @@ public:
     }
 
 private:
-    std::array<std::uint32_t, 32> _products{};  // with the term that each bit stands for
+    std::array<std::uint32_t, 32> _products{};  // times the term that each bit stands for
 };
 
 constexpr std::uint32_t one = 0x80000000;
 
-// Entry i: x^8 to the power of 2^i.
+// Entry i is x^8 to the power of 2^i.
 constexpr auto makePowers() {
     std::array<Factor, 14> powers;
     std::uint32_t polynomial = crc32BitSteps(one, 8);
@@ -56,7 +57,7 @@ constexpr auto makePowers() {
 constexpr auto powers = makePowers();
 static_assert(longestLane >> powers.size() == 0);
 
-// x^(8n), what a checksum is multiplied by where n bytes follow.
+// x^(8n), by which a checksum is multiplied when n bytes follow.
 Factor zeros(std::size_t n) {
     std::uint32_t polynomial = one;
     for (const Factor& power : powers) {
@@ -66,11 +67,13 @@ Factor zeros(std::size_t n) {
     return Factor(polynomial);
 }
 
-// The checksum of the bytes that `before` is the checksum of and of one lane after the other.
+// Given the checksum `before` of some bytes, returns the checksum of those bytes followed by all
+// lanes.
 //
-// That of a and b is the one of a times x^(8n), modulo P, plus the one of b, of n bytes: the start
-// values and the final XORs, being the same, cancel out (Mark Adler's crc32_combine of zlib).
-// Flattened, and the lanes written out, so that all their registers are the processor's.
+// For a followed by b, which has n bytes, the checksum is checksum(a) * x^(8n) modulo P, plus
+// checksum(b). The start values and the final XORs are equal and cancel out (Mark Adler's
+// crc32_combine in zlib). The function is flattened and the lanes are written out so that all their
+// registers are the processor's.
 template <std::size_t... lane>
 [[gnu::flatten]] std::uint32_t lanesChecksum(const unsigned char* p, std::size_t laneSize,
                                              std::uint32_t before, std::index_sequence<lane...>) {

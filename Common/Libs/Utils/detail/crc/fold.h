@@ -4,10 +4,11 @@
 // Constants and last steps of CRC-32 by carry-less multiplication (Gopal, Ozturk, Guilford and
 // others: Fast CRC Computation for Generic Polynomials Using PCLMULQDQ Instruction, Intel, 2009).
 //
-// The bytes of a message are a polynomial, reflected as the register is: the lowest bit of the
-// first byte is the highest coefficient. A start value of the register is XORed into the first four
-// bytes. What stands n bits before the end of a block counts as its polynomial times x^n, or times
-// x^n mod P, which is short enough to be added to the block: that is folding.
+// The bytes of a message are a polynomial, reflected like the register: the lowest bit of the first
+// byte is the highest coefficient. A start value of the register is XORed into the first four
+// bytes. A part that stands n bits before the end of a block counts as its polynomial times x^n.
+// Multiplying it by x^n mod P instead makes it short enough to be added to the block; this is
+// called folding.
 #pragma once
 
 #include <immintrin.h>
@@ -18,12 +19,12 @@
 
 namespace kx::detail {
 
-/// What a quadword is multiplied by to fold it over `n` bits. x^(n-1) and not x^n, since the
-/// product of two reflected quadwords is one bit short of their reflected product.
+/// The factor by which a quadword is multiplied to fold it over `n` bits. It is x^(n-1) and not x^n
+/// because the product of two reflected quadwords is one bit shorter than their reflected product.
 constexpr std::uint64_t foldFactor(int n) {
     return std::uint64_t{crc32BitSteps(0x80000000, n - 1)} << 32;
 }
-// The paper's k5, for x^64, which it shifts by one bit instead.
+// The paper's k5, for x^64; the paper shifts it by one bit instead.
 static_assert(foldFactor(65) >> 31 == 0x163CD6124);
 
 /// The factors of the two quadwords of 16 bytes; the first stands 64 bits before the second.
@@ -46,8 +47,9 @@ constexpr std::uint64_t divideByP() {
 // The paper's u, the quotient of x^64, is the upper half.
 static_assert((divideByP() & 0x1FFFFFFFF) == 0x1F7011641);
 
-/// What P leaves of the polynomial in the first 12 bytes of `s` (Barrett reduction): they contain P
-/// as often as their first 8 bytes times the quotient above says; subtract it.
+/// The remainder modulo P of the polynomial in the first 12 bytes of `s` (Barrett reduction). P is
+/// contained in them as often as their first 8 bytes times the above quotient says, so that
+/// multiple of P is subtracted.
 __attribute__((target("pclmul,sse4.1"))) inline std::uint32_t remainderOf96(__m128i s) {
     alignas(16) static constexpr std::uint64_t factors[2] = {divideByP(),
                                                              std::uint64_t{crc32Polynomial} << 1};
@@ -57,9 +59,9 @@ __attribute__((target("pclmul,sse4.1"))) inline std::uint32_t remainderOf96(__m1
     return static_cast<std::uint32_t>(_mm_extract_epi32(_mm_xor_si128(s, multiple), 2));
 }
 
-/// The register after the 16 bytes of `block`, that is, what P leaves of them times x^32.
+/// The register after the 16 bytes of `block`: their remainder modulo P once multiplied by x^32.
 __attribute__((target("pclmul,sse4.1"))) inline std::uint32_t registerAfter16(__m128i block) {
-    // The first half is folded over the second and over the 32 bits of zeros that x^32 stands for.
+    // Fold the first half over the second and over the 32 bits of zeros that x^32 stands for.
     const __m128i factor = _mm_cvtsi64_si128(static_cast<std::int64_t>(foldFactor(64 + 32)));
     const __m128i first = _mm_clmulepi64_si128(block, factor, 0x00);
     return remainderOf96(_mm_xor_si128(_mm_srli_si128(first, 4), _mm_srli_si128(block, 8)));

@@ -1,14 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// How a message is folded, written once for every width of a vector. The file that includes this
+// How a message is folded, written once for all vector widths. A file that includes this one
 // defines KXUTILS_TARGET, the instructions that its vectors need, and a class of vectors:
 //
 //     Block                       the register
-//     load(p), add(a, b)          its bytes in memory; the sum of two, which is their XOR
-//     word(crc)                   four bytes and zeros
-//     loadAtEnd(p, count, start)  zeros and the `count` bytes at `p`, added to `start`
-//     fold(block, factors, next)  `block`, folded over a distance, and added to `next`
+//     load(p)                     the bytes at `p`
+//     add(a, b)                   the sum of two blocks, which is their XOR
+//     word(crc)                   the four bytes of `crc`, then zeros
+//     loadAtEnd(p, count, start)  zeros, then the `count` bytes at `p` with `start` added
+//     fold(block, factors, next)  `block` folded over a distance and added to `next`
 //     overBlocks[n]               the factors for a distance of n + 1 blocks
 #pragma once
 
@@ -17,17 +18,17 @@
 namespace kx::detail {
 namespace {
 
-/// The last block that is left of a message of `length` bytes, which is not 0, with the start value
-/// `crc` of the register: the register after that block is the register after the message.
+/// Folds a message of `length` bytes, which is not 0, to a single block. `crc` is the start value
+/// of the register. The register after that block is the register after the message.
 template <class Vector>
 KXUTILS_TARGET inline typename Vector::Block foldMessage(const char* p, unsigned long length,
                                                          std::uint32_t crc) {
     using Block = typename Vector::Block;
     constexpr unsigned long size = sizeof(Block);
 
-    // A message may begin with zeros as long as the register is zero: bytes that do not fill a
-    // block move to its end, after the start value has been added. What does not fit into them of
-    // the start value comes after them.
+    // Zeros in front of a message change nothing while the register is zero. The first bytes, which
+    // need not fill a block, therefore move to its end once the start value has been added. The
+    // part of the start value that does not fit into them is added to what follows.
     const unsigned long count = (length - 1) % size + 1;
     Block a = Vector::loadAtEnd(p, count, crc);
     Block rest = Vector::word(count < 4 ? crc >> 8 * count : 0);

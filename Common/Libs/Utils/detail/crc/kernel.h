@@ -10,7 +10,7 @@
 
 namespace kx::detail {
 
-/// Arguments and result of `calc` are those of kxCRC32::calc.
+/// `calc` has the arguments and the result of kxCRC32::calc.
 struct Crc32Kernel {
     const char* name;
     bool (*usable)();
@@ -21,7 +21,7 @@ Crc32Kernel crc32Vpclmulqdq(), crc32Pclmulqdq();  // x86-64 only
 Crc32Kernel crc32Portable();
 KernelTable<Crc32Kernel> crc32Kernels();
 
-/// That of crc32Portable(): eight bytes at a time by look-up.
+/// The `calc` of crc32Portable(): eight bytes at a time by look-up.
 std::uint32_t crc32EightBytes(const void* data, unsigned long length, std::uint32_t previous);
 
 }  // namespace kx::detail

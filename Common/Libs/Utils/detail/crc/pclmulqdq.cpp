@@ -16,7 +16,8 @@ bool usable() {
            __builtin_cpu_supports("ssse3");
 }
 
-// The 16 bytes from `n` on move n bytes to the end of a register and fill it up with zeros.
+// As a shuffle mask, the 16 bytes from `n` on move n bytes to the end of a register and put zeros
+// in front.
 constexpr unsigned char toTheEnd[32] = {
     0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80, 0x80,
     0,    1,    2,    3,    4,    5,    6,    7,    8,    9,    10,   11,   12,   13,   14,   15};
@@ -34,7 +35,7 @@ struct Vector16 {
     KXUTILS_TARGET static Block word(std::uint32_t crc) {
         return _mm_cvtsi32_si128(static_cast<int>(crc));
     }
-    /// 16 bytes at `p` can be read.
+    /// The 16 bytes at `p` must be readable.
     KXUTILS_TARGET static Block loadAtEnd(const char* p, unsigned long count, std::uint32_t start) {
         return _mm_shuffle_epi8(add(load(p), word(start)), load(toTheEnd + count));
     }

@@ -14,7 +14,7 @@
 
 namespace kx::detail {
 
-// Table k, entry i: the register after byte i and k zero bytes.
+// Table k, entry i is the register after byte i and k zero bytes.
 constexpr std::array<std::array<std::uint32_t, 256>, 8> makeCrc32Lookup() {
     std::array<std::array<std::uint32_t, 256>, 8> tables{};
     for (std::uint32_t i = 0; i < 256; ++i) {
@@ -28,7 +28,7 @@ static_assert(crc32Lookup[0][0] == 0 && crc32Lookup[0][1] == 0x77073096 &&
               crc32Lookup[0][128] == crc32Polynomial && crc32Lookup[0][255] == 0x2D02EF8D);
 static_assert(crc32Lookup[1][1] == 0x191B3141 && crc32Lookup[7][1] == 0xCCAA009E);
 
-/// Takes bytes through the register; `step` is a byte's worth.
+/// Takes the bytes through the register one by one; `step` takes it one byte further.
 template <class Step>
 std::uint32_t oneByOne(std::uint32_t crc, const unsigned char* p, unsigned long length, Step step) {
     for (; length != 0; --length) crc = step(crc ^ *p++);
@@ -39,8 +39,7 @@ inline std::uint32_t lookUpByte(std::uint32_t crc) {
     return (crc >> 8) ^ crc32Lookup[0][crc & 0xFF];
 }
 
-/// Takes a word through 4 bytes of tables: those of `base` to `base + 3`, the word's last byte in
-/// the lowest.
+/// Takes a word through the tables `base` to `base + 3`; the word's last byte uses the lowest one.
 template <std::size_t base>
 std::uint32_t lookUpWord(std::uint32_t word) {
     return crc32Lookup[base][word >> 24] ^ crc32Lookup[base + 1][(word >> 16) & 0xFF] ^

@@ -25,7 +25,7 @@ constexpr Factors allQuarters(int n) {
     const FoldFactors f = foldFactors(n);
     return {{f, f, f, f}};
 }
-// Each quarter over what comes after it in the block, and over the 32 bits of zeros at the end.
+// Fold each quarter over what comes after it in the block and over the 32 bits of zeros at the end.
 constexpr Factors toTheEnd = {
     {foldFactors(384 + 32), foldFactors(256 + 32), foldFactors(128 + 32), foldFactors(32)}};
 
@@ -55,7 +55,8 @@ struct Vector64 {
 
 KXUTILS_TARGET inline std::uint32_t registerAfter64(__m512i block) {
     const __m512i quarters = Vector64::fold(block, toTheEnd, _mm512_setzero_si512());
-    // With a mask, even if it keeps all: GCC 12 warns about its own forms without (bug 105593).
+    // With a mask, although it keeps everything: GCC 12 warns about its own forms without one (bug
+    // 105593).
     const __m256i halves = _mm256_xor_si256(_mm512_maskz_extracti64x4_epi64(0xFF, quarters, 0),
                                             _mm512_maskz_extracti64x4_epi64(0xFF, quarters, 1));
     const __m128i sum =
@@ -63,7 +64,7 @@ KXUTILS_TARGET inline std::uint32_t registerAfter64(__m512i block) {
     return remainderOf96(_mm_srli_si128(sum, 4));
 }
 
-/// The register after up to 16 bytes: as foldMessage(), with half the work.
+/// The register after up to 16 bytes. It does what foldMessage() does with half the work.
 KXUTILS_TARGET inline std::uint32_t registerAfterShort(const char* p, unsigned long length,
                                                        std::uint32_t crc) {
     const auto count = static_cast<unsigned int>(length);

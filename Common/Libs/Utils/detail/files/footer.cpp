@@ -30,20 +30,21 @@ bool goTo(std::FILE* file, std::uint64_t position, kxFile::ChecksumInfo& info) {
     return false;
 }
 
-// The 16 bytes at `position`; "" if they cannot be read, so that no earlier bytes pass for them.
+// The 16 bytes at `position`, or "" if they cannot be read, so that bytes read earlier are not
+// taken for them.
 std::string readFooter(std::FILE* file, std::uint64_t position, kxFile::ChecksumInfo& info) {
     std::string footer(footerSize, '\0');
     if (!goTo(file, position, info)) return {};
     return std::fread(footer.data(), 1, footerSize, file) == footerSize ? footer : std::string();
 }
 
-// crc32Of() of a file; `done` gets the size of each block.
+// The crc32Of() of a file; `done` is given the size of each block.
 template <class Done>
 std::uint32_t crc32OfBlocks(std::FILE* file, std::uint64_t length, std::size_t maxBlock,
                             Done done) {
     BoostCrc32 crc;
     const auto capacity = static_cast<std::size_t>(std::min<std::uint64_t>(length, maxBlock));
-    const std::unique_ptr<char[]> block(new char[capacity]);  // not cleared: it is read into
+    const std::unique_ptr<char[]> block(new char[capacity]);  // not cleared, since it is read into
     while (length > 0) {
         const auto wanted = static_cast<std::size_t>(std::min<std::uint64_t>(length, capacity));
         const std::size_t size = std::fread(block.get(), 1, wanted, file);
@@ -98,7 +99,7 @@ void findFooter(std::FILE* file, std::uint32_t offset, const kxFile::Progress& p
             info.state = State::badMetaDistance;
             return;
         }
-        if (distance > position - offset) return;  // before the protected data
+        if (distance > position - offset) return;  // it would begin before the protected data
         position -= distance;
         footer = readFooter(file, position, info);
     }

@@ -24,18 +24,19 @@ namespace kx::detail {
 /// The standard CRC-32 (IEEE 802.3, zlib; polynomial 0x04C11DB7 reflected) of `size` bytes.
 std::uint32_t crc32Of(const void* data, std::size_t size);
 
-/// The CRC-32 of at most `length` bytes from the file's position on, read in blocks of `maxBlock`
-/// bytes. A block that comes back short, also by a read error, ends the data.
+/// The CRC-32 of at most `length` bytes from the file's current position, read in blocks of
+/// `maxBlock` bytes. A block that comes back short ends the data, even if the reason is a read
+/// error.
 std::uint32_t crc32Of(std::FILE* file, std::uint64_t length, std::size_t maxBlock);
 
-/// A checksum as a footer shows it: "0000ABCD".
+/// A checksum in the form a footer shows, such as "0000ABCD".
 std::string checksumDigits(std::uint32_t checksum);
 
 /// The 16 bytes of a checksum footer.
 std::string checksumFooter(std::uint32_t checksum);
 
-/// kxFile::findChecksum of an open file: fills `info`, which is as it was made, with what follows
-/// from the file's content. After a read that failed errno is that read's.
+/// Does the work of kxFile::findChecksum for an open file: takes a newly made `info` and fills in
+/// what follows from the file's content. If a read fails, errno is the error of that read.
 void findFooter(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
                 kxFile::ChecksumInfo& info);
 

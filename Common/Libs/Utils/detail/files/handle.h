@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// An open file that closes itself and leaves the error number of the call that failed.
+// An open file that closes itself and keeps the error number of the call that failed.
 #pragma once
 
 #include <sys/stat.h>
@@ -24,18 +24,19 @@ private:
     int _saved;
 };
 
-/// fopen without a buffer of the C library's own; null on failure. For callers that move whole
-/// blocks: these go straight between the caller's memory and the system, one call per block, a
-/// seek reads nothing ahead, and a write that the disk refuses fails at once, not at fclose. The
-/// mode has an "e", as for FileHandle.
+/// Calls fopen, without a buffer of the C library's own; null on failure. It is meant for callers
+/// that move whole blocks: each block goes straight between the caller's memory and the system in
+/// one call, a seek reads nothing ahead, and a write that the disk refuses fails at once, not in
+/// fclose. The mode has an "e", as for FileHandle.
 inline std::FILE* openUnbuffered(const char* name, const char* mode) {
     std::FILE* file = std::fopen(name, mode);
     if (file) std::setvbuf(file, nullptr, _IONBF, 0);
     return file;
 }
 
-/// Owns a FILE*. Closing it implicitly keeps errno; close() reports whether closing succeeded.
-/// Every mode has an "e": a program that another thread starts meanwhile must not inherit the file.
+/// Owns a FILE*. The destructor closes it and keeps errno; close() reports whether closing
+/// succeeded. Every mode has an "e", so that a program started by another thread meanwhile does not
+/// inherit the file.
 class FileHandle {
 public:
     FileHandle(const std::string& path, const char* mode) : _file(std::fopen(path.c_str(), mode)) {}
@@ -61,7 +62,8 @@ private:
     std::FILE* _file;
 };
 
-/// True, with errno set, for a directory (which opens for reading), and where nobody can tell.
+/// True, with errno set, for a directory (which opens for reading), and if the kind of file cannot
+/// be found out.
 inline bool isDirectory(std::FILE* file) {
     struct stat info {};
     if (fstat(fileno(file), &info) != 0) return true;
@@ -69,10 +71,10 @@ inline bool isDirectory(std::FILE* file) {
     return S_ISDIR(info.st_mode);
 }
 
-/// The size of an open file, its position put back to the start; -1, with errno set, if it has none
-/// (a directory, a pipe).
+/// The size of an open file, whose position is then back at the start; -1, with errno set, if it
+/// has no size (a directory, a pipe).
 inline off_t sizeOf(std::FILE* file) {
-    if (isDirectory(file)) return -1;  // some report an end of 2^63 - 1
+    if (isDirectory(file)) return -1;  // some systems report an end of 2^63 - 1
     if (fseeko(file, 0, SEEK_END) != 0) return -1;
     const off_t size = ftello(file);
     return fseeko(file, 0, SEEK_SET) == 0 ? size : -1;

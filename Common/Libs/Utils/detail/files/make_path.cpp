@@ -35,7 +35,7 @@ bool makeIfMissing(const std::string& path) {
 }
 
 bool makePath(const std::string& path) {
-    // One or two slashes in front belong to the first component ("//server").
+    // One or two slashes at the front belong to the first component ("//server").
     std::string prefix(std::min<std::size_t>(path.find_first_not_of('/'), 2), '/');
     int firstError = 0;
     bool isFirst = true;

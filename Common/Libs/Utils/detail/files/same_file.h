@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Whether two paths or descriptors lead to one file.
+// Whether two paths or descriptors refer to one file.
 #pragma once
 
 #include <sys/stat.h>

@@ -9,9 +9,10 @@
 
 namespace kx::detail {
 
-/// `prefix` followed by the first number from `count` on for which nothing of that name exists in
-/// `directory`; `count` becomes the number after it. Numbers above 2147483647 are written as the
-/// negative ones of the same 32 bits. "", with `count` untouched, if an argument is empty.
+/// Returns `prefix` followed by a number: the first from `count` on for which `directory` has no
+/// entry of that name. `count` becomes the number after it. Numbers above 2147483647 are written as
+/// the negative numbers with the same 32 bits. Returns "" and leaves `count` alone if an argument
+/// is empty.
 std::string nextFreeName(const std::string& directory, const std::string& prefix,
                          std::uint32_t& count);
 

@@ -5,9 +5,9 @@
 //
 // Design: a character cell is 6 pixels wide and 7 high. Capitals, digits and ascenders take rows 0
 // to 5 (from the top), lower-case letters rows 2 to 5; all stand on row 5. Row 6 holds descenders
-// (g j p q y) and what hangs below the line among the signs. Column 5 stays blank and spaces the
-// letters, but for "_", which joins its neighbours to one line. Look-alikes carry a mark: a stroke
-// in the zero, a foot below the one, a tail to the l.
+// (g j p q y) and the parts of signs below the line. Column 5 stays blank to space the letters,
+// except in "_", which joins its neighbours into one line. Look-alikes are told apart by a mark: a
+// stroke in the zero, a foot below the one, a tail on the l.
 #pragma once
 
 #include <array>
@@ -24,7 +24,7 @@ constexpr unsigned char firstGlyph = 32;  // space
 constexpr unsigned char lastGlyph = 122;  // z
 constexpr std::size_t glyphCount = lastGlyph - firstGlyph + 1;
 
-// Glyphs are drawn side by side, a blank between two of them.
+// The glyphs are drawn side by side, with a blank between neighbours.
 constexpr std::size_t glyphsPerBand = 7;
 constexpr std::size_t bandWidth = glyphsPerBand * (glyphWidth + 1) - 1;
 
@@ -137,8 +137,8 @@ inline constexpr std::string_view dinaDrawing[] = {
 };
 // clang-format on
 
-/// Glyph after glyph, each one byte per row from the top; bit 7 is the leftmost pixel, bit 2 the
-/// rightmost, and bits 1 and 0 are clear.
+/// One glyph after another, with one byte per row from the top; bit 7 is the leftmost pixel, bit 2
+/// the rightmost, and bits 1 and 0 are clear.
 using FontTable = std::array<std::uint8_t, glyphCount * glyphHeight>;
 
 constexpr FontTable makeFont() {
@@ -155,7 +155,8 @@ constexpr FontTable makeFont() {
     return font;
 }
 
-// True if every band has all its rows, and nothing but ink, paper and the blanks between glyphs.
+// True if every band has all its rows, and holds nothing but ink, paper and the blanks between
+// glyphs.
 constexpr bool drawingIsComplete() {
     for (const std::string_view band : dinaDrawing) {
         if (band.size() != glyphHeight * bandWidth) return false;

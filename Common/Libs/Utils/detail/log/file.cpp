@@ -18,17 +18,18 @@
 namespace kx::detail {
 namespace {
 
-// A pipe that nobody reads would make the open wait, so that is not waited for (ENXIO).
+// Opening a pipe that nobody reads would wait for a reader; this open fails instead (ENXIO).
 int openToAppend(const char* path) {
     const int flags = O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC;
     const mode_t mode = 0666;  // less the umask
     const int descriptor = open(path, flags | O_NONBLOCK, mode);
-    // A program that holds a lease on the file gets the time to give it up.
+    // A program that holds a lease on the file is given time to release it.
     if (descriptor < 0 && errno == EWOULDBLOCK) return open(path, flags, mode);
     return descriptor;
 }
 
-// Asking the system takes a twentieth of the time of a line, so its answer holds for a second.
+// Asking the system takes a twentieth of the time that a line takes, so its answer is kept for a
+// second.
 bool isRegular(const char* path, int descriptor) {
     static struct {
         char path[PATH_MAX];
@@ -40,12 +41,12 @@ bool isRegular(const char* path, int descriptor) {
     struct stat info {};
     last.isRegular = fstat(descriptor, &info) == 0 && S_ISREG(info.st_mode);
     last.time = now;
-    std::memcpy(last.path, path, std::strlen(path) + 1);  // opened, so the system had room for it
+    std::memcpy(last.path, path, std::strlen(path) + 1);  // it fits: the system opened it
     return last.isRegular;
 }
 
-// Keeps the SIGPIPE of a write to a pipe that nobody reads any more from the application, which may
-// not survive it. One that was pending before stays.
+// Protects the application from the SIGPIPE that a write to a pipe without a reader raises, since
+// the application may not survive it. A signal that was pending before stays pending.
 class NoBrokenPipeSignal {
 public:
     NoBrokenPipeSignal() : _wasPending(isPending()) {
@@ -78,7 +79,7 @@ private:
     sigset_t _before{};
 };
 
-// How many of the bytes could be written.
+// Returns how many of the bytes could be written.
 std::size_t writeAll(int descriptor, std::string_view bytes) {
     std::size_t done = 0;
     while (done < bytes.size()) {
@@ -91,7 +92,7 @@ std::size_t writeAll(int descriptor, std::string_view bytes) {
     return done;
 }
 
-// Removes what has just been appended, unless another process has appended since.
+// Removes what has just been appended, unless another process has appended something since.
 void takeBack(int descriptor, std::size_t size) {
     const off_t end = lseek(descriptor, 0, SEEK_CUR);
     if (lseek(descriptor, 0, SEEK_END) != end) return;
@@ -121,10 +122,10 @@ bool appendToFile(const char* path, std::string_view bytes) {
         done = writeAll(descriptor, bytes);
     } else {
         const NoBrokenPipeSignal keepAway;
-        fcntl(descriptor, F_SETFL, O_APPEND);  // no longer O_NONBLOCK
+        fcntl(descriptor, F_SETFL, O_APPEND);  // O_NONBLOCK is no longer wanted
         done = writeAll(descriptor, bytes);
     }
-    // The next line, when the disk has space again, must not continue the start of this one.
+    // When the disk has space again, the next line must not continue the fragment of this one.
     if (done > 0 && done < bytes.size()) takeBack(descriptor, done);
     close(descriptor);
     return true;

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Log files: what they start with, and lines at their end.
+// Log files: their headers, and lines appended to them.
 #pragma once
 
 #include <string>
@@ -9,17 +9,17 @@
 
 namespace kx::detail {
 
-/// What a CSV log starts with.
+/// The header of a CSV log.
 constexpr const char* csvHead = "Date;Time;Type of Message;Message Number;Description\n";
 
-/// What an HTML log starts with, with the current local time.
+/// The header of an HTML log, with the current local time.
 std::string htmlHead();
 
-/// Appends `bytes` in one write that no other process's write can part, creating the file if
-/// needed. False if the file cannot be opened; bytes that cannot be written are lost. A pipe that
-/// nobody reads cannot be opened; a reader that is slow is waited for, and one that leaves raises
-/// no SIGPIPE. A path where a pipe takes the place of a file is noticed within a second. Not by
-/// several threads at once.
+/// Appends `bytes` in a single write, which no other process's write can split, and creates the
+/// file if needed. Returns false if the file cannot be opened; bytes that cannot be written are
+/// lost. A pipe that nobody reads cannot be opened. A slow reader is waited for, and a reader that
+/// goes away raises no SIGPIPE. If a pipe takes the place of a file at this path, that is noticed
+/// within a second. Must not be called by several threads at once.
 bool appendToFile(const char* path, std::string_view bytes);
 
 }  // namespace kx::detail

@@ -14,8 +14,8 @@
 namespace kx::detail {
 namespace {
 
-// The bytes of a file, from its start as far as they are asked for. Reads at offsets, which takes
-// nothing away where the path leads to a pipe or a terminal.
+// The bytes of a file from its start, read only as far as they are asked for. Reads at offsets,
+// which consumes nothing if the path leads to a pipe or a terminal.
 class Reader {
 public:
     static constexpr int endOfFile = -1;
@@ -37,8 +37,9 @@ public:
         for (int c = 0; size > 1 && c != '\n' && c != endOfFile; --size) c = get();
     }
 
-    /// Reads a number as scanf does: blanks, then a sign and digits of `width` characters together.
-    /// One too large is cut as scanf cuts it. False, with `value` 0, if there is no digit.
+    /// Reads a number as scanf does: blanks, then a sign and digits that together have at most
+    /// `width` characters. Cuts off a number that is too large as scanf does. Returns false, with
+    /// `value` 0, if there is no digit.
     bool number(int& value, int width = std::numeric_limits<int>::max()) {
         while (isBlank(peek())) get();
         const bool isNegative = peek() == '-';
@@ -107,7 +108,7 @@ Stamp readFirstStamp(int descriptor, bool isCsv) {
 }  // namespace
 
 std::string staleStamp(const char* path, bool isCsv, const Stamp& now) {
-    // Not blocking, since the path may lead to a pipe; only a regular file is an old log.
+    // Does not block, since the path may lead to a pipe; only a regular file is an old log.
     const int descriptor = open(path, O_RDONLY | O_NONBLOCK | O_CLOEXEC);
     if (descriptor < 0) return {};
     const Stamp first = readFirstStamp(descriptor, isCsv);

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The age of a log file, which decides whether it is moved aside.
+// The age of a log file, which decides whether the file is moved aside.
 #pragma once
 
 #include <string>
@@ -10,9 +10,9 @@
 
 namespace kx::detail {
 
-/// If `path` is a regular file that can be read, and its first message is not of the day of `now`,
-/// the stamp of that message as rotated files carry it ("20170301-140509", with 0 for what cannot
-/// be read); otherwise "".
+/// Returns a stamp if `path` is a regular, readable file whose first message is not from the day of
+/// `now`: the stamp of that message as rotated files carry it ("20170301-140509", with 0 for what
+/// cannot be read). Otherwise returns "".
 std::string staleStamp(const char* path, bool isCsv, const Stamp& now);
 
 }  // namespace kx::detail

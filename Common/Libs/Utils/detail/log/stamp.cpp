@@ -8,7 +8,7 @@
 namespace kx::detail {
 namespace {
 
-// Any field but the year.
+// Writes any field but the year.
 char* putTwoDigits(char* out, int value) {
     *out++ = static_cast<char>('0' + value / 10);
     *out++ = static_cast<char>('0' + value % 10);

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Powers of ten in 64 bits: with one multiplication of two such words most floats become decimal
-// text and most decimal texts floats.
+// Powers of ten in 64 bits. One multiplication by such a word turns most floats into decimal text,
+// and most decimal texts into floats.
 #pragma once
 
 #include <array>
@@ -15,22 +15,22 @@ __extension__ using Uint128 = unsigned __int128;
 
 constexpr int smallestPowerOfTen = -64, largestPowerOfTen = 50;
 
-/// The first 64 bits of a number, beginning with one that is set.
+/// The first 64 bits of a number, beginning with its highest set bit.
 constexpr std::uint64_t leadingBits(Uint128 number) {
     while (number >> 127 == 0) number <<= 1;
     return static_cast<std::uint64_t>(number >> 64);
 }
 
-/// The leading bits of each power of ten. What is cut off is less than one unit, and nothing from
-/// 10^0 to 10^27.
+/// The leading bits of each power of ten. The part that is cut off is less than one unit, and
+/// nothing is cut off from 10^0 to 10^27.
 constexpr auto makePowersOfTen() {
     std::array<std::uint64_t, largestPowerOfTen - smallestPowerOfTen + 1> powers{};
-    // Those of 5, that is: the powers of 2 in those of 10 do not change the bits.
+    // These are the bits of the powers of 5; the powers of 2 in those of 10 do not change them.
     Uint128 five = 1;  // 5^50 has 117 bits
     for (int power = 0; power <= largestPowerOfTen; ++power, five *= 5)
         powers[static_cast<std::size_t>(power - smallestPowerOfTen)] = leadingBits(five);
-    // 2^255 / 5^n, of which 107 bits are left even for 5^64. Dividing a quotient that was rounded
-    // down gives no other quotient.
+    // 2^255 / 5^n, which has 107 bits left even for 5^64. Dividing a quotient that was rounded down
+    // gives the same digits as dividing the exact one.
     std::uint64_t fraction[4] = {std::uint64_t{1} << 63, 0, 0, 0};
     for (int power = -1; power >= smallestPowerOfTen; --power) {
         Uint128 rest = 0;

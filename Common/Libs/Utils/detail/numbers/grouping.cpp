@@ -17,7 +17,7 @@ struct Grouping {
     std::size_t separatorsIn(std::size_t runLength) const { return (runLength - 1) / group; }
 };
 
-// The first position from `at` on, or the text's end, where being a digit is no longer `digits`.
+// Skips digits from `at` on or, unless `digits`, everything else. Returns the position reached.
 std::size_t skip(std::string_view text, std::size_t at, bool digits) {
     while (at < text.size() && isDigit(text[at]) == digits) ++at;
     return at;
@@ -39,8 +39,7 @@ void appendGrouped(std::string& text, std::string_view run, const Grouping& by) 
     }
 }
 
-// Groups the first run of digits from `at` on, where there is one, and returns where scanning
-// resumes.
+// Groups the first run of digits from `at` on, if there is one, and returns where scanning resumes.
 std::size_t groupNextRun(std::string& text, std::size_t at, const Grouping& by) {
     const std::size_t first = skip(text, at, /*digits=*/false);
     const std::size_t last = skip(text, first, /*digits=*/true);
@@ -50,33 +49,33 @@ std::size_t groupNextRun(std::string& text, std::size_t at, const Grouping& by) 
     return last + by.separatorsIn(last - first);
 }
 
-// The longest run of digits among the characters of a grouped run of `length` digits that scanning
-// sees a second time.
+// Scanning sees some characters of a grouped run of `length` digits a second time. Returns the
+// length of the longest run of digits among them.
 std::size_t longestRunSeenAgain(std::size_t length, const Grouping& by) {
     const std::size_t separator = by.separator.size(), period = separator + by.group;
     const std::size_t count = by.separatorsIn(length), seen = count * (separator - 1);
     std::size_t run = 0, longest = 0;
     for (std::size_t i = count * period - seen; i < count * period; ++i) {
-        const std::size_t place = i % period;  // in a separator and its group
+        const std::size_t place = i % period;  // within a separator and its group
         run = place >= separator || isDigit(by.separator[place]) ? run + 1 : 0;
         longest = std::max(longest, run);
     }
     return longest;
 }
 
-// Scanning resumes inside a grouped run if the separator is longer than one character, and groups
-// anew what it finds there. Whether that ends for a run of `length` digits:
+// If the separator is longer than one character, scanning resumes inside a grouped run and groups
+// anew what it finds there. This function tells whether that ends for a run of `length` digits:
 //
-// 1. A grouped run is some digits and then `count` times the separator and a group. Scanning
-//    resumes `length + count` characters after its start, so what is seen again is its last
-//    `count * (separator length - 1)` characters.
-// 2. These depend on `count` alone, and what a shorter run shows again is an end of what a longer
-//    one shows. So what ends for a run ends for every shorter run.
+// 1. A grouped run is some digits followed by `count` times a separator and a group. Scanning
+//    resumes `length + count` characters after its start, so it sees the last
+//    `count * (separator length - 1)` characters again.
+// 2. These characters depend on `count` alone, and those of a shorter run are an end of those of a
+//    longer one. So if the grouping ends for a run, it ends for every shorter run.
 // 3. Hence it ends exactly if the longest run of digits that is seen again becomes shorter each
 //    time, until there is none.
 //
 // Example: with the separator "x9" and groups of 3, "1234567" becomes "1x9234x9567". Scanning
-// resumes after 9 characters and sees "67", a run that is not grouped: it ends.
+// resumes after 9 characters and sees "67", a run that is not grouped, so it ends.
 bool rescanEnds(std::size_t length, const Grouping& by) {
     for (;;) {
         const std::size_t longest = longestRunSeenAgain(length, by);
@@ -104,7 +103,8 @@ std::string groupDigits(std::string_view text, std::string_view separator, std::
         appendGrouped(result, text.substr(first, run), by);
         at = last;
 
-        // No run reaches beyond its own grouped form, so each is finished before the next is added.
+        // No run reaches beyond its own grouped form, so each one is finished before the next is
+        // added.
         if (!isRescanned || !rescanEnds(run, by)) continue;
         // The result ends with a digit.
         while (next < result.size()) next = groupNextRun(result, next, by);
@@ -113,7 +113,7 @@ std::string groupDigits(std::string_view text, std::string_view separator, std::
 }
 
 std::string groupDigits(std::uint32_t value, char separator, std::size_t group) {
-    char text[19];  // ten digits and what stands between them
+    char text[19];  // ten digits and the separators between them
     char *const end = text + sizeof text, *at = end;
     std::size_t inGroup = 0;
     do {

@@ -11,10 +11,10 @@
 
 namespace kx::detail {
 
-/// kxString::beautifyDigits of a text; `separator` is not empty and `group` not 0.
+/// Does what kxString::beautifyDigits does with a text; `separator` is not empty and `group` not 0.
 std::string groupDigits(std::string_view text, std::string_view separator, std::size_t group);
 
-/// kxString::beautifyDigits of a number; `group` is not 0.
+/// Does what kxString::beautifyDigits does with a number; `group` is not 0.
 std::string groupDigits(std::uint32_t value, char separator, std::size_t group);
 
 }  // namespace kx::detail

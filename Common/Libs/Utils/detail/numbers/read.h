@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Floats of decimal text where one multiplication tells the answer, which it does but for a few
-// numbers in a billion. The others are left to the caller.
+// Reads floats from decimal text. One multiplication finds the answer for all but a few numbers in
+// a billion, which are left to the caller.
 //
 // Source: Daniel Lemire, "Number Parsing at a Gigabyte per Second", Software: Practice and
 // Experience 51 (2021).
@@ -54,21 +54,22 @@ inline const char* readDigits(const char* at, const char* end, std::uint64_t& nu
 constexpr std::uint32_t smallPowersOfTen[] = {1,      10,      100,      1000,     10000,
                                               100000, 1000000, 10000000, 100000000};
 
-/// The highest bit of bytes that are none of 0 to 9, up to the first such byte; what is above it
-/// may be set, too.
+/// Sets the highest bit of each byte that is none of 0 to 9, up to and including the first such
+/// byte. Bits above it may be set, too.
 constexpr std::uint64_t noDigits(std::uint64_t word) {
     return ((word + everyByte(0x76)) | word) & everyByte(0x80);
 }
 
-/// The number of eight decimal digits, the first in the lowest byte.
+/// The number that eight decimal digits stand for; the first digit is in the lowest byte.
 constexpr std::uint64_t fromEightDigits(std::uint64_t word) {
-    word = word * 10 + (word >> 8);  // pairs of digits, then of these pairs, and of those
+    word = word * 10 + (word >> 8);  // pairs of digits, to be joined twice
     word = (word & 0x00FF00FF00FF00FF) * (1 + (100ULL << 16)) >> 16;
     return (word & 0x0000FFFF0000FFFF) * (1 + (10000ULL << 32)) >> 32;
 }
 static_assert(fromEightDigits(0x0807060504030201) == 12345678);
 
-/// The same as readDigits(), up to eight digits at a time: faster for six digits and more.
+/// Does what readDigits() does with up to eight digits at a time, which is faster for six digits
+/// and more.
 inline const char* readManyDigits(const char* at, const char* end, std::uint64_t& number) {
     while (end - at >= 8) {
         const std::uint64_t word = loadLittleEndian64(at) ^ everyByte('0');
@@ -81,12 +82,11 @@ inline const char* readManyDigits(const char* at, const char* end, std::uint64_t
     return readDigits(at, end, number);
 }
 
-/// Reads "d.d...e+dd" with the given number of digits, 1 to 8, behind the point, a minus sign
-/// before it or not, either sign in the exponent, and behind it a character that is no digit.
-/// Returns where the 'e' is; null if the text looks different or less than 16 characters are
-/// left.
+/// Reads "d.d...e+dd" with `decimals` digits, 1 to 8, after the point. A minus sign may come first,
+/// the exponent may have either sign, and the character after it must not be a digit. Returns where
+/// the 'e' is; null if the text looks different or fewer than 16 characters are left.
 ///
-/// Values of a list mostly look alike. Their length is a guess that is compared with the text here,
+/// The values of a list mostly look alike. Their length is guessed and compared with the text here,
 /// so that the processor can begin with the next value before it has found the end of this one.
 inline const char* readScientific(const char* at, const char* end, int decimals, Decimal& decimal) {
     if (end - at < 16) return nullptr;
@@ -94,13 +94,13 @@ inline const char* readScientific(const char* at, const char* end, int decimals,
     at += static_cast<int>(decimal.isNegative);  // without a branch: signs are hard to predict
     const char* const e = at + 2 + decimals;
 
-    // What is as expected becomes 0, digits become 0 to 9.
+    // Characters that are as expected become 0, and digits become 0 to 9.
     const std::uint32_t head = loadLittleEndian16(at) ^ ('0' | '.' << 8);
     const std::uint64_t word = (loadLittleEndian64(at + 2) ^ everyByte('0')) << (64 - 8 * decimals);
     std::uint32_t tail = loadLittleEndian32(e) ^ ('e' | '+' << 8 | '0' << 16 | '0' << 24);
-    const std::uint32_t isBelowOne = tail >> 9 & 1;  // the sign may be a minus, which leaves 6
+    const std::uint32_t isBelowOne = tail >> 9 & 1;  // for a minus, the XOR leaves 6
     tail -= isBelowOne * ('+' ^ '-') << 8;
-    // The last two bytes may be up to 9, which six more do not take beyond the lower four bits.
+    // The last two bytes may be up to 9; adding six to that stays within the lower four bits.
     const std::uint32_t unlike = ((tail + 0x06060000) | tail) & 0xF0F0FFFF;
     if (head > 9 || noDigits(word) != 0 || unlike != 0 || isDigit(e[4])) return nullptr;
 
@@ -110,8 +110,8 @@ inline const char* readScientific(const char* at, const char* end, int decimals,
     return e;
 }
 
-/// Reads a sign, digits, a point and digits. Returns where they end; null if that is no number or
-/// one of more than 18 digits. Inline in any case: a call would put the number into memory, which
+/// Reads a sign, digits, a point and digits. Returns where they end; null if they are no number or
+/// have more than 18 digits. Always inline, because a call would put the number into memory, which
 /// costs a quarter of the time.
 [[gnu::always_inline]] inline const char* readMantissa(const char* at, const char* end,
                                                        Decimal& decimal) {
@@ -132,8 +132,8 @@ inline const char* readScientific(const char* at, const char* end, int decimals,
     return digits >= 1 && digits <= 18 ? at : nullptr;
 }
 
-/// Reads what stands behind the letter of an exponent. Returns where it ends; null if that is no
-/// exponent or one of more than four digits.
+/// Reads what stands after the letter of an exponent. Returns where it ends; null if it is no
+/// exponent or has more than four digits.
 inline const char* readExponent(const char* at, const char* end, Decimal& decimal) {
     const bool isNegative = at != end && *at == '-';
     if (at != end && (*at == '-' || *at == '+')) ++at;
@@ -145,7 +145,7 @@ inline const char* readExponent(const char* at, const char* end, Decimal& decima
     return at;
 }
 
-/// Sets `value` to the float nearest to `decimal`; false if it would take more to find it.
+/// Sets `value` to the float nearest to `decimal`; returns false if finding it takes more work.
 inline bool toNearest(const Decimal& decimal, float& value) {
     if (decimal.exponent < smallestPowerOfTen || decimal.exponent > largestFloatPowerOfTen)
         return false;
@@ -154,8 +154,8 @@ inline bool toNearest(const Decimal& decimal, float& value) {
         doublePowersOfTen[static_cast<std::size_t>(decimal.exponent - smallestPowerOfTen)];
     std::uint64_t bits;
     std::memcpy(&bits, &product, sizeof bits);
-    // The digits, the power and the product are rounded, which moves the product by no more than
-    // three units. That matters only where it is that near to the middle between two floats.
+    // The digits, the power and the product are rounded, which changes the product by three units
+    // at most. That matters only this close to the middle between two floats.
     constexpr std::uint64_t middle = 1U << 28, units = 4;
     const bool isNearMiddle = ((bits - middle + units) & (2 * middle - 1)) <= 2 * units;
     const bool isNormal = product >= 0x1p-126 && product < 0x1p127;
@@ -167,8 +167,8 @@ inline bool toNearest(const Decimal& decimal, float& value) {
 }
 
 /// \copydoc toNearest(const Decimal&, float&)
-/// Digits and powers of ten that are exact as doubles, so that only the result is rounded (William
-/// D. Clinger, "How to Read Floating Point Numbers Accurately", PLDI 1990).
+/// Works if the digits and the power of ten are exact as doubles, so that only the result is
+/// rounded (William D. Clinger, "How to Read Floating Point Numbers Accurately", PLDI 1990).
 inline bool toNearest(const Decimal& decimal, double& value) {
     constexpr int largestExact = 22;
     const int size = decimal.exponent < 0 ? -decimal.exponent : decimal.exponent;

@@ -9,8 +9,8 @@
 
 namespace kx::detail {
 
-/// Truncates towards zero. A value outside the range of the result, and NaN, gives the smallest
-/// integer: what the x86 conversion instruction answers, and undefined in a plain cast.
+/// Truncates towards zero. For NaN and for a value outside the range of the result it returns the
+/// smallest integer, as the x86 conversion instruction does; a plain cast would be undefined.
 constexpr std::int32_t truncateToInt32(double value) {
     constexpr double below = -2147483649.0, above = 2147483648.0;
     return value > below && value < above ? static_cast<std::int32_t>(value)

@@ -1,11 +1,11 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Decimal text of floats where one multiplication tells the answer, which it does but for a few
-// numbers in a billion. The others are left to the caller.
+// Writes floats as decimal text. One multiplication finds the answer for all but a few numbers in a
+// billion, which are left to the caller.
 //
-// Source: Ulf Adams, "Ryu Revisited: Printf Floating Point Conversion", OOPSLA 2019, on writing a
-// fixed number of digits.
+// Source: Ulf Adams, "Ryu Revisited: Printf Floating Point Conversion", OOPSLA 2019, the part on
+// writing a fixed number of digits.
 #pragma once
 
 #include <cstdint>
@@ -17,8 +17,8 @@
 
 namespace kx::detail {
 
-/// The characters of the decimal digits of `number`, which has at most six; the first of six in the
-/// lowest byte, the upper two bytes 0.
+/// The decimal digits of `number`, which has at most six, as characters: the first of the six is in
+/// the lowest byte, and the upper two bytes are 0.
 inline std::uint64_t sixDigits(std::uint32_t number) {
     const std::uint32_t low = number % 10000;
     const std::uint64_t pairs =
@@ -27,17 +27,17 @@ inline std::uint64_t sixDigits(std::uint32_t number) {
     return tens | (pairs - 10 * tens) << 8;
 }
 
-/// The six digits of a number, rounded, and the power of ten of the first.
+/// The six digits of a rounded number, and the power of ten of the first digit.
 struct SixDigits {
     std::uint32_t number = 0;  ///< 100000 to 999999
     int tens = 0;
 };
 
-/// Finds the digits of the normal float with this mantissa (its first bit the highest of the word)
-/// and power of two. False if it would take more to find them.
+/// Finds the digits of the normal float with this mantissa (whose first bit is the highest of the
+/// word) and this power of two. Returns false if finding them takes more work.
 inline bool scaleToSixDigits(std::uint64_t mantissa, int exponent, SixDigits& digits) {
-    // The value times 10^(5 - tens) has six digits before the point when it is rounded, or a
-    // seventh if `tens` was estimated one too low.
+    // The value times 10^(5 - tens), when rounded, has six digits before the point, or seven if the
+    // estimate of `tens` was one too low.
     for (digits.tens = log10OfPowerOf2(exponent);; ++digits.tens) {
         const int power = 5 - digits.tens;
         const Uint128 product = Uint128{mantissa} * powerOfTen(power);
@@ -47,9 +47,9 @@ inline bool scaleToSixDigits(std::uint64_t mantissa, int exponent, SixDigits& di
         digits.number = static_cast<std::uint32_t>(rounded >> fractionBits);
         if (digits.number >= 1000000) continue;
 
-        // The power of ten and the product are rounded down: less than two units are missing, which
-        // matters right at a half. Of all floats (each was tried) only those come as near to one
-        // whose power is negative and those that are at a half, with a power that is exact.
+        // The power of ten and the product are rounded down. Fewer than two units are missing,
+        // which matters only next to a half. Two kinds of floats come that close (each float was
+        // tried): those with a negative power, and those exactly at a half, whose power is exact.
         const bool isAtHalf = ((rounded + 1) & (one - 1)) <= 1;
         if (isAtHalf && power < 0) return false;
         if (isAtHalf) digits.number &= ~1U;
@@ -61,7 +61,7 @@ inline bool scaleToSixDigits(std::uint64_t mantissa, int exponent, SixDigits& di
 inline char* layOut(const SixDigits& number, char* to) {
     std::uint64_t digits = sixDigits(number.number);
     const int tens = number.tens;
-    const int count = 8 - __builtin_clzll(digits) / 8;  // up to the last that is not 0
+    const int count = 8 - __builtin_clzll(digits) / 8;  // up to the last digit that is not 0
     digits |= everyByte('0');
     if (tens < 0 && tens >= -4) {
         storeLittleEndian64(to, everyByte('0'));
@@ -85,9 +85,9 @@ inline char* layOut(const SixDigits& number, char* to) {
     return to;
 }
 
-/// Writes `value` as the format "%g" does, with up to six digits, and returns the text's end. All
-/// of to[0, 15) may be overwritten. Null if it would take more to find the digits, as for the
-/// values that are no number or nearer to 0 than the smallest normal float.
+/// Writes `value` as the format "%g" does, with up to six digits, and returns the end of the text.
+/// All of to[0, 15) may be overwritten. Returns null if finding the digits takes more work; this
+/// includes values that are no number and values closer to 0 than the smallest normal float.
 inline char* writeSixDigits(float value, char* to) {
     std::uint32_t bits;
     std::memcpy(&bits, &value, sizeof bits);

@@ -10,9 +10,10 @@
 
 namespace kx::detail {
 
-/// "" where `path` does not exist or cannot be reached.
+/// Returns "" if `path` does not exist or cannot be reached.
 inline std::string canonicalPath(const std::string& path) {
-    char resolved[PATH_MAX];  // from the heap, a shortage of memory would look like a missing path
+    // Not on the heap, where a lack of memory would look like a missing path.
+    char resolved[PATH_MAX];
     return realpath(path.c_str(), resolved) ? resolved : "";
 }
 

@@ -22,21 +22,21 @@ constexpr bool isNameCharacter(char c) {
     return isDigit(c) || isUpper(c) || isLower(c) || c == '_';
 }
 
-// The position of the first `a` or `b` from `begin` on, or the end. Two searches for one character
-// are far faster than find_first_of.
+// The position of the first `a` or `b` from `begin` on, or the end of the text. Two searches for
+// one character are far faster than find_first_of.
 std::size_t findEither(std::string_view text, std::size_t begin, char a, char b) {
     const std::string_view upToA = text.substr(0, text.find(a, begin));
     return std::min(upToA.find(b, begin), upToA.size());
 }
 
-// A piece of the path that is replaced: what it names and where the text goes on behind it.
+// A part of the path that is replaced: the name in it, and where the text continues after it.
 struct Reference {
     std::string name;
     std::size_t next = 0;
 };
 
-// "$(NAME)" or "${NAME}" at `position`. Goes on behind the closing bracket, or, where another
-// character stands in its place, behind that one.
+// Reads "$(NAME)" or "${NAME}" at `position`. The text continues after the closing bracket, or
+// after the character that stands in its place.
 Reference bracketed(const std::string& path, std::size_t position, char closing) {
     const std::size_t begin = position + 2, end = findEither(path, begin, closing, ' ');
     Reference reference{path.substr(begin, end - begin), std::min(end + 1, path.size())};
@@ -45,7 +45,7 @@ Reference bracketed(const std::string& path, std::size_t position, char closing)
     return reference;
 }
 
-// "$..." at `position`.
+// Reads "$..." at `position`.
 Reference variable(const std::string& path, std::size_t position) {
     const std::size_t begin = position + 1;
     if (begin < path.size() && path[begin] == '(') return bracketed(path, position, ')');
@@ -55,13 +55,13 @@ Reference variable(const std::string& path, std::size_t position) {
     return {path.substr(begin, end - begin), end};
 }
 
-// "~" or "~user" at `position`; an empty name stands for the effective user.
+// Reads "~" or "~user" at `position`; an empty name stands for the effective user.
 Reference user(const std::string& path, std::size_t position) {
     const std::size_t begin = position + 1, end = findEither(path, begin, '/', ' ');
     return {path.substr(begin, end - begin), end};
 }
 
-// A zero byte ends a name for the system's calls, so a name that holds one names nothing.
+// For the system's calls a name ends at a zero byte, so a name that contains one names nothing.
 bool canBeNamed(const std::string& name) { return name.find('\0') == std::string::npos; }
 
 const char* valueOf(const std::string& name) {
@@ -74,7 +74,7 @@ const char* homeOf(const std::string& name) {
     return entry ? entry->pw_dir : nullptr;
 }
 
-// A tilde stands for a home directory only where a command shell would begin a word.
+// A tilde stands for a home directory only where a word would begin for a command shell.
 bool beginsWord(const std::string& path, std::size_t position) {
     return position == 0 ||
            std::string_view("\t ;<>|").find(path[position - 1]) != std::string_view::npos;
@@ -91,7 +91,7 @@ const std::string& refuseAsTooLong(const std::string& path) {
 std::string expandFilename(const std::string& path, std::size_t limit) {
     if (path.size() > limit) return refuseAsTooLong(path);
 
-    if (findEither(path, 0, '$', '~') == path.size()) return path;  // as most are
+    if (findEither(path, 0, '$', '~') == path.size()) return path;  // most paths
 
     std::string result;
     std::size_t position = 0;
@@ -105,7 +105,7 @@ std::string expandFilename(const std::string& path, std::size_t limit) {
                 return path;
             }
             position = reference.next;
-            // Room for all where no other value follows.
+            // This is enough if no other value follows.
             result.reserve(result.size() + std::strlen(value) + path.size() - position);
             result += value;
         } else {

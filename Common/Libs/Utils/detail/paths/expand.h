@@ -8,7 +8,7 @@
 
 namespace kx::detail {
 
-/// See kxFile::expandFilename. `limit` is the greatest length, in characters, of the path and of
+/// See kxFile::expandFilename. `limit` is the greatest length, in characters, of both the path and
 /// the result.
 std::string expandFilename(const std::string& path, std::size_t limit);
 

@@ -8,7 +8,7 @@
 namespace kx::detail {
 namespace {
 
-// Paths are compared with this instead of being converted first.
+// Comparing paths in this way saves converting them first.
 constexpr bool isSameInPath(char a, char b) { return a == b || (isSlash(a) && isSlash(b)); }
 
 // True if nothing, or only a final slash, follows from `position` on.
@@ -16,7 +16,7 @@ bool isExhausted(const std::string& text, std::size_t position) {
     return position == text.size() || (position + 1 == text.size() && isSlash(text[position]));
 }
 
-// The length of what both begin with; one character at least, a slash.
+// The length of the common beginning: at least one character, a slash.
 std::size_t commonLength(const std::string& base, const std::string& path) {
     std::size_t length = 1;
     while (length < path.size() && length < base.size() && isSameInPath(path[length], base[length]))
@@ -24,8 +24,8 @@ std::size_t commonLength(const std::string& base, const std::string& path) {
     return length;
 }
 
-// Where the ways up from `base` and down to `path` meet: the last slash that both share, or the
-// end of the one that is a parent of the other.
+// Where the way up from `base` and the way down to `path` meet: at the last slash that both share,
+// or at the end of the path that is a parent of the other.
 std::size_t meet(const std::string& base, const std::string& path, std::size_t common) {
     const bool pathIsParent = common == path.size() && isSlash(base[common]);
     const bool baseIsParent = common == base.size() && isSlash(path[common]);
@@ -41,14 +41,15 @@ bool appendWithin(std::size_t limit, std::string& text, std::string_view piece) 
     return true;
 }
 
-// One step up for each directory of `base` after the meeting point; a final slash begins none.
+// Adds one step up for each directory of `base` after the meeting point; a final slash begins none.
 bool ascend(const std::string& base, std::size_t meeting, std::size_t limit, std::string& result) {
     for (std::size_t i = meeting; i + 1 < base.size(); ++i)
         if (isSlash(base[i]) && !appendWithin(limit, result, "../")) return false;
     return true;
 }
 
-// What `path` has after the meeting point; if there is nothing, the way up loses its final slash.
+// Adds what `path` has after the meeting point. If it has nothing there, the way up loses its final
+// slash.
 bool descend(const std::string& path, std::size_t meeting, std::size_t limit, std::string& result) {
     if (meeting < path.size())
         return appendWithin(limit, result, std::string_view(path).substr(meeting + 1));

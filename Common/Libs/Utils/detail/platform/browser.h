@@ -8,7 +8,7 @@
 
 namespace kx::detail {
 
-/// The shell command that opens the URL appended to it; ends with a blank.
+/// The shell command that opens the URL appended to it. It ends with a blank.
 std::string browserCommand();
 
 }  // namespace kx::detail

@@ -1,15 +1,15 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// How a command is run whose output is read.
+// How to run a command and read its output.
 #pragma once
 
 #include <cstdio>
 
 namespace kx::detail {
 
-/// popen for reading, whose end of the pipe no other program inherits; null on failure. The
-/// caller's, for pclose.
+/// Calls popen for reading; no other program inherits this end of the pipe. Returns null on
+/// failure. The caller closes the file with pclose.
 std::FILE* openCommandOutput(const char* command);
 
 }  // namespace kx::detail

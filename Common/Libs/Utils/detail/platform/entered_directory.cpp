@@ -38,7 +38,7 @@ bool leadsTo(const std::string& path, const struct stat& directory) {
     return stat(path.c_str(), &found) == 0 && isSameFile(found, directory);
 }
 
-// Whether the system gives one for the working directory, of whatever length.
+// Whether the system gives a path for the working directory, whatever its length.
 bool hasPath() {
     char buffer[PATH_MAX];
     return getcwd(buffer, sizeof buffer) != nullptr;
@@ -50,8 +50,8 @@ std::optional<std::string> directoryAfterEntering(const std::string& directory,
                                                   std::size_t maxLength) {
     if (directory.empty()) return std::nullopt;
 
-    // To find "." in a directory takes the same permission as to enter it. access(2) and its like
-    // answer for another user, or, in sandboxes that do not know faccessat2(2), not at all.
+    // Finding "." in a directory takes the same permission as entering it. access(2) and its
+    // relatives answer for another user, or not at all in sandboxes that do not know faccessat2(2).
     struct stat entered {};
     const HeldDirectory held(directory);
     const bool canEnter = held.isOpen()
@@ -64,9 +64,9 @@ std::optional<std::string> directoryAfterEntering(const std::string& directory,
     if (path.size() > maxLength) return "";
     if (leadsTo(path, entered)) return path;
 
-    // Where a directory above may not be searched, or something was mounted there since, the path
-    // leads nowhere, and the system gives it all the same: but only below a working directory that
-    // has one. A deleted directory has no links.
+    // If a directory above may not be searched, or if something has been mounted there since, the
+    // path leads nowhere. The system gives it nevertheless, but only below a working directory that
+    // has a path itself. A deleted directory has no links.
     const bool isBelow = directory.front() != '/' && entered.st_nlink != 0 && hasPath();
     return isBelow ? path : "";
 }

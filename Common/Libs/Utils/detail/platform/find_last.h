@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Search for a character from the end of a text.
+// A search for a character from the end of a text.
 #pragma once
 
 #include <cstddef>
@@ -9,7 +9,8 @@
 
 namespace kx::detail {
 
-/// As text.rfind(c), which goes byte by byte, with the system's own search where it has one.
+/// Returns what text.rfind(c) returns. It uses the system's own search where there is one, since
+/// rfind goes byte by byte.
 std::size_t findLast(std::string_view text, char c);
 
 }  // namespace kx::detail

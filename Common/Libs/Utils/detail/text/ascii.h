@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Character rules of the "C" locale, which no locale of the process changes and no byte above 127
-// confuses.
+// The character rules of the "C" locale. They do not depend on the locale of the process, and they
+// hold for bytes above 127, too.
 #pragma once
 
 #include <string>

@@ -1,8 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Searches for a byte, eight or sixteen at a time and without a call, which would take longer than
-// finding what is near.
+// Searches for a byte, eight or sixteen bytes at a time. They are inline, because a call would take
+// longer than finding a byte that is near.
 #pragma once
 
 #include <algorithm>
@@ -16,7 +16,7 @@
 
 namespace kx::detail {
 
-/// The first byte `value` of [at, end); `end` if there is none. Fast where it is near.
+/// The first byte `value` of [at, end); `end` if there is none. Fast if the byte is near.
 inline const char* findByte(const char* at, const char* end, char value) {
     const std::uint64_t pattern = everyByte(static_cast<unsigned char>(value));
     for (int words = 4; words > 0 && end - at >= 8; --words, at += 8) {
@@ -27,12 +27,12 @@ inline const char* findByte(const char* at, const char* end, char value) {
     return found == nullptr ? end : static_cast<const char*>(found);
 }
 
-/// The number of bytes `value` in `text`.
+/// The number of bytes in `text` that equal `value`.
 inline std::size_t countByte(std::string_view text, char value) {
     const Block pattern = blockOf(value);
     std::size_t count = 0;
     while (text.size() >= sizeof(Block)) {
-        Block counts{};  // of each place, so no more than 127 blocks
+        Block counts{};  // one for each place, so no more than 127 blocks
         const std::size_t end =
             std::min<std::size_t>(text.size() / sizeof(Block), 127) * sizeof(Block);
         for (std::size_t at = 0; at < end; at += sizeof(Block))

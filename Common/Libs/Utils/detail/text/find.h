@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Searches for a text in a text. std::string::find is no choice where both come from a caller: it
-// begins again after every place that only nearly fits, and takes seconds for a megabyte of
-// "aaa..." in which half a megabyte of "aaa...b" is searched for.
+// Searches for a text in a text. std::string::find is no choice if both come from a caller: it
+// starts again after every place that nearly fits, and takes seconds to search a megabyte of
+// "aaa..." for half a megabyte of "aaa...b".
 #pragma once
 
 #include <algorithm>
@@ -18,19 +18,20 @@
 
 namespace kx::detail {
 
-/// Where `search`, which is not empty, begins in `text` from `at` on, or npos: the result of
-/// text.find(search, at), for an `at` that is not beyond the end, by the two-way algorithm (Maxime
+/// Where `search`, which is not empty, begins in `text` from `at` on, or npos. Returns what
+/// text.find(search, at) returns; `at` is not beyond the end. Uses the two-way algorithm (Maxime
 /// Crochemore and Dominique Perrin, "Two-way string-matching", Journal of the ACM 38, 1991). It
-/// reads each byte of both a few times at most, allocates nothing, and is slower than findText() in
-/// texts that people write.
+/// reads each byte of both texts a few times at most and allocates nothing, but in texts that
+/// people write it is slower than findText().
 std::size_t findTwoWay(std::string_view text, std::string_view search, std::size_t at);
 
-/// The same, in time that is in proportion to the two lengths too. Compares where the first and the
-/// last character are right, sixteen places at a time (Wojciech Mula, "SIMD-friendly algorithms for
-/// substring searching", 2016), and leaves the rest to findTwoWay() once it has compared in vain
-/// more than a few bytes for each that it has passed. A single character needs none of this.
+/// Returns what findTwoWay() returns, also in a time proportional to the two lengths. Compares
+/// where the first and the last character match, sixteen places at a time (Wojciech Mula,
+/// "SIMD-friendly algorithms for substring searching", 2016). Once it has compared in vain more
+/// than a few bytes for each byte that it has passed, it leaves the rest to findTwoWay(). A single
+/// character needs none of this.
 inline std::size_t findText(std::string_view text, std::string_view search, std::size_t at) {
-    // Bytes compared in vain for each byte passed: ordinary texts stay far below.
+    // The bytes compared in vain for each byte passed; ordinary texts stay far below this.
     constexpr std::size_t patience = 8;
     if (search.size() == 1) {
         const char* const end = text.data() + text.size();
@@ -60,7 +61,7 @@ inline std::size_t findText(std::string_view text, std::string_view search, std:
                     return findTwoWay(text, search, place + 1);
             }
     }
-    return text.find(search, at);  // no more than fifteen places
+    return text.find(search, at);  // fifteen places at most
 }
 
 }  // namespace kx::detail

@@ -7,7 +7,7 @@
 
 namespace kx::detail {
 
-// The mode "e" is none that this system promises.
+// This system does not promise to support the mode "e".
 std::FILE* openCommandOutput(const char* command) {
     std::FILE* const output = popen(command, "r");
     if (output) fcntl(fileno(output), F_SETFD, FD_CLOEXEC);

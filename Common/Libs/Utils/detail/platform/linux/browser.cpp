@@ -16,10 +16,10 @@ namespace kx::detail {
 
 namespace {
 
-// What the shell takes for the command: the first regular file of that name on PATH that may be
-// executed. Not asked of the shell itself: a process that ignores SIGCHLD never hears its answer.
-// (A shell that has just started has no alias or function of the names here, nor are they built
-// in.)
+// Finds what the shell takes for the command: the first regular file of that name on PATH that may
+// be executed. The shell itself is not asked, because a process that ignores SIGCHLD never gets its
+// answer. (A shell that has just started has no alias or function with one of these names, and none
+// of them is built in.)
 std::optional<struct stat> findCommand(std::string_view name) {
     const char* const variable = std::getenv("PATH");
     const std::string_view path =  // without the variable, the one that shells start with
@@ -27,7 +27,7 @@ std::optional<struct stat> findCommand(std::string_view name) {
     for (std::size_t begin = 0, end = 0; begin <= path.size(); begin = end + 1) {
         end = std::min(path.find(':', begin), path.size());
         std::string file(path.substr(begin, end - begin));
-        if (!file.empty()) file += '/';  // an empty part is the working directory
+        if (!file.empty()) file += '/';  // an empty entry is the working directory
         file += name;
         struct stat info {};
         if (stat(file.c_str(), &info) == 0 && S_ISREG(info.st_mode) &&
@@ -44,8 +44,9 @@ bool isAlso(const struct stat& file, std::string_view name) {
 
 }  // namespace
 
-// A command "open" may be just another name of the desktop's opener or of the viewer of mail
-// attachments, which do not know "-a". Looked for at every call: the session may gain commands.
+// A command "open" may be just another name for the desktop's opener or for the viewer of mail
+// attachments, which do not know "-a". It is looked for at every call, because commands may be
+// installed during a session.
 std::string browserCommand() {
     const auto open = findCommand("open");
     const bool canOpen = open && !isAlso(*open, "xdg-open") && !isAlso(*open, "run-mailcap");

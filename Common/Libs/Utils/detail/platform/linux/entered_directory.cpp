@@ -14,10 +14,10 @@ int openDirectory(const std::string& directory) {
     return open(directory.c_str(), O_PATH | O_DIRECTORY | O_CLOEXEC);
 }
 
-// A deleted directory's path ends in " (deleted)", and one outside the root directory gets a path
-// that leads elsewhere.
+// The path of a deleted directory ends in " (deleted)". A directory outside the root directory gets
+// a path that leads elsewhere.
 std::string pathOfDescriptor(int descriptor) {
-    char buffer[PATH_MAX];  // what is longer is refused
+    char buffer[PATH_MAX];  // longer paths are refused
     const std::string link = "/proc/self/fd/" + std::to_string(descriptor);
     const ssize_t length = readlink(link.c_str(), buffer, sizeof buffer);
     return length < 0 ? "" : std::string(buffer, static_cast<std::size_t>(length));

@@ -10,7 +10,7 @@ namespace kx::detail {
 std::string executablePath() {
     char buffer[1024];
     const ssize_t length = readlink("/proc/self/exe", buffer, sizeof buffer);
-    // A path that fills the buffer may have been cut.
+    // A path that fills the buffer may have been truncated.
     if (length < 0 || length == static_cast<ssize_t>(sizeof buffer)) return {};
     return {buffer, static_cast<std::size_t>(length)};
 }

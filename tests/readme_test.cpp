@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <regex>
 #include <sstream>
 
@@ -230,4 +231,29 @@ TEST(Readme, MaintainersAreReachedInOneWay) {
 // No thread can be started without it.
 TEST(Readme, LibraryStartsNoThreads) {
     EXPECT_EQ(kxtest::slurp(KX_LIBRARY).find("pthread_create"), std::string::npos);
+}
+
+namespace {
+
+// The words between the brackets of "NAME=(...)" in .ci/run.
+std::vector<std::string> stagesOfCi(const std::string& name) {
+    const std::string script = kxtest::slurp(KX_ROOT "/.ci/run");
+    std::smatch list;
+    if (!std::regex_search(script, list, std::regex("\n" + name + R"(=\(([^)]*)\)\n)"))) return {};
+    std::istringstream words(list[1]);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
+}  // namespace
+
+// One table has the stages of .ci/run, another one the longer ones, in the order in which they run.
+TEST(Contributing, TablesHaveTheStagesOfCi) {
+    const std::string page = kxtest::slurp(KX_ROOT "/CONTRIBUTING.md");
+    std::vector<std::string> rows, stages = stagesOfCi("stages");
+    const std::regex row("\n\\| `([a-z0-9-]+)` \\|");
+    for (std::sregex_iterator match(page.begin(), page.end(), row), end; match != end; ++match)
+        rows.push_back((*match)[1]);
+    EXPECT_GT(stages.size(), 10U);
+    for (const std::string& stage : stagesOfCi("longer")) stages.push_back(stage);
+    EXPECT_EQ(rows, stages);
 }

@@ -27,9 +27,9 @@ set(runtime_package libkxutils${PROJECT_VERSION_MAJOR})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_NAME ${runtime_package})
 set(CPACK_DEBIAN_RUNTIME_PACKAGE_SECTION libs)
 set(debian_description
-"Log, installation layout, file helpers that can ask the user, checksums
-on files, buffered streams, codecs and processor features for an
-application and its plug-ins.")
+"kxUtils gives an application and its plug-ins one log, the installation
+layout, file helpers that can ask the user, files with a checksum, buffered
+streams, codecs and processor features.")
 set(CPACK_DEBIAN_RUNTIME_DESCRIPTION "${debian_description}
 
 This package holds the shared library.")
@@ -50,7 +50,7 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (= ${PROJECT_VERSION}
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
 "This package holds a command-line program that stamps files with checksums
 and verifies them, converts Base64, computes CRC-32, groups digits, resolves
-paths and shows what the library knows of the processor.")
+paths and shows what the processor says about itself.")
 
 # What the packages' SPDX documents say they need; cmake/Spdx.cmake writes these.
 set(CPACK_PRE_BUILD_SCRIPTS "${PROJECT_SOURCE_DIR}/cmake/Spdx.cmake")

@@ -69,3 +69,20 @@ TEST(Documentation, HasAnExampleForEachHeader) {
     std::sort(headers.begin(), headers.end());
     EXPECT_EQ(headers, examples());
 }
+
+// A page of a class shows each program.
+TEST(Documentation, ShowsEachExample) {
+    std::vector<std::string> shown;
+    const std::string pages = DOCUMENTATION_EXAMPLES "/../classes";
+    for (const std::string& page : namesOf(pages, ".dox")) {
+        std::istringstream lines(kxtest::slurp(pages + "/" + page + ".dox"));
+        const std::string command = "\\include ";
+        for (std::string line; std::getline(lines, line);)
+            if (line.rfind(command, 0) == 0) shown.push_back(line.substr(command.size()));
+    }
+    std::vector<std::string> programs;
+    for (const std::string& name : examples()) programs.push_back(name + ".cpp");
+    std::sort(shown.begin(), shown.end());
+    shown.erase(std::unique(shown.begin(), shown.end()), shown.end());
+    EXPECT_EQ(shown, programs);
+}

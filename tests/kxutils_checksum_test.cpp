@@ -229,7 +229,7 @@ TEST_F(Tool, StampPassesStandardInputOn) {
     expectRun(runWith(data, {"stamp", "--dry-run", "-"}), 0, "would stamp  CBF43926  -\n", "");
     EXPECT_EQ(run({"stamp", "-", "f"}).exitCode, 2);
     EXPECT_EQ(document({"stamp", "-"}, 2)["error"],
-              "- goes to standard output: alone, and without --json");
+              "- goes to standard output: it must be the only file, without --json");
 }
 
 TEST_F(Tool, StampNamesFilesThatItCannotUse) {

@@ -68,7 +68,7 @@ TEST_F(Tool, Base64SkipsForeignBytesWhenItDecodes) {
 TEST_F(Tool, Base64RefusesTextThatTheLibraryWouldDropOrCut) {
     expectRun(runWith("Zm9vY", {"base64", "-d"}), 1, "foo", "kxutils: -: the text is cut off\n");
     expectRun(runWith("Zg==Zm9v", {"base64", "-d"}), 1, "",
-              "kxutils: -: there is text behind the padding\n");
+              "kxutils: -: there is text after the padding\n");
     // The padding ends one block; the text after it begins the next.
     const std::string block = std::string(98300, 'A') + "Zg==";
     EXPECT_EQ(runWith(block, {"base64", "-d"}).exitCode, 0);
@@ -269,7 +269,7 @@ TEST_F(Tool, ShaderPackMadeTheBuiltInBlocks) {
 TEST_F(Tool, ShaderUnpackRefusesWhatIsNoBlock) {
     expectRun(runWith("abc", {"shader", "unpack", "-"}), 1, "",
               "kxutils: -: not an enciphered block\n");
-    const std::string wrongSize = "kxutils: -: not an enciphered block: its size is another one\n";
+    const std::string wrongSize = "kxutils: -: not an enciphered block: its size does not fit\n";
     expectRun(runWith(std::string("\2\0\0\0x", 5), {"shader", "unpack", "-"}), 1, "", wrongSize);
     expectRun(runWith(std::string("\0\0\0\0x", 5), {"shader", "unpack", "-"}), 1, "", wrongSize);
     expectRun(runWith(std::string(4, '\0'), {"shader", "unpack", "-"}), 0, "", "");

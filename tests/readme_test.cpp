@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <iterator>
 #include <regex>
 #include <sstream>
 
@@ -26,34 +27,58 @@ std::string section(const std::string& heading) {
     return text.substr(content, text.find("\n## ", content) - content);
 }
 
-// The contents of the blocks of `language`.
-std::vector<std::string> blocks(const std::string& text, const std::string& language) {
-    std::vector<std::string> found;
-    const std::string fence = "\n```" + language + '\n';
-    for (std::size_t at = text.find(fence); at != std::string::npos; at = text.find(fence, at)) {
-        at += fence.size();
-        found.push_back(text.substr(at, text.find("```", at) - at));
-    }
-    return found;
-}
-
 struct Step {
     std::string command, output;
 };
 
-// "$ " begins a command; its output follows.
-std::vector<Step> steps(const std::string& heading) {
-    std::vector<Step> found;
-    for (const std::string& block : blocks(section(heading), "console")) {
-        std::istringstream lines(block);
-        std::string line;
-        while (std::getline(lines, line)) {
-            if (line.rfind("$ ", 0) == 0)
-                found.push_back({line.substr(2), ""});
-            else if (!found.empty())
-                found.back().output += line + '\n';
+struct Block {
+    std::string language, file;
+    std::string content;      // of a file
+    std::vector<Step> steps;  // of sh and console
+};
+
+kxtest::Outcome readBlocks(const std::string& file, const std::string& heading) {
+    return kxtest::run({KX_ROOT "/tests/newcomer/blocks", "-v", "only=" + heading, file},
+                       {{"PATH", "/usr/bin:/bin"}});
+}
+
+// The blocks below "## `heading`"; all where it is empty. tests/newcomer/blocks finds them, also
+// for those who follow the README from top to bottom.
+std::vector<Block> blocks(const std::string& heading) {
+    const kxtest::Outcome listed = readBlocks(KX_ROOT "/README.md", heading);
+    EXPECT_EQ(listed.err, "");
+    EXPECT_EQ(listed.exitCode, 0);
+    std::vector<Block> found;
+    std::istringstream lines(listed.out);
+    for (std::string line; std::getline(lines, line);) {
+        const std::string sign = line.substr(0, 2), text = line.substr(2);
+        if (sign == "# ") {
+            found.emplace_back();
+            std::istringstream(text) >> found.back().language >> found.back().file;
+        } else if (sign == "$ ") {
+            found.back().steps.push_back({text, ""});
+        } else {
+            EXPECT_EQ(sign, "> ");
+            Block& block = found.back();
+            (block.steps.empty() ? block.content : block.steps.back().output) += text + '\n';
         }
     }
+    return found;
+}
+
+std::vector<Block> blocksOf(const std::string& language, const std::string& heading = "") {
+    std::vector<Block> found = blocks(heading);
+    found.erase(std::remove_if(found.begin(), found.end(),
+                               [&](const Block& block) { return block.language != language; }),
+                found.end());
+    return found;
+}
+
+// The commands of the console blocks below a heading, and what they print.
+std::vector<Step> steps(const std::string& heading) {
+    std::vector<Step> found;
+    for (const Block& block : blocksOf("console", heading))
+        found.insert(found.end(), block.steps.begin(), block.steps.end());
     return found;
 }
 
@@ -92,6 +117,34 @@ std::string version(const std::string& name) {
 
 }  // namespace
 
+// Each sign of tests/newcomer/blocks, and what it refuses.
+TEST(Readme, BlocksAreReadAsTheyStand) {
+    const kxtest::TempDir dir;
+    const auto listed = [&dir](const std::string& text, const std::string& heading = "") {
+        return readBlocks(dir.write("page.md", text), heading);
+    };
+    const std::string page =
+        "## One\n```sh\nmake 'it'\n## no heading\n```\nPut this into `a`, then `b.c`\n\n```cpp\n"
+        "\n$ x\n```\n## Two\n```console\n$ say > 'it'\nit\n\n$ # hush\n```\n";
+    const std::string one = "# sh\n$ make 'it'\n$ ## no heading\n# cpp b.c\n> \n> $ x\n",
+                      two = "# console\n$ say > 'it'\n> it\n> \n$ # hush\n";
+    EXPECT_EQ(listed(page).out, one + two);
+    EXPECT_EQ(listed(page, "One").out, one);
+    EXPECT_EQ(listed(page, "One|Two").out, one + two);
+    EXPECT_EQ(listed(page, "T").out, "");
+    EXPECT_EQ(listed(page).err, "");
+    const std::string file = "blocks: " + dir.file("page.md");
+    const auto refuses = [&](const std::string& text, const std::string& complaint) {
+        const kxtest::Outcome outcome = listed(text);
+        EXPECT_EQ(outcome.err, file + complaint);
+        EXPECT_EQ(outcome.exitCode, 1);
+    };
+    refuses("no name\n```cpp\nx\n```\n", ":2: no file is named above the block\n");
+    refuses("```\nx\n```\n", ":1: a block without a language\n");
+    refuses("```console\nx\n$ y\n```\n", ":2: output without a command\n");
+    refuses("```sh\nx\n", ":2: the last block does not end\n");
+}
+
 TEST(Readme, TourPrintsWhatItSays) {
     const std::vector<Step> tour = steps("A tour");
     EXPECT_EQ(tour.size(), 6U);
@@ -107,12 +160,13 @@ TEST(Readme, ReportHasTheVersionOfTheProgram) {
 
 TEST(Readme, CommandsAreThere) {
     std::size_t commands = 0;
-    for (const std::string& block : blocks(readme(), "sh")) {
-        const std::string program = block.substr(0, block.find_first_of(" \n"));
-        if (program.rfind("scripts/", 0) != 0) continue;
-        EXPECT_TRUE(kxtest::exists(KX_ROOT "/" + program)) << program;
-        ++commands;
-    }
+    for (const Block& block : blocksOf("sh"))
+        for (const Step& step : block.steps) {
+            const std::string program = step.command.substr(0, step.command.find(' '));
+            if (program.rfind("scripts/", 0) != 0) continue;
+            EXPECT_TRUE(kxtest::exists(KX_ROOT "/" + program)) << program;
+            ++commands;
+        }
     EXPECT_EQ(commands, 3U);
     EXPECT_TRUE(kxtest::exists(KX_ROOT "/scripts/docs"));
 }
@@ -157,9 +211,11 @@ TEST(Readme, VersionsAreThoseOfTheBuild) {
     EXPECT_NE(ours.find("`libkxUtils.so." KX_MAJOR "`"), std::string::npos);
     EXPECT_EQ("cxx_std_" + version("Language").substr(3), KX_LANGUAGE);
     EXPECT_EQ(version("CMake"), KX_MINIMUM_CMAKE);
-    const auto projects = blocks(readme(), "cmake");
+    const auto projects = blocksOf("cmake");
     ASSERT_EQ(projects.size(), 1U);
-    EXPECT_EQ(projects[0].rfind("cmake_minimum_required(VERSION " KX_MINIMUM_CMAKE ")\n", 0), 0U);
+    EXPECT_EQ(projects[0].file, "CMakeLists.txt");
+    EXPECT_EQ(
+        projects[0].content.rfind("cmake_minimum_required(VERSION " KX_MINIMUM_CMAKE ")\n", 0), 0U);
 }
 
 TEST(Readme, MaintainersAreReachedInOneWay) {
@@ -175,4 +231,29 @@ TEST(Readme, MaintainersAreReachedInOneWay) {
 // Without it no thread can be started.
 TEST(Readme, LibraryStartsNoThreads) {
     EXPECT_EQ(kxtest::slurp(KX_LIBRARY).find("pthread_create"), std::string::npos);
+}
+
+namespace {
+
+// The words between the brackets of "NAME=(...)" in .ci/run.
+std::vector<std::string> stagesOfCi(const std::string& name) {
+    const std::string script = kxtest::slurp(KX_ROOT "/.ci/run");
+    std::smatch list;
+    if (!std::regex_search(script, list, std::regex("\n" + name + R"(=\(([^)]*)\)\n)"))) return {};
+    std::istringstream words(list[1]);
+    return {std::istream_iterator<std::string>(words), {}};
+}
+
+}  // namespace
+
+// One table has the stages of .ci/run, another one the longer ones, in the order in which they run.
+TEST(Contributing, TablesHaveTheStagesOfCi) {
+    const std::string page = kxtest::slurp(KX_ROOT "/CONTRIBUTING.md");
+    std::vector<std::string> rows, stages = stagesOfCi("stages");
+    const std::regex row("\n\\| `([a-z0-9-]+)` \\|");
+    for (std::sregex_iterator match(page.begin(), page.end(), row), end; match != end; ++match)
+        rows.push_back((*match)[1]);
+    EXPECT_GT(stages.size(), 10U);
+    for (const std::string& stage : stagesOfCi("longer")) stages.push_back(stage);
+    EXPECT_EQ(rows, stages);
 }

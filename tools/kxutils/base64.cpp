@@ -84,7 +84,7 @@ void decode(Input& input, Writer& out, Session& session) {
     Groups groups([&](const std::string& text) {
         const std::size_t padding = std::min(text.find('='), text.size());
         if (isPadded || padding / 4 + 1 < text.size() / 4)
-            throw Failure(Status::bad, "there is text behind the padding");
+            throw Failure(Status::bad, "there is text after the padding");
         isPadded = padding < text.size();
         kxBase64::decode(text, bytes);
         out.write(bytes);
@@ -135,7 +135,7 @@ Work addBase64(Arguments& arguments, Session& session) {
                                             "Decode; bytes outside the alphabet are skipped");
     arguments
         .flag("--check", options->isChecking,
-              "Write nothing; fail unless, line ends aside, the file is Base64 text")
+              "Write nothing; fail unless the file is Base64 text, with or without line ends")
         .excludes(decodes);
     arguments
         .number("--wrap", options->wrap, "Start a new line after N characters (default: never)")

@@ -168,8 +168,8 @@ Work addCpu(Arguments& arguments, Session& session) {
     arguments
         .texts(
             "--has", *features,
-            "Answer by the exit code: 0 if the processor has the feature, 1 if not; any name that "
-            "is shown with yes or no")
+            "Answer by the exit code: 0 if the processor has the feature, 1 if not; a feature is "
+            "any name that is shown with yes or no")
         .typeName("FEATURE");
     arguments.footer("Example:\n  kxutils cpu --has AVX2 && echo fast");
     return [features, &session] {

@@ -111,7 +111,7 @@ Work addDirs(Arguments& arguments, Session& session) {
     const auto application = std::make_shared<std::string>();
     arguments
         .text("--app", *application,
-              "Path by which the application is started (default: this program's)")
+              "Path by which the application is started (default: the path of this program)")
         .typeName("PATH");
     addZeroOption(arguments, session);
     arguments.footer(

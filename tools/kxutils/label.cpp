@@ -166,8 +166,8 @@ Work addLabel(Arguments& arguments, Session& session) {
     arguments
         .texts(
             "file", options->files,
-            "[IN.ppm] OUT.ppm: the picture and where to write the labelled one; without a picture "
-            "the label gets a black background of its size")
+            "[IN.ppm] OUT.ppm: the picture, and the file for the labelled one; without a picture "
+            "the label gets a black background of its own size")
         .required()
         .count(1, 2);
     arguments.text("--color", options->colour, "Colour of the text (default: FFFFFF)")

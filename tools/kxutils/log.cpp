@@ -174,16 +174,17 @@ Work addLog(Arguments& arguments, Session& session) {
     arguments.number("--format", options->format, "Format of the lines")
         .named({{"text", 1}, {"html", 2}, {"csv", 3}});
     arguments
-        .text("--file", options->file,
-              "Append to this log file, moving one of another day aside; otherwise the lines go to "
-              "standard output")
+        .text(
+            "--file", options->file,
+            "Append to this log file, after moving one of another day aside; without it the lines "
+            "go to standard output")
         .typeName("FILE");
     arguments.flag("--force", options->isForced,
-                   "Move a file that stands in the way and is no log aside, to FILE.~1~");
+                   "First move FILE aside, to FILE.~1~, if it is not a log of the format");
     arguments
         .text("--level", options->level,
-              "Level of all lines; otherwise that of the word INFO, WARN, WARNING or ERROR at "
-              "a line's start, which is taken away, or info")
+              "Level of all lines; without it the word INFO, WARN, WARNING or ERROR at a line's "
+              "start decides and is taken away (default: info)")
         .oneOf({"info", "warning", "error"});
     arguments.footer("Example:\n  echo 'WARN disk nearly full' | kxutils log --file build.log");
     return [options, &session] { run(*options, session); };

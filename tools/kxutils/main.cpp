@@ -40,11 +40,11 @@ constexpr SubCommand subCommands[] = {
 };
 
 constexpr const char* exitCodes =
-    "An argument @FILE stands for the arguments in a file, one a line (or each ended by a zero\n"
-    "byte); @@x stands for @x. A file named - is standard input.\n\n"
+    "An argument @FILE stands for the arguments in a file, each on a line of its own (or each\n"
+    "ended by a zero byte); @@x stands for @x. A file named - is standard input.\n\n"
     "Exit codes: 0 all good, 1 an item failed its check, 2 wrong usage, 3 an input could not be\n"
-    "read or an output not written, 4 no footer under --strict, 5 internal fault; when several\n"
-    "apply, the first of 5, 1, 3, 4.\n\n"
+    "read or an output not written, 4 no footer under --strict, 5 internal fault. If several\n"
+    "apply, the first of 5, 1, 3, 4 counts.\n\n"
     "Example:\n  kxutils verify -r --ext osb scenes";
 
 // Even a command line that cannot be parsed may have asked for a document.

@@ -92,7 +92,7 @@ Work addNumber(Arguments& arguments, Session& session) {
     arguments
         .text("operation", options->operation, R"(What to do:
 group  put separators between groups of digits in each text
-list   write the values as one text; with --read, read the values of each text, one a line)")
+list   write the values as one text; with --read, write each value of a text on a line of its own)")
         .required()
         .oneOf({"group", "list"});
     arguments

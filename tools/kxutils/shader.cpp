@@ -47,7 +47,7 @@ std::string unpacked(const std::string& block) {
     if (block.size() < headSize) throw Failure(Status::bad, "not an enciphered block");
     // The library trusts the size, so it is checked here.
     if (block.compare(0, headSize, headOf(block.size() - headSize)) != 0)
-        throw Failure(Status::bad, "not an enciphered block: its size is another one");
+        throw Failure(Status::bad, "not an enciphered block: its size does not fit");
     return coded(block);
 }
 
@@ -74,7 +74,7 @@ std::string checkName(const std::string& text) {
     const bool isName = !text.empty() && isLetter(text[0]) &&
                         std::all_of(text.begin(), text.end(),
                                     [&](char c) { return isLetter(c) || (c >= '0' && c <= '9'); });
-    return isName ? "" : "'" + text + "' is no name of C++";
+    return isName ? "" : "'" + text + "' is not a C++ name";
 }
 
 void run(const Options& options, Session& session) {
@@ -114,7 +114,8 @@ unpack  show the text of a block)")
         .check(checkName);
     arguments
         .text("--header", options->header,
-              "Let the source unit include the array's declaration instead of holding one")
+              "Let the source unit include this header, which declares the array, instead of "
+              "declaring it")
         .typeName("FILE");
     arguments.text("-o,--output", options->output, "File to write (default: standard output)")
         .typeName("FILE");

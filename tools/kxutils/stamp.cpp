@@ -64,7 +64,7 @@ void run(const Options& options, Session& session) {
     const bool readsInput =
         std::find(options.files.begin(), options.files.end(), "-") != options.files.end();
     if (readsInput && !options.isDryRun && (options.files.size() > 1 || session.report.asJson))
-        throw UsageError("- goes to standard output: alone, and without --json");
+        throw UsageError("- goes to standard output: it must be the only file, without --json");
     for (const std::string& file : options.files)
         session.report.add(file, [&](Item& item) { stamp(file, options, session, item); });
 }
@@ -75,12 +75,12 @@ Work addStamp(Arguments& arguments, Session& session) {
     const auto options = std::make_shared<Options>();
     arguments
         .texts("file", options->files,
-               "Files; with - standard input is written to standard output, stamped")
+               "Files; with - standard input is stamped and written to standard output")
         .required();
     arguments.number("--offset", options->offset, "Leave the first N bytes uncovered")
         .typeName("N");
     arguments.flag("--force", options->isForced,
-                   "Append a footer, covering all there is, also to a file that has one");
+                   "Append a footer even to a file that has one, and cover that, too");
     arguments.flag("--dry-run", options->isDryRun, "Write nothing");
     addZeroOption(arguments, session);
     arguments.footer("Example:\n  kxutils stamp scene.osb && kxutils verify scene.osb");

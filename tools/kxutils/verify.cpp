@@ -241,14 +241,14 @@ Work addVerify(Arguments& arguments, Session& session) {
     arguments.flag("-r,--recursive", options->isRecursive,
                    "Check the files below directories, in the order of their names");
     arguments
-        .number("-j,--threads", options->threads,
-                "Check N files at a time; 0: as many as there are cores")
+        .number("-j,--threads", options->threads, "Check N files at a time; 0: one for each core")
         .typeName("N")
         .showDefault();
     arguments.number("--offset", options->offset, "The first N bytes of each file are not covered")
         .typeName("N");
-    arguments.flag("--strict", options->isStrict, "A file without footer is a fault (exit code 4)");
-    arguments.flag("--quiet", options->isQuiet, "Show faults only, and no summary");
+    arguments.flag("--strict", options->isStrict,
+                   "A file without a footer is a fault (exit code 4)");
+    arguments.flag("--quiet", options->isQuiet, "Show only faults, and no summary");
     arguments
         .text("--ext", options->extensions,
               "Below directories, only files with one of these extensions (osb,obj)")

@@ -22,8 +22,9 @@ ROOM = re.compile(r"detail/[^/]+$")
 # Not compiled on this system, and the shaders' blocks: data that a tool makes and a test compares.
 FAULTLESS = re.compile(r"/darwin/|_none\.cpp$|_portable\.cpp$|^shader/")
 
-# These are left to --again: they take longest, and notice faults in the locking, or where memory or the system fails.
-SLOW_TESTS = {"faults_test", "kxLog_processes_test", "kxLog_threads_test", "threads_test"}
+# These run last, on what survives the others: they take longest, and notice faults in the locking, or where memory or
+# the system fails. A source needs another test as well.
+LAST = {"faults_test", "kxLog_processes_test", "kxLog_threads_test", "threads_test"}
 
 
 class Program:
@@ -98,9 +99,9 @@ class Tree:
         return {name: result[name] for name in names}
 
     def programs_for(self, file):
-        """The programs that test a source, and the slow ones."""
+        """The programs that test a source, and those that run last."""
         programs = self._programs_for[file]
-        return programs - SLOW_TESTS, programs & SLOW_TESTS
+        return programs - LAST, programs & LAST
 
     def untested(self):
         """The sources without a test program: no fault in them could be noticed."""

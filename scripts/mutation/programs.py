@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Runs test programs on faults and judges what they say."""
 import collections
+import itertools
 import os
 import re
 import resource
@@ -33,9 +34,12 @@ class Runner:
             self.seconds[program] = after.ru_utime + after.ru_stime - before.ru_utime - before.ru_stime
         return failed
 
-    def run(self, programs):
+    def run(self, programs, last=()):
         """Runs those first that notice much for their time. Gives killed, timed out or survived."""
-        for program in sorted(programs, key=lambda one: (self._limit(one) / (1 + self.noticed[one]), one)):
+        def cost(program):
+            return self._limit(program) / (1 + self.noticed[program]), program
+
+        for program in sorted(programs, key=cost) + sorted(last, key=cost):
             result = self._run(program)
             if result != "survived":
                 self.noticed[program] += 1
@@ -86,12 +90,12 @@ class Judge:
         self.tree = tree
 
     def judge(self, sources, mutants, programs, together=True):
-        """Yields (mutant, result) of all `mutants`. `sources` {file: Source} are theirs, `programs` {file: names}
-        those that test them. `together` builds as many as possible at once."""
+        """Yields (mutant, result) of all `mutants`. `sources` {file: Source} are theirs, `programs` those that test
+        them: {file: (names, names of those that run last)}. `together` builds as many as possible at once."""
         numbered = dict(enumerate(mutants, 1))
         results = self._together(sources, numbered, programs) if together else {}
         if not results:
-            every = set().union(*programs.values())
+            every = all_of(programs)
             self.workshop.build(every)
             if failed := self.runner.measure(every):
                 sys.exit(f"mutate: without any fault fail {', '.join(failed)}")
@@ -106,16 +110,16 @@ class Judge:
     def _alone(self, source, mutant, programs):
         try:
             self.workshop.write_source(mutant.file, source.with_fault(mutant))
-            if not self.workshop.build(programs, CCACHE_DISABLE="1")[0]:  # nobody builds that again
+            if not self.workshop.build(all_of({0: programs}), CCACHE_DISABLE="1")[0]:  # nobody builds that again
                 return "does not compile"
-            return self.runner.run(programs)
+            return self.runner.run(*programs)
         finally:
             self.workshop.write_source(mutant.file, source.text)
 
     def _together(self, sources, mutants, programs):
         """{number: result} of those {number: mutant} that could be built into one library, and of no others."""
         results = {}
-        every = set().union(*programs.values())
+        every = all_of(programs)
         try:
             while True:
                 numbers = []
@@ -140,11 +144,15 @@ class Judge:
                 return {}
             for number in numbers:
                 self.workshop.choose(number)
-                results[number] = self.runner.run(programs[mutants[number].file])
+                results[number] = self.runner.run(*programs[mutants[number].file])
             return results
         finally:
             for file, source in sources.items():
                 self.workshop.write_source(file, source.text)
+
+
+def all_of(programs):
+    return set(itertools.chain.from_iterable(itertools.chain.from_iterable(programs.values())))
 
 
 def wrong_numbers(output):

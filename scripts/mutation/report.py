@@ -6,6 +6,7 @@ import collections
 import fcntl
 import hashlib
 import json
+import operator
 import os
 import signal
 import sys
@@ -14,7 +15,7 @@ import time
 from . import exceptions
 from .faults import Source, key
 from .ownership import Tree
-from .programs import Judge, Runner
+from .programs import Judge, Runner, all_of
 from .workshop import Workshop, protect_devices
 
 TOGETHER = 100  # so many faults are built at once
@@ -49,7 +50,7 @@ def choose(mutants, count, seed):
     def drawn(mutant):
         return hashlib.sha256("\n".join([str(seed), *key(mutant)]).encode()).digest()
 
-    return sorted(sorted(mutants, key=drawn)[:count], key=lambda mutant: (mutant.file, mutant.begin, mutant.end, mutant.replacement))
+    return sorted(sorted(mutants, key=drawn)[:count], key=operator.attrgetter("file", "begin", "end", "replacement"))
 
 
 def read_survivors(path):
@@ -72,7 +73,7 @@ def plant(wanted, listed, arguments, tree, sources, workshop):
     done = 0
     for chunk in (chosen[i:i + TOGETHER] for i in range(0, len(chosen), TOGETHER)):
         used = {mutant.file: sources[mutant.file] for mutant in chunk}
-        programs = {file: set().union(*tree.programs_for(file)[:2 if arguments.again else 1]) for file in used}
+        programs = {file: tree.programs_for(file) for file in used}
         start = time.monotonic()
         for mutant, result in judge.judge(used, chunk, programs, together=not arguments.again):
             progress.results[name_of[mutant.file]][result] += 1
@@ -115,8 +116,7 @@ def main(root, description):
     parser.add_argument("names", nargs="*", metavar="NAME")
     parser.add_argument("--count", type=int, help="plant so many, chosen at random, of each name's faults")
     parser.add_argument("--seed", type=int, default=1, help="of that choice")
-    parser.add_argument("--again", action="store_true",
-                        help="plant only those that have survived before, and run the slow tests, too")
+    parser.add_argument("--again", action="store_true", help="plant only those that have survived before")
     parser.add_argument("--list", action="store_true", help="print the faults, plant none")
     arguments = parser.parse_args()
 
@@ -146,7 +146,7 @@ def main(root, description):
         workshop.update_copy()
         workshop.configure()
         files = {mutant.file for mutants in wanted.values() for mutant in mutants}
-        done, output = workshop.build(set().union(*(tree.programs_for(file)[0] for file in files)))
+        done, output = workshop.build(all_of({file: tree.programs_for(file) for file in files}))
         if not done:
             sys.exit(output)
         progress = plant(wanted, listed, arguments, tree, sources, workshop)

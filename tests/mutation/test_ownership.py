@@ -152,7 +152,7 @@ class Programs(MadeUpTree):
         self.write("tests/CMakeLists.txt", 'kx_test(metal_test SOURCES "${kx_detail}/wood/darwin/saw.cpp")\n')
         self.assertNotIn("metal_test", self.fast("detail/wood/oak/saw.h"))
 
-    def test_slow_ones_apart(self):
+    def test_those_that_run_last_apart(self):
         self.assertEqual(self.tree().programs_for("kxOne.cpp")[1], {"threads_test"})
 
     def test_those_of_tools_are_not_built(self):
@@ -166,7 +166,7 @@ class Programs(MadeUpTree):
         self.write("tests/gold_test.cpp", "")
         self.assertEqual(self.tree().untested(), ["kxThree.cpp"])
 
-    def test_a_slow_program_is_not_enough(self):
+    def test_one_that_runs_last_is_not_enough(self):
         self.write(f"{UTILS}/kxThree.cpp", "")
         self.write(f"{UTILS}/kxThree.h", "")
         self.write("tests/faults_test.cpp", '#include "kxThree.h"\n')

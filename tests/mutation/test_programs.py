@@ -41,6 +41,17 @@ class Running(support.TestInFolder):
         self.assertEqual(runner.run(["c", "b", "a"]), "killed")
         self.assertEqual(self.read("log"), "a\nb\nb\n")
 
+    def test_some_run_on_survivors_only(self):
+        log = os.path.join(self.folder, "log")
+        self.program("a", f"echo a >>{log}\n")
+        self.program("b", f"echo b >>{log}; exit 1\n")
+        runner = Runner(self.folder)
+        runner.seconds = {"a": 2.0, "b": 1.0}
+        self.assertEqual(runner.run(["a"], ["b"]), "killed")
+        self.assertEqual(self.read("log"), "a\nb\n")
+        self.assertEqual(runner.run(["b"], ["a"]), "killed")
+        self.assertEqual(self.read("log"), "a\nb\nb\n")
+
     def test_a_folder_of_its_own_that_is_removed(self):
         self.program("where", f'[ "$TMPDIR" = "$PWD" ] && touch x && pwd >{self.folder}/place\n')
         self.assertEqual(Runner(self.folder).run(["where"]), "survived")
@@ -92,7 +103,7 @@ class FakeRunner:
     def measure(self, programs):
         return []
 
-    def run(self, programs):
+    def run(self, programs, last):
         text = "".join(self.workshop.texts.values())
         mark = f'#line 1 "mutant-{self.workshop.number}"'
         if mark in text:
@@ -115,7 +126,7 @@ class Judging(unittest.TestCase):
         judge = Judge(workshop, FakeRunner(workshop, noticed), FakeTree())
         with contextlib.redirect_stderr(io.StringIO()):
             return {mutant.mutant: result for mutant, result in judge.judge(
-                {"a.cpp": source}, list(source.mutants()), {"a.cpp": {"test"}}, together)}
+                {"a.cpp": source}, list(source.mutants()), {"a.cpp": ({"test"}, {"slow_test"})}, together)}
 
     def test_all_are_judged_and_the_source_is_as_before(self):
         for together in (True, False):

@@ -179,7 +179,7 @@ class Source(Tokens):
                 yield begin, after, "return {};"
         elif word in ("break", "continue"):
             yield begin, after, ";"
-        elif word not in NO_EXPRESSION and word not in CLOSING and word not in CLOSING.values() and not self._declares(i):
+        elif word not in {*NO_EXPRESSION, *CLOSING, *CLOSING.values()} and not self._declares(i):
             yield begin, after, ";"
 
     def _declares(self, i):

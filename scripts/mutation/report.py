@@ -130,18 +130,19 @@ def main(root, description):
     wanted = {name: [mutant for file in files for mutant in sources[file].mutants()]
               for name, files in groups.items()}
     workshop = Workshop(root)
+    if arguments.again:
+        survivors = read_survivors(workshop.survivors_file)
+        wanted = {name: [mutant for mutant in mutants if list(key(mutant)) in survivors]
+                  for name, mutants in wanted.items()}
+    wanted = {name: choose(mutants, arguments.count, arguments.seed) for name, mutants in wanted.items()}
+    if arguments.list:
+        signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # for head
+        for mutant in (mutant for mutants in wanted.values() for mutant in mutants):
+            print(f"{mutant.file}:{mutant.line}\n- {mutant.source}\n+ {mutant.mutant}")
+        return
+    os.makedirs(workshop.folder, exist_ok=True)
     with open(workshop.lock_file, "w", encoding="ascii") as lock:
         fcntl.flock(lock, fcntl.LOCK_EX | fcntl.LOCK_NB)
-        if arguments.again:
-            survivors = read_survivors(workshop.survivors_file)
-            wanted = {name: [mutant for mutant in mutants if list(key(mutant)) in survivors]
-                      for name, mutants in wanted.items()}
-        wanted = {name: choose(mutants, arguments.count, arguments.seed) for name, mutants in wanted.items()}
-        if arguments.list:
-            signal.signal(signal.SIGPIPE, signal.SIG_DFL)  # for head
-            for mutant in (mutant for mutants in wanted.values() for mutant in mutants):
-                print(f"{mutant.file}:{mutant.line}\n- {mutant.source}\n+ {mutant.mutant}")
-            return
         protect_devices()
         workshop.update_copy()
         workshop.configure()

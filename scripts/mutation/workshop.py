@@ -23,7 +23,6 @@ class Workshop:
         self.number_file = os.path.join(self.folder, "number")
         self.survivors_file = os.path.join(self.folder, "survivors.json")
         self.lock_file = os.path.join(self.folder, "lock")
-        os.makedirs(self.folder, exist_ok=True)
 
     def update_copy(self):
         """Brings the copy up to date; files that have not changed keep their time, so that little is built."""

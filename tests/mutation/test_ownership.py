@@ -58,8 +58,8 @@ class Owners(MadeUpTree):
         self.assertEqual(self.tree().rooms, ["detail/iron", "detail/wood"])
 
     def test_what_a_class_includes_and_what_implements_it(self):
-        self.assertEqual(self.tree().classes["kxOne"], ["kxOne.cpp", "kxOne.h", "detail/glue.h", "detail/wood/plank.cpp",
-                                                        "detail/wood/plank.h", "kxExport.h"])
+        self.assertEqual(self.tree().classes["kxOne"], ["kxOne.cpp", "kxOne.h", "detail/glue.h",
+                                                        "detail/wood/plank.cpp", "detail/wood/plank.h", "kxExport.h"])
 
     def test_units_in_a_folder_for_a_system_and_those_without_a_header_of_their_own(self):
         self.assertEqual(self.tree().owners("detail/wood/linux/saw.cpp"), ["kxTwo"])

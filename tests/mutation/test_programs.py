@@ -11,7 +11,6 @@ import support
 from mutation.faults import Source
 from mutation.ownership import UTILS
 from mutation.programs import Judge, Runner, wrong_numbers
-from mutation.report import Progress, choose
 from mutation.workshop import Workshop
 
 
@@ -192,34 +191,6 @@ class Copy(support.TestInFolder):
             self.assertEqual(self.workshop.is_same_code("a.cpp", text, original, ["a.cpp"]), same)
             self.assertEqual(self.read(self.copy), original)
         self.assertFalse(self.workshop.is_same_code("a.cpp", original, original, []))
-
-
-class Reports(unittest.TestCase):
-    def test_the_choice_is_made_by_the_seed(self):
-        mutants = list(Source("a.cpp", "int a[] = {1, 2, 3, 4, 5, 6, 7, 8, 9};\n").mutants())
-        self.assertEqual(choose(mutants, 4, 7), choose(mutants, 4, 7))
-        self.assertNotEqual(choose(mutants, 4, 7), choose(mutants, 4, 8))
-        self.assertEqual(len(choose(mutants, 4, 7)), 4)
-        self.assertCountEqual(choose(mutants, None, 7), mutants)
-        self.assertCountEqual(choose(mutants, 1000, 7), mutants)
-
-    def test_other_code_does_not_change_the_choice(self):
-        names = [f"int {name} = 5;\n" for name in "abcdefghi"]
-        few, many = ({mutant.mutant for mutant in choose(list(Source("a.cpp", "".join(lines)).mutants()), 5, 7)}
-                     for lines in (names[:-1], names))
-        self.assertGreaterEqual(len(few & many), 3)  # one line has two faults
-
-    def test_table(self):
-        progress = Progress(["kxOne", "detail/two"])
-        progress.results["kxOne"].update({"killed": 5, "timed out": 1, "survived": 2, "listed": 1, "same code": 1})
-        progress.seconds["kxOne"] = 25.0
-        self.assertEqual(list(progress.table()), [
-            "| | planted | killed | timed out | survived | listed | same code | does not compile | noticed | "
-            "seconds each |",
-            "|---|---:|---:|---:|---:|---:|---:|---:|---:|---:|",
-            "| kxOne | 10 | 5 | 1 | 2 | 1 | 1 | 0 | 75.0 % | 2.5 |",
-            "| detail/two | 0 | 0 | 0 | 0 | 0 | 0 | 0 | 0.0 % | 0.0 |"])
-        self.assertEqual(progress.survived(), 2)
 
 
 if __name__ == "__main__":

@@ -66,13 +66,13 @@ class FakeWorkshop:
         self.refused = refused
         self.breaks = breaks  # a build of many faults fails without naming one
         self.number = 0
-        self.builds = 0
+        self.builds = []  # how many programs each has built
 
     def write_source(self, file, text):
         self.texts[file] = text
 
     def build(self, programs, **environment):
-        self.builds += 1
+        self.builds.append(len(programs))
         text = "".join(self.texts.values())
         if self.breaks and "kx_mutant" in text:
             return False, "collect2: error"
@@ -136,7 +136,12 @@ class Judging(unittest.TestCase):
     def test_those_in_functions_are_built_together(self):
         workshop = FakeWorkshop({"a.cpp": self.TEXT})
         self.judge(workshop, [])
-        self.assertEqual(workshop.builds, 1 + 2)  # and two outside functions
+        self.assertEqual(workshop.builds, [0, 2, 2, 2])  # the library, the programs, two faults outside functions
+
+    def test_programs_are_built_when_the_library_is(self):
+        workshop = FakeWorkshop({"a.cpp": self.TEXT}, refused=["b - c"])
+        self.judge(workshop, [])
+        self.assertEqual(workshop.builds, [0, 0, 2, 2, 2])
 
     def test_those_that_do_not_compile(self):
         workshop = FakeWorkshop({"a.cpp": self.TEXT}, refused=["b - c", "5 - 1"])

@@ -3,7 +3,7 @@
 """Which class or room a source belongs to, and which test programs test it: read from folders, names and #includes.
 
 A class is NAME.cpp and NAME.h, a room a folder of detail/. A source belongs to the classes that reach it: by
-#include, or because it implements an internal header that they reach. Other classes' headers end the way.
+#include, or because it implements an internal header that they reach. Nothing is followed into another class.
 
 A program tests
 - the class that it is named after (kxFile_paths_test), with everything that belongs to this class,

@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "guarded.h"
+
 using Find = std::size_t (*)(std::string_view, std::string_view, std::size_t);
 
 namespace {
@@ -149,6 +151,21 @@ TEST_P(FindText, FindsBehindPlacesThatNearlyFit) {
             ASSERT_NO_FATAL_FAILURE(expectAllPlaces(text, search));
             ASSERT_NO_FATAL_FAILURE(expectAllPlaces(std::string(20 * half, 'a') + text, search));
         }
+}
+
+TEST_P(FindText, ReadsNothingOutsideTheTexts) {
+    const kxtest::Guarded textPlace(4096), searchPlace(4096);
+    for (std::size_t length = 1; length <= 40; ++length) {
+        const std::string search = fibonacciWord(length);
+        for (const std::string& before : {std::string(), std::string("b"), std::string(30, 'b')}) {
+            const std::string text = before + search;
+            const std::string_view end(textPlace.atEnd(text), text.size());
+            const std::string_view wanted(searchPlace.atEnd(search), search.size());
+            EXPECT_EQ(GetParam().find(end, wanted, 0), text.find(search));
+            const std::string_view start(textPlace.atBegin(text), text.size());
+            EXPECT_EQ(GetParam().find(start, wanted, 0), text.find(search));
+        }
+    }
 }
 
 // Each of these would take minutes if the places that nearly fit were compared one by one, or the

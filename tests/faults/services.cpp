@@ -19,12 +19,12 @@
 
 #include "cached_ifstream.h"
 #include "cached_ofstream.h"
-#include "faults_operations.h"
 #include "file_support.h"
 #include "kxAlignedMemory.h"
 #include "kxFile.h"
 #include "kxString.h"
 #include "kxUtils.h"
+#include "operations.h"
 
 namespace {
 

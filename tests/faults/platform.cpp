@@ -6,9 +6,9 @@
 #include <filesystem>
 #include <vector>
 
-#include "faults_operations.h"
 #include "kxFile.h"
 #include "kxPlatform.h"
+#include "operations.h"
 
 namespace {
 

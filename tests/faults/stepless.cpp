@@ -6,7 +6,6 @@
 #include <array>
 #include <vector>
 
-#include "faults_operations.h"
 #include "kxAnyConverter.h"
 #include "kxBase64.h"
 #include "kxCPUInfo.h"
@@ -20,6 +19,7 @@
 #include "kxPlatform.h"
 #include "kxString.h"
 #include "kxUtils.h"
+#include "operations.h"
 
 namespace {
 

@@ -10,7 +10,6 @@
 
 #include "cached_ifstream.h"
 #include "cached_ofstream.h"
-#include "faults_operations.h"
 #include "kxAnyConverter.h"
 #include "kxBase64.h"
 #include "kxCrypt.h"
@@ -19,6 +18,7 @@
 #include "kxMessage.h"
 #include "kxString.h"
 #include "kxUtils.h"
+#include "operations.h"
 
 namespace {
 

@@ -8,11 +8,11 @@
 #include <set>
 #include <streambuf>
 
-#include "faults_operations.h"
 #include "kxFile.h"
 #include "kxLog.h"
-#include "kxLog_fixture.h"
 #include "kxPlatform.h"
+#include "log/kxLog_fixture.h"
+#include "operations.h"
 
 namespace {
 

@@ -229,7 +229,7 @@ TEST(ExpandFilename, ChangesNoVariable) {
 static kxtest::Outcome probe(const std::string& path, const char* home) {
     std::map<std::string, std::string> environment{{"HOME", "/elsewhere"}, {"ROOT", "/r"}};
     if (home) environment["PROBE_HOME"] = home;
-    return kxtest::run({KX_EXPAND_PROBE, path}, environment);
+    return kxtest::run({KX_EXPANSION_PROBE, path}, environment);
 }
 
 class ExpandHome : public testing::TestWithParam<ExpansionCase> {};

@@ -18,9 +18,9 @@
 #include <thread>
 
 #include "descriptors.h"
-#include "faults_operations.h"
 #include "file_support.h"
 #include "kxLog.h"
+#include "operations.h"
 
 namespace {
 

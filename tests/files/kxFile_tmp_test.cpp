@@ -44,7 +44,7 @@ protected:
 
     // What the steps print on standard output; nothing is expected on standard error.
     std::string run(Steps steps, Variables variables = {}, const std::string& errors = "") const {
-        steps.insert(steps.begin(), TMP_HELPER);
+        steps.insert(steps.begin(), KX_TMP_PROBE);
         variables["KXTEST_TALO"] = dir.file("talo");
         kxtest::RunOptions options;
         options.directory = dir.path();

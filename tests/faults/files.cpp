@@ -6,11 +6,11 @@
 #include <stdexcept>
 #include <vector>
 
-#include "faults_operations.h"
 #include "file_support.h"
 #include "kxCRC32.h"
 #include "kxFile.h"
 #include "kxUtils.h"
+#include "operations.h"
 
 namespace {
 

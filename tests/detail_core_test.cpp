@@ -22,6 +22,7 @@
 #include "detail/platform/executable_path.h"
 #include "detail/text/byte_search.h"
 #include "kxtest.h"
+#include "rows.h"
 
 using kx::detail::truncateToInt32;
 
@@ -72,7 +73,7 @@ TEST_P(TruncateToInt32, MatchesTable) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, TruncateToInt32, testing::ValuesIn(truncateCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 static_assert(truncateToInt32(-1.5) == -1 && truncateToInt32(1e10) == smallest, "constant too");
 

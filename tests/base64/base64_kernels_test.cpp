@@ -6,6 +6,7 @@
 #include "base64_checks.h"
 #include "detail/base64/decoder.h"
 #include "detail/base64/kernel.h"
+#include "rows.h"
 
 using kx::detail::Base64Decoder;
 using kx::detail::Base64Kernel;
@@ -196,13 +197,10 @@ TEST_P(Base64KernelsDecode, PiecesGiveTheWhole) {
     }
 }
 
-static std::string nameOf(const testing::TestParamInfo<Base64Kernel>& test) {
-    return test.param.name;
-}
 INSTANTIATE_TEST_SUITE_P(Kernel, Base64Kernels, testing::ValuesIn(kernels.begin(), kernels.end()),
-                         nameOf);
+                         kxtest::nameOfRow);
 INSTANTIATE_TEST_SUITE_P(Kernel, Base64KernelsDecode,
-                         testing::ValuesIn(kernels.begin(), kernels.end()), nameOf);
+                         testing::ValuesIn(kernels.begin(), kernels.end()), kxtest::nameOfRow);
 
 TEST(Base64KernelTable, EndsWithThePortableOneAndChoosesTheFirstUsable) {
     ASSERT_STREQ((kernels.end() - 1)->name, "portable");

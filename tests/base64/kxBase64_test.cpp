@@ -9,11 +9,13 @@
 #include <type_traits>
 
 #include "base64_checks.h"
+#include "rows.h"
 
 static_assert(std::has_virtual_destructor_v<kxBase64> && sizeof(kxBase64) == sizeof(void*));
 
 using namespace std::string_literals;
 using kxtest::canary;
+using kxtest::everyByte;
 using kxtest::expectExactly;
 using kxtest::randomBytes;
 using kxtest::randomText;
@@ -45,12 +47,6 @@ std::string decodeString(const std::string& text) {
     const unsigned long length = kxBase64::decode(text, out);
     EXPECT_EQ(length, out.size());
     return out;
-}
-
-std::string everyByte() {
-    std::string bytes;
-    for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
-    return bytes;
 }
 
 }  // namespace
@@ -97,8 +93,7 @@ static const Pair pairs[] = {
      "\xdf\xbf"s,
      "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/"},
 };
-INSTANTIATE_TEST_SUITE_P(Table, Base64Pair, testing::ValuesIn(pairs),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, Base64Pair, testing::ValuesIn(pairs), kxtest::nameOfRow);
 
 // --- What decode() makes of other texts ---------------------------------------------------------
 
@@ -134,8 +129,7 @@ static const Pair forgiving[] = {
     {"AllowanceFarBelowZero", std::string(75, '\0'), std::string(300, '=')},
     {"ForeignBytesAmongPadding", "f", "Zg=\n=\n"},
 };
-INSTANTIATE_TEST_SUITE_P(Table, Base64Forgiving, testing::ValuesIn(forgiving),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, Base64Forgiving, testing::ValuesIn(forgiving), kxtest::nameOfRow);
 
 // --- Against the model, and the limits of memory -------------------------------------------------
 

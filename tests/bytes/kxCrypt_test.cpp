@@ -9,6 +9,7 @@
 #include <string>
 #include <type_traits>
 
+#include "rows.h"
 #include "vectors/rfc6229.h"
 
 using namespace std::string_literals;
@@ -68,8 +69,7 @@ TEST_P(Rfc6229, KeyStreamFromTheStartAndAfterReset) {
     expectVectors(keyStream(cipher));
 }
 
-INSTANTIATE_TEST_SUITE_P(Key, Rfc6229, testing::ValuesIn(rfc6229::vectors),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Key, Rfc6229, testing::ValuesIn(rfc6229::vectors), kxtest::nameOfRow);
 
 TEST(Crypt, WellKnownTexts) {
     EXPECT_EQ(code(bytesOf("Key"), "Plaintext"), "\xBB\xF3\x16\xE8\xD9\x40\xAF\x0A\xD3");

@@ -14,6 +14,8 @@
 #include <variant>
 #include <vector>
 
+#include "rows.h"
+
 using kx::detail::CpuidRegisters;
 using Fields = kxCPUInfo::Fields;
 using Query = std::pair<std::uint32_t, std::uint32_t>;  // leaf, sub-leaf
@@ -94,8 +96,7 @@ TEST_P(CpuidWalk, AsksInOrderWithSubLeaf0) {
     for (const std::uint32_t leaf : GetParam().leaves) expected.emplace_back(leaf, 0);
     EXPECT_EQ(cpu.queries, expected);
 }
-INSTANTIATE_TEST_SUITE_P(Table, CpuidWalk, testing::ValuesIn(walkCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, CpuidWalk, testing::ValuesIn(walkCases), kxtest::nameOfRow);
 
 // 65,536 standard leaves, as many extended ones, 257 sub-leaves of leaf 4, and the two leaves that
 // tell where the leaves end; without the bound, loops to 0xFFFFFFFF would never end.
@@ -375,8 +376,7 @@ TEST_P(CpuidAvx, FollowsTheBits) {
     EXPECT_EQ(info.hasAVX2Support(), GetParam().isAvx2);
     EXPECT_EQ(info.hasAVX512Support(), GetParam().isAvx512);
 }
-INSTANTIATE_TEST_SUITE_P(Table, CpuidAvx, testing::ValuesIn(avxCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, CpuidAvx, testing::ValuesIn(avxCases), kxtest::nameOfRow);
 
 // --- Caches of leaf 4 ----------------------------------------------------------------------------
 

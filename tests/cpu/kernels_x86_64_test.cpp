@@ -12,6 +12,7 @@
 #include "detail/base64/kernel.h"
 #include "detail/crc/kernel.h"
 #include "processor_features.h"
+#include "rows.h"
 
 using kxtest::ScopedFeatures;
 
@@ -79,8 +80,7 @@ static const Kernel kernels[] = {
      {FEATURE("avx512bw"), FEATURE("avx512vl"), FEATURE("avx512vbmi2"), FEATURE("vpclmulqdq"),
       FEATURE("pclmul"), FEATURE("bmi2")}},
 };
-INSTANTIATE_TEST_SUITE_P(Table, KernelsX86, testing::ValuesIn(kernels),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, KernelsX86, testing::ValuesIn(kernels), kxtest::nameOfRow);
 
 TEST(KernelsX86Tables, ChooseTheFastestThatTheProcessorHas) {
     const ScopedFeatures restored;

@@ -3,6 +3,7 @@
 
 #include "crc32_checks.h"
 #include "detail/crc/kernel.h"
+#include "rows.h"
 
 using kx::detail::Crc32Kernel;
 using kxtest::boostCrc;
@@ -21,27 +22,27 @@ protected:
 };
 
 TEST_P(Crc32Kernels, EveryLengthAtEveryOffsetReadsNothingElse) {
-    const std::string all = kxtest::randomBytes(300);
+    const std::string all = kxtest::someBytes(300);
     for (std::size_t n = 0; n <= all.size(); ++n)
         ASSERT_NO_FATAL_FAILURE(kxtest::expectEverywhere(GetParam().calc, all.substr(0, n), 0,
                                                          boostCrc(all.substr(0, n))));
 }
 
 TEST_P(Crc32Kernels, ContinuesFromAnyValueAtEveryLength) {
-    const std::string head = "previous", all = kxtest::randomBytes(700);
+    const std::string head = "previous", all = kxtest::someBytes(700);
     for (std::size_t n = 0; n <= all.size(); ++n)
         ASSERT_EQ(GetParam().calc(all.data(), n, boostCrc(head)), boostCrc(head + all.substr(0, n)))
             << n;
 }
 
 TEST_P(Crc32Kernels, LongInputs) {
-    const std::string all = kxtest::randomBytes(100003);
+    const std::string all = kxtest::someBytes(100003);
     for (const std::size_t n : {1000UL, 1024UL, 4095UL, 4096UL, 65536UL, 100003UL})
         EXPECT_EQ(GetParam().calc(all.data(), n, 0), boostCrc(all.substr(0, n))) << n;
 }
 
 INSTANTIATE_TEST_SUITE_P(Kernel, Crc32Kernels, testing::ValuesIn(kernels.begin(), kernels.end()),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 TEST(Crc32KernelTable, EndsWithThePortableOneAndChoosesTheFirstUsable) {
     ASSERT_STREQ((kernels.end() - 1)->name, "portable");

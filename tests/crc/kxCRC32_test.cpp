@@ -9,11 +9,12 @@
 
 #include "crc32_checks.h"
 #include "reference/jesteress_reference.h"
+#include "rows.h"
 
 using namespace std::string_literals;
 using kxtest::boostCrc;
 using kxtest::expectEverywhere;
-using kxtest::randomBytes;
+using kxtest::someBytes;
 
 static_assert(std::is_trivially_default_constructible_v<kxCRC32> &&
               std::is_trivially_destructible_v<kxCRC32> && !std::is_polymorphic_v<kxCRC32>);
@@ -60,14 +61,14 @@ TEST_P(Crc32, NothingReturnsPrevious) {
 }
 
 TEST_P(Crc32, EveryLengthAtEveryOffsetReadsNothingElse) {
-    const std::string all = randomBytes(300);
+    const std::string all = someBytes(300);
     for (std::size_t n = 0; n <= all.size(); ++n)
         ASSERT_NO_FATAL_FAILURE(
             expectEverywhere(GetParam().calc, all.substr(0, n), 0, boostCrc(all.substr(0, n))));
 }
 
 TEST_P(Crc32, ChainsAtEverySplit) {
-    const std::string all = randomBytes(300);
+    const std::string all = someBytes(300);
     for (std::size_t n = 0; n <= all.size(); ++n) {
         const std::uint32_t expected = boostCrc(all.substr(0, n));
         for (std::size_t first = 0; first <= n; ++first) {
@@ -81,7 +82,7 @@ TEST_P(Crc32, ChainsAtEverySplit) {
 // A message followed by its own checksum leaves the same remainder, whatever the message.
 TEST_P(Crc32, LeavesTheResidue) {
     for (const std::size_t n : {0UL, 1UL, 7UL, 8UL, 100UL}) {
-        const std::string bytes = randomBytes(n);
+        const std::string bytes = someBytes(n);
         EXPECT_EQ(calc(bytes + littleEndianBytes(calc(bytes))), 0x2144DF1CU) << n;
     }
 }
@@ -91,8 +92,7 @@ static const Method methods[] = {
     {"HalfByte", kxCRC32::calc_halfbyte}, {"OneByte", kxCRC32::calc_1byte},
     {"FourBytes", kxCRC32::calc_4bytes},  {"EightBytes", kxCRC32::calc_8bytes},
 };
-INSTANTIATE_TEST_SUITE_P(Method, Crc32, testing::ValuesIn(methods),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Method, Crc32, testing::ValuesIn(methods), kxtest::nameOfRow);
 
 // --- Hash ---------------------------------------------------------------------------------------
 
@@ -123,7 +123,7 @@ TEST(Jesteress, BytesAreUnsigned) {
 }
 
 TEST(Jesteress, EveryLengthAtEveryOffsetReadsNothingElse) {
-    const std::string all = randomBytes(300);
+    const std::string all = someBytes(300);
     for (std::size_t n = 0; n <= all.size(); ++n) {
         const std::string bytes = all.substr(0, n);
         for (const std::uint32_t seed : {0U, 1U, 0xDEADBEEFU})

@@ -17,10 +17,11 @@
 #include <sstream>
 #include <thread>
 
+#include "child.h"
 #include "descriptors.h"
-#include "file_support.h"
 #include "kxLog.h"
 #include "operations.h"
+#include "rows.h"
 
 namespace {
 
@@ -159,8 +160,6 @@ TEST_P(Stepless, HasNothingThatCouldFail) {
     }
 }
 
-std::string nameOf(const testing::TestParamInfo<Operation>& row) { return row.param.name; }
-
 std::vector<Operation> with(Steps steps) {
     std::vector<Operation> operations;
     for (const auto* list : {&valueOperations, &fileOperations, &serviceOperations, &logOperations,
@@ -170,8 +169,10 @@ std::vector<Operation> with(Steps steps) {
     return operations;
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Allocations, testing::ValuesIn(with(allocations)), nameOf);
-INSTANTIATE_TEST_SUITE_P(Table, Stepless, testing::ValuesIn(steplessOperations), nameOf);
-INSTANTIATE_TEST_SUITE_P(Table, SystemCalls, testing::ValuesIn(with(systemCalls)), nameOf);
+INSTANTIATE_TEST_SUITE_P(Table, Allocations, testing::ValuesIn(with(allocations)),
+                         kxtest::nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Table, Stepless, testing::ValuesIn(steplessOperations), kxtest::nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Table, SystemCalls, testing::ValuesIn(with(systemCalls)),
+                         kxtest::nameOfRow);
 
 }  // namespace

@@ -6,10 +6,11 @@
 #include <stdexcept>
 #include <vector>
 
-#include "file_support.h"
+#include "bytes.h"
 #include "kxCRC32.h"
 #include "kxFile.h"
 #include "kxUtils.h"
+#include "kxtest.h"
 #include "operations.h"
 
 namespace {

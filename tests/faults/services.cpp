@@ -17,13 +17,14 @@
 #include <utility>
 #include <vector>
 
+#include "bytes.h"
 #include "cached_ifstream.h"
 #include "cached_ofstream.h"
-#include "file_support.h"
 #include "kxAlignedMemory.h"
 #include "kxFile.h"
 #include "kxString.h"
 #include "kxUtils.h"
+#include "kxtest.h"
 #include "operations.h"
 
 namespace {

@@ -5,15 +5,16 @@
 
 #include <gtest/gtest.h>
 
-#include "file_support.h"
-#include "reference/crc32_bitwise.h"
+#include "bytes.h"
+#include "kxtest.h"
+#include "reference/checksum_footer.h"
 
 using Info = kxFile::ChecksumInfo;
 using State = Info::State;
 
-namespace {
+using reference::checksumMark;
 
-const std::string mark("\0TALOCRC", 8);
+namespace {
 
 // What is found in a file of these bytes, printing nothing on the way.
 Info inspect(const std::string& bytes, std::uint32_t offset) {
@@ -35,7 +36,7 @@ TEST(InspectChecksum, TellsAMissingFileFromAMissingFooter) {
 }
 
 TEST(InspectChecksum, SaysWhereAFooterStandsAndWhatItHolds) {
-    const Info found = inspect("HEAD123456789" + mark + "CBF43926", 4);
+    const Info found = inspect("HEAD123456789" + checksumMark + "CBF43926", 4);
     EXPECT_EQ(found.state, State::correct);
     EXPECT_FALSE(found.hasMetaFooter);
     EXPECT_EQ(found.footerAt, 13U);
@@ -44,7 +45,7 @@ TEST(InspectChecksum, SaysWhereAFooterStandsAndWhatItHolds) {
 }
 
 TEST(InspectChecksum, KeepsBothValuesOfAMismatch) {
-    const Info found = inspect("123456789" + mark + "cbf43926xyTALOMETA00000012", 0);
+    const Info found = inspect("123456789" + checksumMark + "cbf43926xyTALOMETA00000012", 0);
     EXPECT_EQ(found.state, State::incorrect);
     EXPECT_TRUE(found.hasMetaFooter);
     EXPECT_EQ(found.metaFooterAt, 27U);

@@ -12,6 +12,7 @@
 
 #include "kxFile.h"
 #include "kxtest.h"
+#include "rows.h"
 
 namespace {
 
@@ -111,8 +112,7 @@ const AllocationCase cases[] = {
     {"ExpandNothing", [] { return kxFile::expandFilename(file); }, 1},
     {"ExpandVariable", [] { return kxFile::expandFilename(variable); }, 1},
 };
-INSTANTIATE_TEST_SUITE_P(Table, Allocations, testing::ValuesIn(cases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, Allocations, testing::ValuesIn(cases), kxtest::nameOfRow);
 
 TEST(MakeValidFileName, AllocatesNothing) {
     std::string name = "." + part + "?*. ";

@@ -24,11 +24,13 @@
 #include <utility>
 #include <vector>
 
+#include "child.h"
 #include "descriptors.h"
-#include "file_support.h"
 #include "kxFile.h"
 #include "kxLog.h"
 #include "kxUtils.h"
+#include "rows.h"
+#include "write_at.h"
 
 // These take the place of the C library's functions for calls from the library too, so that a test
 // can do what other programs might do at that moment.
@@ -238,8 +240,7 @@ static const CheckRow checkRows[] = {
     writeRow("WriteForbiddenDirectory", "sealed", true,
              "File 'sealed' is not writable (wrong permissions)!", EACCES),
 };
-INSTANTIATE_TEST_SUITE_P(Table, FileCheck, testing::ValuesIn(checkRows),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, FileCheck, testing::ValuesIn(checkRows), kxtest::nameOfRow);
 
 // --- The overwrite question ----------------------------------------------------------------------
 
@@ -282,8 +283,7 @@ static const AnswerRow answerRows[] = {
     {"Long", 1L, true},
     {"Boolean", true, true},
 };
-INSTANTIATE_TEST_SUITE_P(Table, OverwriteAnswer, testing::ValuesIn(answerRows),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, OverwriteAnswer, testing::ValuesIn(answerRows), kxtest::nameOfRow);
 
 TEST(OverwriteQuestion, ComesBeforeTheAccessTest) {
     Host host;
@@ -357,8 +357,7 @@ static const LinkCase linkCases[] = {
     {"Forbidden", {{"link", "sealed/new"}}, EACCES},
     {"ChainForbidden", {{"link", "sub/a"}, {"sub/a", "/sealed/new"}}, EACCES},
 };
-INSTANTIATE_TEST_SUITE_P(Table, CheckWriteLink, testing::ValuesIn(linkCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, CheckWriteLink, testing::ValuesIn(linkCases), kxtest::nameOfRow);
 
 TEST(CheckWrite, FollowsALinkOfTheWorkingDirectory) {
     const kxtest::TempDir dir;

@@ -13,13 +13,19 @@
 #include <stdexcept>
 #include <thread>
 
+#include "bytes.h"
 #include "descriptors.h"
-#include "file_support.h"
 #include "kxFile.h"
-#include "reference/crc32_bitwise.h"
+#include "kxtest.h"
+#include "reference/checksum_footer.h"
+#include "rows.h"
+#include "write_at.h"
 
 using kxtest::someBytes;
+using reference::checksumFooter;
+using reference::checksumMark;
 using reference::crc32Bitwise;
+using reference::crc32Digits;
 
 namespace {
 
@@ -29,19 +35,18 @@ std::string digits(std::uint32_t value) {
     return text;
 }
 
-std::string footer(const std::string& text) { return std::string("\0TALOCRC", 8) + text; }
-std::string footerOf(const std::string& data) { return footer(digits(crc32Bitwise(data))); }
-std::string stamped(const std::string& data) { return data + footerOf(data); }
+std::string footer(const std::string& text) { return checksumMark + text; }
+std::string stamped(const std::string& data) { return data + checksumFooter(data); }
 std::string meta(const std::string& length) { return "TALOMETA" + length; }
 
 const std::string none = "Couldn't find file checksum!\n", foundMeta = "Found meta footer.\n";
 
 std::string correct(const std::string& data) {
-    return "Found correct file checksum " + digits(crc32Bitwise(data)) + ".\n";
+    return "Found correct file checksum " + crc32Digits(data) + ".\n";
 }
 
 std::string incorrect(const std::string& data, const std::string& stored) {
-    return "Found incorrect file checksum " + digits(crc32Bitwise(data)) + " != " + stored + "!\n";
+    return "Found incorrect file checksum " + crc32Digits(data) + " != " + stored + "!\n";
 }
 
 }  // namespace
@@ -76,7 +81,7 @@ static const PublishedCase publishedCases[] = {
     {"AllBitsSet", std::string(4, '\xFF'), 0xFFFFFFFF},
 };
 INSTANTIATE_TEST_SUITE_P(Table, ChecksumPublished, testing::ValuesIn(publishedCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 TEST(GetID, IsZeroForNullAndForNoBytes) {
     EXPECT_EQ(kxFile::getID(nullptr, 0), 0U);
@@ -216,13 +221,13 @@ static CheckCase withMeta(const char* name, const std::string& length, const std
 static const CheckCase checkCases[] = {
     // Without a meta footer.
     {"EmptyFile", "", 0, true, none},
-    {"FifteenBytes", footerOf("").substr(1), 0, true, none},
+    {"FifteenBytes", checksumFooter("").substr(1), 0, true, none},
     {"OnlyAFooter", footer("00000000"), 0, true, correct("")},
     {"OnlyAWrongFooter", footer("00000001"), 0, false, incorrect("", "00000001")},
     {"NoFooter", someBytes(100), 0, true, none},
     {"Correct", stamped("data"), 0, true, correct("data")},
-    {"OneByteChanged", "dbta" + footerOf("data"), 0, false,
-     incorrect("dbta", digits(crc32Bitwise("data")))},
+    {"OneByteChanged", "dbta" + checksumFooter("data"), 0, false,
+     incorrect("dbta", crc32Digits("data"))},
     {"LowerCaseDigits", "123456789" + footer("cbf43926"), 0, false,
      "Found incorrect file checksum CBF43926 != cbf43926!\n"},
     {"OneDigitLower", "123456789" + footer("CbF43926"), 0, false,
@@ -236,7 +241,7 @@ static const CheckCase checkCases[] = {
     // Offsets.
     {"HeaderExcluded", "HEAD" + stamped("data"), 4, true, correct("data")},
     {"HeaderNotExcluded", "HEAD" + stamped("data"), 0, false,
-     incorrect("HEADdata", digits(crc32Bitwise("data")))},
+     incorrect("HEADdata", crc32Digits("data"))},
     {"OffsetAtTheFooter", "HEAD" + footer("00000000"), 4, true, correct("")},
     {"OffsetInsideTheFooter", "HEAD" + footer("00000000"), 5, true, none},
     {"OffsetAtTheEnd", stamped("data"), 20, true, none},
@@ -249,13 +254,13 @@ static const CheckCase checkCases[] = {
     {"MetaMarkDiffers", stamped("data") + "TALOMETB00000010", 0, true, none},
     {"MetaMarkInLowerCase", stamped("data") + "talometa00000010", 0, true, none},
     {"OnlyTheLetterT", stamped("data") + "T" + std::string(15, 'x'), 0, true, none},
-    {"MetaDataEndsInAFooter", stamped("data") + footer("FFFFFFFF") + meta("00000020"), 0, true,
-     foundMeta + correct("data")},
+    {"MetaDataEndsInAFooter", stamped("data") + checksumMark + "FFFFFFFF" + meta("00000020"), 0,
+     true, foundMeta + correct("data")},
     {"MetaAndOffset", "HEAD" + stamped("data") + "abc" + meta("00000013"), 4, true,
      foundMeta + correct("data")},
     {"MetaAndWrongChecksum", "data" + footer("00000000") + meta("00000010"), 0, false,
      foundMeta + incorrect("data", "00000000")},
-    {"FootersOverlap", "data" + std::string("\0TALOCRC", 8) + meta("00000008"), 0, false,
+    {"FootersOverlap", "data" + checksumMark + meta("00000008"), 0, false,
      foundMeta + incorrect("data", "TALOMETA")},
     // Where L leads.
     withMeta("Right", "0000001A", correct("data")),
@@ -286,8 +291,7 @@ static const CheckCase checkCases[] = {
     withMeta("Prefix0X", "  +0X1A ", correct("data")),
     withMeta("Prefix0xWithoutDigits", "0xyz    ", none),
 };
-INSTANTIATE_TEST_SUITE_P(Table, ChecksumCheck, testing::ValuesIn(checkCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, ChecksumCheck, testing::ValuesIn(checkCases), kxtest::nameOfRow);
 
 TEST(CheckChecksum, MatchesTheModelAroundTheBlockSize) {
     const kxtest::TempDir dir;
@@ -295,7 +299,7 @@ TEST(CheckChecksum, MatchesTheModelAroundTheBlockSize) {
         for (const std::uint32_t offset : {0U, 1U, 8190U}) {
             std::string bytes = someBytes(size);
             const std::string covered = bytes.substr(offset);
-            bytes += footerOf(covered);
+            bytes += checksumFooter(covered);
             const std::string path = dir.write("f", bytes);
             kxtest::Captured out(stdout);
             std::uint32_t checksum = 0;

@@ -14,6 +14,7 @@
 #include "kxFile.h"
 #include "kxLog.h"
 #include "kxtest.h"
+#include "rows.h"
 
 namespace {
 
@@ -34,8 +35,7 @@ protected:
 };
 
 const Variant variants[] = {{"execute", kxFile::execute}, {"executeW", kxFile::executeW}};
-INSTANTIATE_TEST_SUITE_P(Table, ExecuteBoth, testing::ValuesIn(variants),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, ExecuteBoth, testing::ValuesIn(variants), kxtest::nameOfRow);
 
 int progressCalls = 0;
 void countProgress(unsigned int /*percent*/, void* /*data*/) { ++progressCalls; }
@@ -206,7 +206,7 @@ TEST_P(ExecuteNoOutputStatus, DiscardsTheOutputAndReturnsTheStatus) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, ExecuteNoOutputStatus, testing::ValuesIn(statusCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 TEST(ExecuteNoOutput, SaysThatItWaitsBeforeItWaits) {
     const kxtest::TempDir dir;

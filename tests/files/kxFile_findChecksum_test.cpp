@@ -7,30 +7,31 @@
 #include <filesystem>
 #include <stdexcept>
 
+#include "bytes.h"
 #include "descriptors.h"
-#include "file_support.h"
 #include "kxFile.h"
-#include "reference/crc32_bitwise.h"
+#include "kxtest.h"
+#include "reference/checksum_footer.h"
+
+using reference::checksumMark;
 
 namespace {
 
 using State = kxFile::ChecksumInfo::State;
 
 constexpr std::size_t block = 81920;  // what is read at once
-const std::string mark("\0TALOCRC", 8);
 
 std::string stampedBytes(std::size_t size) {
     const std::string bytes = kxtest::someBytes(size);
-    char digits[9];
-    std::snprintf(digits, sizeof digits, "%08X", reference::crc32Bitwise(bytes));
-    return bytes + mark + digits;
+    return bytes + reference::checksumFooter(bytes);
 }
 
 }  // namespace
 
 TEST(FindChecksum, SaysAllAndPrintsNothing) {
     const kxtest::TempDir dir;
-    const std::string path = dir.write("f", "HEAD123456789" + mark + "CBF43926xyTALOMETA00000012");
+    const std::string path =
+        dir.write("f", "HEAD123456789" + checksumMark + "CBF43926xyTALOMETA00000012");
     kxtest::Captured out(stdout), err(stderr);
     const kxFile::ChecksumInfo info = kxFile::findChecksum(path, 4);
     EXPECT_EQ(out.text() + err.text(), "");

@@ -18,11 +18,14 @@
 #include <thread>
 #include <type_traits>
 
+#include "bytes.h"
+#include "child.h"
 #include "descriptors.h"
 #include "emulator.h"
-#include "file_support.h"
 #include "kxFile.h"
 #include "kxLog.h"
+#include "rows.h"
+#include "write_at.h"
 
 using kxtest::someBytes;
 
@@ -188,8 +191,7 @@ static const PathCase pathCases[] = {
     {"FirstFailsAndTheNextToo", "dangling/b", false, {}},
     {"LaterFails", "a/" + tooLong, false, {"a"}},
 };
-INSTANTIATE_TEST_SUITE_P(Table, CreatePath, testing::ValuesIn(pathCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, CreatePath, testing::ValuesIn(pathCases), kxtest::nameOfRow);
 
 TEST_F(FileOperations, CreatePathTakesAbsolutePaths) {
     for (const char* leading : {"", "/", "//"}) {
@@ -245,8 +247,7 @@ static const WalkCase walkCases[] = {
     {"FirstErrorIsKept", "a/b/c/d", {"a/b", "a/b/c"}, false, {"a", "a/b", "a/b/c", "a/b/c/d"}},
     {"FirstComponentsErrorIsNot", "a/b/c", {"a", "a/b"}, false, {"a", "a/b", "a/b/c"}},
 };
-INSTANTIATE_TEST_SUITE_P(Table, CreatePathWalk, testing::ValuesIn(walkCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, CreatePathWalk, testing::ValuesIn(walkCases), kxtest::nameOfRow);
 
 // --- Removing and renaming -----------------------------------------------------------------------
 
@@ -478,8 +479,7 @@ static const BoundedCase boundedCases[] = {
     {"Directory", "dir", 5, false, "", false, EISDIR},
     {"DirectoryAndNoByte", "dir", 0, false, "", false, EISDIR},
 };
-INSTANTIATE_TEST_SUITE_P(Table, ReadBounded, testing::ValuesIn(boundedCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, ReadBounded, testing::ValuesIn(boundedCases), kxtest::nameOfRow);
 
 TEST_F(FileOperations, ReadBoundedTakesANullBufferForNoBytesOnly) {
     std::size_t size = 77;

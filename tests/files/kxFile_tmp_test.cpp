@@ -8,9 +8,11 @@
 
 #include <map>
 
-#include "file_support.h"
+#include "child.h"
 #include "kxFile.h"
 #include "kxtest.h"
+#include "rows.h"
+#include "write_at.h"
 
 namespace {
 
@@ -176,8 +178,7 @@ static const UserCase userCases[] = {
     {"IsCreated", "new", false, true},         {"ParentMissing", "no/parent", true, false},
     {"BelowAFile", "file/below", true, false}, {"Empty", "", true, false},
 };
-INSTANTIATE_TEST_SUITE_P(Table, TmpDirUser, testing::ValuesIn(userCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, TmpDirUser, testing::ValuesIn(userCases), kxtest::nameOfRow);
 
 TEST_F(TmpDir, UsersRelativePathStaysRelative) {
     EXPECT_EQ(run({"get", "child"}, {{"TALO_TMP_DIR", "new"}}), chosen("new") + published("new"));
@@ -319,8 +320,7 @@ static const RemoveCase removeCases[] = {
     {"FullDirectory", "full", false, {"empty", "full", "x.tmp"}},
     {"Empty", "", false, {"empty", "full", "x.tmp"}},
 };
-INSTANTIATE_TEST_SUITE_P(Table, RemoveTmpFile, testing::ValuesIn(removeCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, RemoveTmpFile, testing::ValuesIn(removeCases), kxtest::nameOfRow);
 
 // Such a name stands for the directory itself, empty as it may be.
 TEST_F(TmpDir, RemoveNeverTakesTheDirectoryItself) {

@@ -15,6 +15,7 @@
 #include "kxLog.h"
 #include "kxUtils.h"
 #include "kxtest.h"
+#include "rows.h"
 
 // A plain record: the map, then the id, and nothing virtual.
 static_assert(!std::is_polymorphic_v<kxMessage>);
@@ -395,7 +396,7 @@ TEST_P(GetFromMessageWrongType, IsReportedOnStandardErrorOnly) {
 }
 
 INSTANTIATE_TEST_SUITE_P(Table, GetFromMessageWrongType, testing::ValuesIn(wrongTypes),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 TEST(GetFromMessage, NamesTheRequiredType) {
     const kxMessage message(1, "a", 1);

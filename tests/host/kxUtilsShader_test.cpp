@@ -13,6 +13,7 @@
 #include "kxCrypt.h"
 #include "kxUtils.h"
 #include "kxtest.h"
+#include "rows.h"
 #include "shader/defaultMaterial.h"
 
 using namespace std::string_literals;
@@ -84,8 +85,7 @@ static const Text texts[] = {
     {"LengthOfTwoBytes", std::string(0x0203, 'x')},
     {"LengthOfThreeBytes", std::string(0x010203, 'y')},
 };
-INSTANTIATE_TEST_SUITE_P(Table, ShaderText, testing::ValuesIn(texts),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, ShaderText, testing::ValuesIn(texts), kxtest::nameOfRow);
 
 TEST(Shader, BytesBehindTheBlockAreNotPartOfTheText) {
     EXPECT_EQ(decrypt(blockOf("text") + "more"), "text");
@@ -149,8 +149,7 @@ static const Program programs[] = {
     {"Vertex", __defaultMaterial_vp, sizeof __defaultMaterial_vp, "__defaultMaterial_vp",
      KX_SHADERS "/defaultMaterial.vp"},
 };
-INSTANTIATE_TEST_SUITE_P(Table, DefaultMaterial, testing::ValuesIn(programs),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, DefaultMaterial, testing::ValuesIn(programs), kxtest::nameOfRow);
 
 class GlslCompiler : public testing::Test {
 protected:

@@ -11,8 +11,10 @@
 #include <csignal>
 #include <functional>
 
+#include "bytes.h"
 #include "kxLog.h"
 #include "kxLog_fixture.h"
+#include "rows.h"
 
 using kxtest::Console;
 using kxtest::consoleOf;
@@ -284,8 +286,7 @@ const VariableCase variableCases[] = {
     {"OtherCharacters", "my-app 2_\xe4z", "MY-APP 2_\xe4Z_LOG_DIR"},
     {"NoName", "", "_LOG_DIR"},
 };
-INSTANTIATE_TEST_SUITE_P(Table, LogDirectory, testing::ValuesIn(variableCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, LogDirectory, testing::ValuesIn(variableCases), kxtest::nameOfRow);
 
 TEST_F(LogFile, OtherVariablesDoNotCount) {
     kxPlatform::setAppName("talo");
@@ -412,8 +413,7 @@ TEST_F(LogFile, HtmlLinesFollowTheHead) {
 }
 
 TEST_F(LogFile, LinesOfAnyLengthAndByteAreAppended) {
-    std::string every;
-    for (int byte = 0; byte < 256; ++byte) every += static_cast<char>(byte);
+    const std::string every = kxtest::everyByte();
     const std::string longLine(300000, 'x');
     dir.write("app.log", "old");
     kxLog::_log_format = 1;

@@ -22,6 +22,7 @@
 
 #include "kxLog_fixture.h"
 #include "kxLog_texts.h"
+#include "rows.h"
 
 extern char** environ;
 
@@ -128,7 +129,6 @@ protected:
     const std::string path = dir.write("log", format.fileStart());
     LogFile file{format};
 };
-const auto nameOf = [](const auto& test) { return std::string(test.param.name); };
 
 // --- One file ------------------------------------------------------------------------------------
 
@@ -154,7 +154,7 @@ TEST_P(SharedLog, HasEveryLineOfEveryProcess) {
     EXPECT_EQ(file.torn(), 0);
     EXPECT_EQ(file.next(), all);
 }
-INSTANTIATE_TEST_SUITE_P(As, SharedLog, testing::Values(text, html, csv), nameOf);
+INSTANTIATE_TEST_SUITE_P(As, SharedLog, testing::Values(text, html, csv), kxtest::nameOfRow);
 
 // --- Processes that are killed -------------------------------------------------------------------
 
@@ -215,7 +215,7 @@ TEST_P(KilledLog, HasWholeLines) {
               << " of them after they had logged; " << file.whole() << " lines whole, "
               << file.torn() << " not ended\n";
 }
-INSTANTIATE_TEST_SUITE_P(As, KilledLog, testing::Values(text, html, csv), nameOf);
+INSTANTIATE_TEST_SUITE_P(As, KilledLog, testing::Values(text, html, csv), kxtest::nameOfRow);
 
 // --- A disk without space ------------------------------------------------------------------------
 
@@ -258,7 +258,7 @@ const Limit limits[] = {
     {"HtmlAllButNewline", html, 49, 0},   {"HtmlOneLine", html, 50, 1},
     {"HtmlTwoAndAHalf", html, 125, 2},    {"HtmlAllButLastByte", html, 249, 4},
 };
-INSTANTIATE_TEST_SUITE_P(At, LimitedLog, testing::ValuesIn(limits), nameOf);
+INSTANTIATE_TEST_SUITE_P(At, LimitedLog, testing::ValuesIn(limits), kxtest::nameOfRow);
 
 // A small disk in memory, where the system lets ordinary users mount one for themselves.
 using FullDisk = LogProcesses;
@@ -281,6 +281,6 @@ TEST_P(FullDisk, LosesWholeLinesAndGoesOn) {
     for (const auto& [thread, next] : file.next()) EXPECT_EQ(next, 400) << thread.first;
     EXPECT_EQ(file.next().size(), 8U);
 }
-INSTANTIATE_TEST_SUITE_P(As, FullDisk, testing::Values(text, html), nameOf);
+INSTANTIATE_TEST_SUITE_P(As, FullDisk, testing::Values(text, html), kxtest::nameOfRow);
 
 }  // namespace

@@ -12,6 +12,7 @@
 
 #include "kxLog.h"
 #include "kxLog_fixture.h"
+#include "rows.h"
 
 using kxtest::Console;
 using kxtest::consoleOf;
@@ -111,8 +112,7 @@ const OldFile textCases[] = {
     {"FormatZeroOld", 0, oldText, oldStamp},
     {"FormatFourToday", 4, textDay(0), ""},
 };
-INSTANTIATE_TEST_SUITE_P(Text, OldLogFile, testing::ValuesIn(textCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Text, OldLogFile, testing::ValuesIn(textCases), kxtest::nameOfRow);
 
 // The first line is skipped whatever it holds: up to 1023 bytes of it, as fgets fills 1024.
 const OldFile csvCases[] = {
@@ -140,8 +140,7 @@ const OldFile csvCases[] = {
     {"CsvRestOfFirstLine", 3, std::string(1023, 'h') + "21.03.2017;14:05:09;\n", "20170321-140509"},
     {"CsvRestIsToday", 3, std::string(1023, 'h') + csvDay(0) + oldCsv, ""},
 };
-INSTANTIATE_TEST_SUITE_P(Csv, OldLogFile, testing::ValuesIn(csvCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Csv, OldLogFile, testing::ValuesIn(csvCases), kxtest::nameOfRow);
 
 // Deliberate: HTML cannot be dated, so every start moves the file, over the one moved before.
 TEST_F(Rotation, HtmlAlwaysMovesToOneName) {
@@ -365,8 +364,7 @@ const Message messages[] = {
     {"ErrorScript", 2, [](const char* text) { kxLog::errorIPython(text); }},
     {"ErrorOutput", 2, [](const char* text) { kxLog::errorI(text, 6, false); }},
 };
-INSTANTIATE_TEST_SUITE_P(Through, FailedNewDay, testing::ValuesIn(messages),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Through, FailedNewDay, testing::ValuesIn(messages), kxtest::nameOfRow);
 
 using FailedDay = FailedNewDay;
 

@@ -14,6 +14,7 @@
 #include <stdexcept>
 
 #include "kxLog_fixture.h"
+#include "rows.h"
 
 using kxtest::Console;
 using kxtest::consoleOf;
@@ -55,8 +56,7 @@ const ColorCase colorCases[] = {
     {"Cyan", 5, "\x1b[36m", "\x1b[0m", false},
     {"Magenta", 6, "\x1b[35m", "\x1b[0m", true},
 };
-INSTANTIATE_TEST_SUITE_P(Table, ColorOutput, testing::ValuesIn(colorCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, ColorOutput, testing::ValuesIn(colorCases), kxtest::nameOfRow);
 
 TEST(ColorOutputType, UnknownIsReportedInPlaceOfTheText) {
     for (const int type : {INT_MIN, -1, 3, 7, INT_MAX})
@@ -367,8 +367,7 @@ const LineCase lineCases[] = {
     {"FormatFour", 4, "a", ""},
     {"FormatNegative", -1, "a", ""},
 };
-INSTANTIATE_TEST_SUITE_P(Table, PlainLine, testing::ValuesIn(lineCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, PlainLine, testing::ValuesIn(lineCases), kxtest::nameOfRow);
 
 TEST_F(Log, HtmlAndUnknownFormatsCarryNoStamp) {
     std::string buffer;

@@ -13,6 +13,7 @@
 #include "kxLog.h"
 #include "kxLog_fixture.h"
 #include "kxLog_texts.h"
+#include "rows.h"
 
 using kxtest::Console;
 using kxtest::consoleOf;
@@ -221,8 +222,7 @@ TEST_P(LogFlood, LosesTearsAndMixesNothing) {
     hammer(GetParam().format, 16, full ? 6250 : 1250, mixedEntry);
 }
 const Format formats[] = {{"Text", 1}, {"Html", 2}, {"Csv", 3}};
-INSTANTIATE_TEST_SUITE_P(As, LogFlood, testing::ValuesIn(formats),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(As, LogFlood, testing::ValuesIn(formats), kxtest::nameOfRow);
 
 TEST_F(LogThreads, CsvFileStartsOnceADay) {
     const kxtest::TempDir dir;

@@ -10,6 +10,7 @@
 #include <map>
 
 #include "kxLog_fixture.h"
+#include "rows.h"
 
 namespace {
 
@@ -272,8 +273,7 @@ const Story csvStories[] = {
       {"20230505-080000", header + "05.05.2023;08:00:00;INFO;100;c\n"},
       {"", header + "06.05.2023;08:00:00;INFO;100;d\n"}}},
 };
-INSTANTIATE_TEST_SUITE_P(Csv, LogTime, testing::ValuesIn(csvStories),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Csv, LogTime, testing::ValuesIn(csvStories), kxtest::nameOfRow);
 
 // A text file looks at the day when it is chosen, and at no other time.
 const Story textStories[] = {
@@ -354,8 +354,7 @@ const Story textStories[] = {
        "2023-05-04 14:00:05 INFO 100 c\n"},
       {"", "2023-05-04 14:00:06 INFO 100 d\n"}}},
 };
-INSTANTIATE_TEST_SUITE_P(Text, LogTime, testing::ValuesIn(textStories),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Text, LogTime, testing::ValuesIn(textStories), kxtest::nameOfRow);
 
 // An HTML file has a stamp in its head only, and is moved to one name whenever it is chosen.
 std::string html(const std::string& date, const std::string& texts) {
@@ -408,7 +407,6 @@ const Story htmlStories[] = {
       {"2023-05-04 12:00:00", open}},
      {{undated, html("05.05.2023 12:00:00", "ab")}, {"", html("04.05.2023 12:00:00", "")}}},
 };
-INSTANTIATE_TEST_SUITE_P(Html, LogTime, testing::ValuesIn(htmlStories),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Html, LogTime, testing::ValuesIn(htmlStories), kxtest::nameOfRow);
 
 }  // namespace

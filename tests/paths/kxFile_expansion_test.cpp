@@ -17,6 +17,7 @@
 #include "kxLog.h"
 #include "kxtest.h"
 #include "reference/expand.h"
+#include "rows.h"
 
 extern char** environ;
 
@@ -200,7 +201,7 @@ static const ExpansionCase variableCases[] = {
     {"TildeAfterVariable", "$ROOT~", "/r~", {}},
 };
 INSTANTIATE_TEST_SUITE_P(Table, ExpandVariables, testing::ValuesIn(variableCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 // Any byte but the six copies a tilde behind it (blank, tab and the other four are in the table of
 // home directories).
@@ -267,8 +268,7 @@ static const ExpansionCase homeCases[] = {
     {"UnknownUser", "$ROOT ~bob/x", "$ROOT ~bob/x", {unset("bob")}},
     {"UserNamesAreCaseSensitive", "~Ann", "~Ann", {unset("Ann")}},
 };
-INSTANTIATE_TEST_SUITE_P(Table, ExpandHome, testing::ValuesIn(homeCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, ExpandHome, testing::ValuesIn(homeCases), kxtest::nameOfRow);
 
 TEST(ExpandFilename, LeavesAHomeDirectoryAsItIs) {
     EXPECT_EQ(probe("~/a", "").out, "/a");

@@ -11,6 +11,7 @@
 #include "kxFile.h"
 #include "reference/abs2rel.h"
 #include "reference/path_names.h"
+#include "rows.h"
 
 namespace {
 
@@ -81,7 +82,6 @@ const ModelCase modelCases[] = {
     {"abs2Rel", kxFile::abs2Rel, reference::abs2Rel},
     {"rel2Abs", kxFile::rel2Abs, reference::rel2Abs},
 };
-INSTANTIATE_TEST_SUITE_P(All, PathModel, testing::ValuesIn(modelCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(All, PathModel, testing::ValuesIn(modelCases), kxtest::nameOfRow);
 
 }  // namespace

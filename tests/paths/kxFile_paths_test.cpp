@@ -18,6 +18,7 @@
 #include "kxLog.h"
 #include "kxtest.h"
 #include "reference/abs2rel.h"
+#include "rows.h"
 
 using namespace std::string_literals;
 
@@ -151,8 +152,7 @@ static const TextCase textCases[] = {
     {"ValidNameHighBytes", validFileName, ".\xC3\xBC:\xFF.", "\xC3\xBC\xFF"},
     {"ValidNameZeroByte", validFileName, "a\0:b\0"s, "a\0b\0"s},
 };
-INSTANTIATE_TEST_SUITE_P(Table, PathText, testing::ValuesIn(textCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, PathText, testing::ValuesIn(textCases), kxtest::nameOfRow);
 
 TEST(MakeValidFileName, RemovesNineCharactersAndNoOther) {
     const std::string reserved = "<>:\"/\\|?*";
@@ -230,8 +230,7 @@ static const SuffixCase suffixCases[] = {
     {"ZeroByteDoesNotEndPath", "a.osb\0x"s, "osb", false},
     {"ZeroByteDoesNotEndExtension", "a.osb", "osb\0"s, false},
 };
-INSTANTIATE_TEST_SUITE_P(Table, HasExtension, testing::ValuesIn(suffixCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, HasExtension, testing::ValuesIn(suffixCases), kxtest::nameOfRow);
 
 TEST(IsRelative, LooksAtTheFirstCharacterOnly) {
     EXPECT_FALSE(kxFile::isRelative(""));
@@ -361,8 +360,7 @@ static const PairCase pairCases[] = {
     {"AbsoluteHighBytes", rel2Abs, "/\xFF", "\xC3\xBC", "/\xFF/\xC3\xBC"},
     {"AbsoluteZeroBytes", rel2Abs, "/a\0"s, "\0b"s, "/a\0/\0b"s},
 };
-INSTANTIATE_TEST_SUITE_P(Table, PathPair, testing::ValuesIn(pairCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, PathPair, testing::ValuesIn(pairCases), kxtest::nameOfRow);
 
 // --- abs2Rel and rel2Abs at their limits ---------------------------------------------------------
 

@@ -21,7 +21,7 @@
 #include <string>
 #include <vector>
 
-#include "file_support.h"
+#include "child.h"
 #include "kxtest.h"
 
 namespace {

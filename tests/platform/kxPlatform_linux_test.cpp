@@ -19,7 +19,7 @@
 #include <iterator>
 #include <string>
 
-#include "file_support.h"
+#include "child.h"
 #include "kxPlatform.h"
 #include "kxtest.h"
 

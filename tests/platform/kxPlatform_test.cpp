@@ -16,10 +16,11 @@
 #include <string>
 #include <vector>
 
+#include "child.h"
 #include "emulator.h"
-#include "file_support.h"
 #include "kxLog.h"
 #include "kxtest.h"
+#include "rows.h"
 
 namespace fs = std::filesystem;
 
@@ -532,8 +533,7 @@ TEST_P(UninitializedPlatform, AnswersWithoutABaseDirectoryAndSaysSo) {
     EXPECT_EQ(probe(c.words, times(c.reports, notInitialized)), c.out);
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, UninitializedPlatform, testing::ValuesIn(reads),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, UninitializedPlatform, testing::ValuesIn(reads), kxtest::nameOfRow);
 
 TEST(PlatformProcess, InitFromRootLeavesTheRestEmpty) {
     const kxtest::TempDir dir;

@@ -9,12 +9,14 @@
 
 #include "kxFile.h"
 #include "kxutils_tool.h"
+#include "reference/checksum_footer.h"
+
+using reference::checksumMark;
 
 namespace {
 
-const std::string mark("\0TALOCRC", 8);
-const std::string data = "123456789", stamped = data + mark + "CBF43926";
-const std::string damaged = "123456780" + mark + "CBF43926";
+const std::string data = "123456789", stamped = data + checksumMark + "CBF43926";
+const std::string damaged = "123456780" + checksumMark + "CBF43926";
 
 }  // namespace
 
@@ -181,7 +183,7 @@ TEST_F(Tool, StampAppendsAFooter) {
     expectRun(run({"stamp", "f", "a\nb"}), 0, "stamped  CBF43926  f\n\\stamped  00000000  a\\nb\n",
               "");
     EXPECT_EQ(kxtest::slurp(dir.file("f")), stamped);
-    EXPECT_EQ(kxtest::slurp(dir.file("a\nb")), mark + "00000000");
+    EXPECT_EQ(kxtest::slurp(dir.file("a\nb")), checksumMark + "00000000");
     EXPECT_EQ(run({"verify", "--strict", "f", "a\nb"}).exitCode, 0);
 }
 
@@ -249,7 +251,7 @@ TEST_F(Tool, StampLeavesNoPartOfAFooter) {
 // --- inspect -------------------------------------------------------------------------------------
 
 TEST_F(Tool, InspectShowsWhereTheFootersStand) {
-    dir.write("meta", "HEAD" + data + mark + "CBF43926xyTALOMETA00000012");
+    dir.write("meta", "HEAD" + data + checksumMark + "CBF43926xyTALOMETA00000012");
     dir.write("plain", data);
     const std::string id = kxFile::getFileID(dir.file("meta"));
     expectRun(run({"inspect", "--offset", "4", "meta", "plain"}), 0,

@@ -2,12 +2,10 @@
 // SPDX-License-Identifier: MIT
 
 // Base64, CRC-32 and shader blocks on the command line.
-#include <cstdio>
-
 #include "kxUtils.h"
 #include "kxutils_tool.h"
 #include "reference/base64_reference.h"
-#include "reference/crc32_bitwise.h"
+#include "reference/checksum_footer.h"
 
 namespace {
 
@@ -16,12 +14,6 @@ std::string manyBytes() {
     std::string bytes;
     for (unsigned i = 0; bytes.size() < 300001; ++i) bytes += static_cast<char>(i * i >> 3 & 0xFF);
     return bytes;
-}
-
-std::string digits(std::uint32_t crc) {
-    char text[9];
-    std::snprintf(text, sizeof text, "%08X", crc);
-    return text;
 }
 
 std::string wrapped(const std::string& text, std::size_t width) {
@@ -115,7 +107,7 @@ TEST_F(Tool, CrcWritesALinePerFileInTheirOrder) {
 TEST_F(Tool, CrcMethodsAgreeOnManyBlocks) {
     const std::string bytes = manyBytes();
     dir.write("f", bytes);
-    const std::string line = digits(reference::crc32Bitwise(bytes)) + "  f\n";
+    const std::string line = reference::crc32Digits(bytes) + "  f\n";
     for (const char* method : {"bitwise", "halfbyte", "1byte", "4bytes", "8bytes", "all"})
         expectRun(run({"crc", "--method", method, "f"}), 0, line, "");
     EXPECT_EQ(document({"crc", "--method", "all", "f"}, 0)["items"][0]["methods"].size(), 5U);

@@ -10,6 +10,7 @@
 #include "file_limit.h"
 #include "kxFont.h"
 #include "kxutils_tool.h"
+#include "rows.h"
 
 namespace {
 
@@ -193,8 +194,7 @@ static const Standing standingFiles[] = {
     {"HtmlPage", "html", "<html><body>mine</body></html>\n", false},
     {"HtmlText", "html", "2017-03-01 14:05:09 INFO 100 old\n", false},
 };
-INSTANTIATE_TEST_SUITE_P(Table, LogOntoFile, testing::ValuesIn(standingFiles),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, LogOntoFile, testing::ValuesIn(standingFiles), kxtest::nameOfRow);
 
 TEST_F(Tool, LogSaysWhichFileIsNoLog) {
     dir.write("f", "mine");

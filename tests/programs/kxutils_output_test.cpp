@@ -8,6 +8,7 @@
 #include <algorithm>
 
 #include "kxutils_tool.h"
+#include "rows.h"
 
 namespace {
 
@@ -75,7 +76,7 @@ INSTANTIATE_TEST_SUITE_P(
                     Failing{"Unpack", R"("$K" shader unpack cut -o out)", 1},
                     Failing{"FileLimit", R"(ulimit -f 1; "$K" base64 large -o out)", 3},
                     Failing{"FileLimitOfPack", R"(ulimit -f 1; "$K" shader pack large -o out)", 3}),
-    [](const auto& test) { return std::string(test.param.name); });
+    kxtest::nameOfRow);
 
 TEST_F(Output, TheOldFileStandsUntilTheNewOneIsWhole) {
     dir.write("out", "old");

@@ -12,7 +12,7 @@
 
 #include "emulator.h"
 #include "kxutils_tool.h"
-#include "reference/crc32_bitwise.h"
+#include "reference/checksum_footer.h"
 
 namespace {
 
@@ -403,12 +403,10 @@ TEST_F(Faults, ProgressIsErasedBeforeResultsAndMessages) {
     dir.write("f", bytes);
     options.out = options.err = terminal.descriptor();
     runWithFault("clock", {"crc", "f", "missing"});
-    char digits[9];
-    std::snprintf(digits, sizeof digits, "%08X", reference::crc32Bitwise(bytes));
     EXPECT_EQ(terminal.text(),
               "\r\033[K192.0 KiB of 192.0 KiB, 320.0 KiB/s, 0 s left"
               "\r\033[K" +
-                  std::string(digits) +
+                  reference::crc32Digits(bytes) +
                   "  f\r\n"
                   "kxutils: missing: No such file or directory\r\n");
 }

@@ -5,11 +5,12 @@
 
 #include <algorithm>
 #include <cstdint>
-#include <cstdio>
 #include <ctime>
 #include <utility>
 
-#include "reference/crc32_bitwise.h"
+#include "reference/checksum_footer.h"
+
+using reference::crc32Digits;
 
 namespace {
 
@@ -32,14 +33,8 @@ std::string bytes(std::size_t count) {
 
 const std::string some = bytes(9000), few = "a few bytes\n";
 
-std::string digits(const std::string& content) {
-    char text[9];
-    std::snprintf(text, sizeof text, "%08X", reference::crc32Bitwise(content));
-    return text;
-}
-
 std::string stamped(const std::string& content) {
-    return content + std::string("\0TALOCRC", 8) + digits(content);
+    return content + reference::checksumFooter(content);
 }
 
 // A line of the log of today, in Greenwich.
@@ -89,7 +84,7 @@ const std::vector<Row> rows = {
     kxutils("CrcInput", {"crc"}).reading(some),
     kxutils("CrcAllJson", {"crc", "--method", "all", "--skip", "5", "in", "--json"}).with("in", some),
     kxutils("CrcCheck", {"crc", "-c", "list"}).with("in", some).with("few", few)
-        .with("list", digits(some) + "  in\n" + digits(few) + "  few\n"),
+        .with("list", crc32Digits(some) + "  in\n" + crc32Digits(few) + "  few\n"),
 
     kxutils("Dirs", {"dirs"}),
     kxutils("DirsJson", {"dirs", "--json"}),

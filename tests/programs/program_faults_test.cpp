@@ -34,6 +34,7 @@
 
 #include "kxtest.h"
 #include "program_faults_rows.h"
+#include "rows.h"
 #include "support/faults.h"
 
 namespace {
@@ -451,8 +452,6 @@ TEST_P(Kills, LeaveFilesWhole) {
     conclude("Kills");
 }
 
-std::string nameOf(const testing::TestParamInfo<Row>& test) { return test.param.name; }
-
 std::vector<Row> writingRows() {
     std::vector<Row> found;
     std::copy_if(rows.begin(), rows.end(), std::back_inserter(found),
@@ -460,8 +459,8 @@ std::vector<Row> writingRows() {
     return found;
 }
 
-INSTANTIATE_TEST_SUITE_P(Table, Allocations, testing::ValuesIn(rows), nameOf);
-INSTANTIATE_TEST_SUITE_P(Table, SystemCalls, testing::ValuesIn(rows), nameOf);
-INSTANTIATE_TEST_SUITE_P(Table, Kills, testing::ValuesIn(writingRows()), nameOf);
+INSTANTIATE_TEST_SUITE_P(Table, Allocations, testing::ValuesIn(rows), kxtest::nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Table, SystemCalls, testing::ValuesIn(rows), kxtest::nameOfRow);
+INSTANTIATE_TEST_SUITE_P(Table, Kills, testing::ValuesIn(writingRows()), kxtest::nameOfRow);
 
 }  // namespace

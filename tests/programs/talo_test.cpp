@@ -17,7 +17,7 @@
 #include "file_limit.h"
 #include "kxCPUInfo.h"
 #include "kxtest.h"
-#include "reference/crc32_bitwise.h"
+#include "reference/checksum_footer.h"
 
 namespace {
 
@@ -59,19 +59,13 @@ std::string started(const std::string& tmp, const std::string& where = root) {
     return "Talo, installed in " + where + "\n" + processor() + "TALO_TMP_DIR = '" + tmp + "'\n";
 }
 
-std::string hex(std::uint32_t value) {
-    char digits[9];
-    std::snprintf(digits, sizeof digits, "%08X", value);
-    return digits;
-}
-
 // The checksum of a copy, and that of the copy after one byte of it was damaged.
 std::string findings(std::string content) {
-    std::string text = "  checksum   " + hex(reference::crc32Bitwise(content)) + "\n";
+    std::string text = "  checksum   " + reference::crc32Digits(content) + "\n";
     if (content.empty()) return text;
     char& middle = content[content.size() / 2];
     middle = static_cast<char>(~middle);
-    return text + "  damaged    " + hex(reference::crc32Bitwise(content)) + "\n";
+    return text + "  damaged    " + reference::crc32Digits(content) + "\n";
 }
 
 struct Report {

@@ -15,10 +15,12 @@
 #include <string>
 #include <type_traits>
 
+#include "bytes.h"
 #include "descriptors.h"
 #include "emulator.h"
 #include "kxtest.h"
 #include "reference/cached_input_model.h"
+#include "rows.h"
 
 namespace {
 
@@ -26,13 +28,6 @@ using std::ios_base;
 
 constexpr int endOfFile = std::char_traits<char>::eof();
 const ios_base::openmode neither{};
-
-std::string randomBytes(std::size_t n) {
-    std::mt19937 engine(20240501);
-    std::string bytes(n, '\0');
-    for (char& byte : bytes) byte = static_cast<char>(engine());
-    return bytes;
-}
 
 /// Bytes 0, 1, 2, ...
 std::string counted(int n) {
@@ -75,7 +70,7 @@ class CachedIfstreamBlock : public testing::TestWithParam<BlockCase> {};
 TEST_P(CachedIfstreamBlock, RefillsByTheBufferSize) {
     const BlockCase& c = GetParam();
     const kxtest::TempDir dir;
-    const std::string bytes = randomBytes(80000);
+    const std::string bytes = kxtest::someBytes(80000);
     cached_ifstream in(dir.write("f", bytes).c_str(), c.size);
     std::string read;
     for (long block = 1; block <= 2; ++block) {
@@ -92,18 +87,18 @@ static const BlockCase blockCases[] = {
     {"Page", 4096, 4096},  {"Large", 40000, 40000}, {"NarrowedToInt", 0x100000064, 100},
 };
 INSTANTIATE_TEST_SUITE_P(Table, CachedIfstreamBlock, testing::ValuesIn(blockCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 TEST(CachedIfstream, HasTheDefaultBufferWithoutASize) {
     const kxtest::TempDir dir;
-    cached_ifstream in(dir.write("f", randomBytes(40000)).c_str());
+    cached_ifstream in(dir.write("f", kxtest::someBytes(40000)).c_str());
     in.get();
     EXPECT_EQ(in.tellg(), 32768);
 }
 
 TEST(CachedIstreambuf, ReplacesSizeZeroByTheDefault) {
     const kxtest::TempDir dir;
-    cached_istreambuf buffer(0, dir.write("f", randomBytes(40000)).c_str());
+    cached_istreambuf buffer(0, dir.write("f", kxtest::someBytes(40000)).c_str());
     buffer.sgetc();
     EXPECT_EQ(buffer.in_avail(), 32768);
 }
@@ -302,7 +297,7 @@ static const SeekCase seekCases[] = {
     {"OutFailsAndKeeps", -1, ios_base::beg, ios_base::out, -1, 1},
 };
 INSTANTIATE_TEST_SUITE_P(Table, CachedIstreambufSeek, testing::ValuesIn(seekCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 struct PositionCase {
     const char* name;
@@ -331,7 +326,7 @@ static const PositionCase positionCases[] = {
     {"OutFailsAndKeeps", -2, ios_base::out, -1, 1},
 };
 INSTANTIATE_TEST_SUITE_P(Table, CachedIstreambufPosition, testing::ValuesIn(positionCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 TEST(CachedIstreambuf, PositionsGoBeyond32Bits) {
     constexpr long far = 5L << 30;
@@ -393,7 +388,7 @@ TEST_P(CachedIstreambufModel, AgreesOnRandomSequences) {
                                         neither};
 
     for (const long length : {0, 1, 99, 100, 4096, 32768, 32769, 100000, 1 << 20}) {
-        const std::string file = randomBytes(static_cast<std::size_t>(length));
+        const std::string file = kxtest::someBytes(static_cast<std::size_t>(length));
         cached_istreambuf buffer(size, dir.write("f", file).c_str());
         reference::CachedInput model(file, static_cast<std::size_t>(size));
         for (int step = 0; step < 1000; ++step) {

@@ -13,9 +13,11 @@
 #include <string>
 #include <type_traits>
 
+#include "bytes.h"
 #include "descriptors.h"
 #include "file_limit.h"
 #include "kxtest.h"
+#include "rows.h"
 
 namespace {
 
@@ -153,8 +155,7 @@ TEST(CachedOfstream, Has32KiBWithoutASizeAndNoneOfSize0) {
 TEST(CachedOfstream, WritesBytesUnchanged) {
     const kxtest::TempDir dir;
     const std::string file = dir.file("f");
-    std::string bytes = "a\r\nb\n\r\x1a\n";
-    for (int i = 0; i < 256; ++i) bytes += static_cast<char>(i);
+    const std::string bytes = "a\r\nb\n\r\x1a\n" + kxtest::everyByte();
     cached_ofstream out(file.c_str(), 100);
     out << bytes;
     out.put('\xff');
@@ -338,7 +339,7 @@ static const FailureCase failureCases[] = {
      }},
 };
 INSTANTIATE_TEST_SUITE_P(Table, CachedStreambufFull, testing::ValuesIn(failureCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 // close() tests validity before its own flush, so only an earlier flush shows in the state.
 TEST(CachedOfstreamFull, CloseReportsOnlyFailuresBeforeItsOwnFlush) {

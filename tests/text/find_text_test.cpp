@@ -9,6 +9,8 @@
 #include <string>
 #include <vector>
 
+#include "rows.h"
+
 using Find = std::size_t (*)(std::string_view, std::string_view, std::size_t);
 
 namespace {
@@ -174,4 +176,4 @@ TEST_P(FindText, TakesTimeInProportionToTheTexts) {
 INSTANTIATE_TEST_SUITE_P(Ways, FindText,
                          testing::Values(Search{"Text", kx::detail::findText},
                                          Search{"TwoWay", kx::detail::findTwoWay}),
-                         [](const auto& test) { return test.param.name; });
+                         kxtest::nameOfRow);

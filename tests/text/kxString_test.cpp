@@ -21,6 +21,7 @@
 #include "kxtest.h"
 #include "reference/classic_stream.h"
 #include "reference/digit_grouping.h"
+#include "rows.h"
 
 using reference::fromBits, reference::fromStream, reference::sameBits;
 using std::string_literals::operator""s;
@@ -104,8 +105,7 @@ static const DigitsCase digitsCases[] = {
     // Two digits end with "00" and 1 ("1002": resumes before the 2), also beside text.
     {"EndsBesideText", "12 x 3", "00", 1, "1002 x 3"},
 };
-INSTANTIATE_TEST_SUITE_P(Table, BeautifyDigits, testing::ValuesIn(digitsCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, BeautifyDigits, testing::ValuesIn(digitsCases), kxtest::nameOfRow);
 
 TEST(BeautifyDigits, NumberForm) {
     EXPECT_EQ(kxString::beautifyDigits(1234567U, ".", 3), "1.234.567");
@@ -283,8 +283,7 @@ static const FloatCase floatCases[] = {
     {"TieToEven", "16777217", 16777216},
     {"TieBrokenByALateDigit", "16777217." + zeros + "1", 16777218},
 };
-INSTANTIATE_TEST_SUITE_P(Table, ToFloat, testing::ValuesIn(floatCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+INSTANTIATE_TEST_SUITE_P(Table, ToFloat, testing::ValuesIn(floatCases), kxtest::nameOfRow);
 
 // --- setNum and lists ----------------------------------------------------------------------------
 
@@ -355,7 +354,7 @@ static const ListCase listCases[] = {
     {"PieceCutsALongExponent", "1e+99999", {largest}},
 };
 INSTANTIATE_TEST_SUITE_P(Table, GetValuesFromString, testing::ValuesIn(listCases),
-                         [](const auto& test) { return std::string(test.param.name); });
+                         kxtest::nameOfRow);
 
 // Deliberate: only a list in exponent notation comes back whole.
 TEST(GetValuesFromString, ReadsBackWhatWasWrittenWithExponents) {

@@ -8,9 +8,9 @@
 
 #include <boost/crc.hpp>
 #include <cstdint>
-#include <random>
 #include <string>
 
+#include "bytes.h"
 #include "guarded.h"
 
 namespace kxtest {
@@ -21,13 +21,6 @@ inline std::uint32_t boostCrc(const std::string& bytes) {
     boost::crc_32_type crc;
     crc.process_bytes(bytes.data(), bytes.size());
     return crc.checksum();
-}
-
-inline std::string randomBytes(std::size_t n) {
-    std::mt19937 random(5);
-    std::string bytes;
-    while (bytes.size() < n) bytes += static_cast<char>(random() & 0xFF);
-    return bytes;
 }
 
 /// `function` gives the same for `bytes` just before a guard page and, behind one, at any offset.

@@ -9,18 +9,13 @@
 #include <random>
 #include <string>
 
+#include "bytes.h"
 #include "guarded.h"
 #include "reference/base64_reference.h"
 
 namespace kxtest {
 
 inline constexpr char canary = '\x5a';
-
-inline std::string randomBytes(std::mt19937& random, std::size_t n) {
-    std::string bytes;
-    while (bytes.size() < n) bytes += static_cast<char>(random() & 0xFF);
-    return bytes;
-}
 
 /// A text in which one of `oneIn` characters is "=" and one is of any kind.
 inline std::string randomText(std::mt19937& random, std::size_t n, unsigned int oneIn) {

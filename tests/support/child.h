@@ -1,12 +1,10 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Helpers for tests of file functions: sparse files, and work done as an ordinary user.
+// Work that a test does in a child process, so that nothing of it stays in the test's own.
 #pragma once
 
-#include <fcntl.h>
 #include <grp.h>
-#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -20,25 +18,6 @@
 #include "kxtest.h"
 
 namespace kxtest {
-
-/// Pseudo-random bytes, the same at every call.
-inline std::string someBytes(std::size_t count) {
-    std::string bytes(count, '\0');
-    unsigned state = 1;
-    for (char& c : bytes) {
-        state = state * 1664525U + 1013904223U;
-        c = static_cast<char>(state >> 24);
-    }
-    return bytes;
-}
-
-/// Writes `bytes` at a position of a file, leaving a hole before it. False where the disk cannot.
-inline bool writeAt(const std::string& path, off_t position, const std::string& bytes) {
-    const int file = open(path.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC, 0666);
-    if (file < 0) return false;
-    const ssize_t written = pwrite(file, bytes.data(), bytes.size(), position);
-    return close(file) == 0 && written == static_cast<ssize_t>(bytes.size());
-}
 
 /// Runs `work` in a child process, which may change what it likes of itself, and returns the
 /// child's answer.
@@ -73,7 +52,7 @@ inline std::string inChild(const std::function<std::string()>& work) {
     return answer;
 }
 
-/// The same, where the child is not the super-user, to whom the system would refuse nothing.
+/// As inChild(), where the child is not the super-user, to whom the system refuses nothing.
 inline std::string asOrdinaryUser(const std::function<std::string()>& work) {
     return inChild([&]() -> std::string {
         constexpr unsigned nobody = 65534;

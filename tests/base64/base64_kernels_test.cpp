@@ -6,6 +6,7 @@
 #include "base64_checks.h"
 #include "detail/base64/decoder.h"
 #include "detail/base64/kernel.h"
+#include "kernels.h"
 #include "rows.h"
 
 using kx::detail::Base64Decoder;
@@ -23,11 +24,8 @@ static void PrintTo(const Base64Kernel& kernel, std::ostream* os) { *os << kerne
 
 static const auto kernels = kx::detail::base64Kernels();
 
-class Base64Kernels : public testing::TestWithParam<Base64Kernel> {
+class Base64Kernels : public kxtest::KernelTest<Base64Kernel> {
 protected:
-    void SetUp() override {
-        if (!GetParam().usable()) GTEST_SKIP() << "this processor has no such instructions";
-    }
     unsigned int pick(unsigned int below) {
         return std::uniform_int_distribution<unsigned int>(0, below - 1)(_random);
     }
@@ -97,11 +95,11 @@ TEST_P(Base64KernelsDecode, AnyByteAtEveryPosition) {
 
 TEST_P(Base64KernelsDecode, EachByteIsInTheAlphabetOrSkipped) {
     const std::string clean = encodeBase64(randomBytes(_random, 240));
-    for (int byte = 0; byte < 256; ++byte) {
+    for (const char byte : kxtest::everyByte()) {
         std::string text = clean;
-        text[100] = static_cast<char>(byte);
+        text[100] = byte;
         ASSERT_NO_FATAL_FAILURE(expectDecoded(text));
-        ASSERT_NO_FATAL_FAILURE(expectDecoded(std::string(32, static_cast<char>(byte)) + clean));
+        ASSERT_NO_FATAL_FAILURE(expectDecoded(std::string(32, byte) + clean));
     }
 }
 
@@ -203,11 +201,5 @@ INSTANTIATE_TEST_SUITE_P(Kernel, Base64KernelsDecode,
                          testing::ValuesIn(kernels.begin(), kernels.end()), kxtest::nameOfRow);
 
 TEST(Base64KernelTable, EndsWithThePortableOneAndChoosesTheFirstUsable) {
-    ASSERT_STREQ((kernels.end() - 1)->name, "portable");
-    EXPECT_TRUE((kernels.end() - 1)->usable());
-    for (const Base64Kernel& kernel : kernels) {
-        if (!kernel.usable()) continue;
-        EXPECT_STREQ(kernels.fastest().name, kernel.name);
-        break;
-    }
+    kxtest::expectPortableOneLastAndFirstUsableChosen(kernels);
 }

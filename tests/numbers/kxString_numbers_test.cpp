@@ -14,6 +14,7 @@
 #include <stdexcept>
 #include <vector>
 
+#include "bytes.h"
 #include "kxString.h"
 #include "reference/classic_stream.h"
 
@@ -259,9 +260,9 @@ TEST(NumberLists, ReadAsPiecesWithAnyByteInAnyPlace) {
     for (const std::string& second :
          {"7.654321e+10"s, "-7.654321e-10"s, "2.5e+01"s, "1.23456789e-02"s})
         for (std::size_t at = 0; at <= second.size(); ++at)
-            for (int byte = 0; byte < 256; ++byte) {
+            for (const char byte : kxtest::everyByte()) {
                 std::string damaged = second + ' ';
-                damaged[at] = static_cast<char>(byte);
+                damaged[at] = byte;
                 const std::string text = second + ' ' + damaged + second + "  " + second + " 1 ";
                 ASSERT_EQ(kxString::getValuesFromString(text), readPieces(text)) << text;
             }

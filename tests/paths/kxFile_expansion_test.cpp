@@ -13,6 +13,7 @@
 #include <thread>
 #include <vector>
 
+#include "bytes.h"
 #include "kxFile.h"
 #include "kxLog.h"
 #include "kxtest.h"
@@ -206,8 +207,7 @@ INSTANTIATE_TEST_SUITE_P(Table, ExpandVariables, testing::ValuesIn(variableCases
 // Any byte but the six copies a tilde behind it (blank, tab and the other four are in the table of
 // home directories).
 TEST(ExpandFilename, CopiesATildeInsideAWord) {
-    for (int value = 0; value < 256; ++value) {
-        const char c = static_cast<char>(value);
+    for (const char c : kxtest::everyByte()) {
         if ("\t ;<>|$~"s.find(c) != std::string::npos) continue;
         expectExpansion(c + "~"s, c + "~"s, {});
     }

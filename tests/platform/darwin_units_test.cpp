@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 // The units for macOS, compiled and run on any system with a stand-in for what they call there.
+#include <fcntl.h>
 #include <gtest/gtest.h>
 #include <mach-o/dyld.h>
 #include <sys/resource.h>

@@ -1,9 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What entering a directory would do, compared with doing it, in processes that may go where they
-// like.
+#include "detail/platform/browser.h"
 #include "detail/platform/entered_directory.h"
+#include "detail/platform/executable_path.h"
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
@@ -15,6 +15,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <optional>
 #include <random>
@@ -23,6 +24,10 @@
 
 #include "child.h"
 #include "kxtest.h"
+
+// --- Entering a directory -----------------------------------------------------------------------
+// What entering a directory would do, compared with doing it, in processes that may go where they
+// like.
 
 namespace {
 
@@ -269,4 +274,23 @@ TEST(EnteredDirectory, MayBeCalledDeleted) {
                   [] { return text(directoryAfterEntering("below (deleted)", maxLength)); }),
               '"' + path + '"');
     chmod(dir.file("closed").c_str(), 0755);
+}
+
+// --- Programs -----------------------------------------------------------------------------------
+
+TEST(ExecutablePath, IsThatOfTheRunningProgram) {
+    const std::filesystem::path path = kx::detail::executablePath();
+    EXPECT_EQ(path.stem(), "platform_internal_test");  // an emulator's program has an extension
+    // Read, not followed: that would lead to the emulator.
+    EXPECT_TRUE(std::filesystem::equivalent(path, std::filesystem::read_symlink("/proc/self/exe")));
+}
+
+// A shell that is started without PATH has one of its own: so the commands of the machine count.
+TEST(Browser, IsWhatTheShellFindsWithoutPath) {
+    const auto shell = kxtest::run({"/bin/sh", "-c",
+                                    "o=$(command -v open) && "
+                                    "! [ \"$o\" -ef \"$(command -v xdg-open)\" ] && "
+                                    "! [ \"$o\" -ef \"$(command -v run-mailcap)\" ]"});
+    const kxtest::ScopedEnv path("PATH", nullptr);
+    EXPECT_EQ(kx::detail::browserCommand(), shell.exitCode == 0 ? "open -a Safari " : "xdg-open ");
 }

@@ -2,8 +2,14 @@
 // SPDX-License-Identifier: MIT
 
 #include "detail/files/footer.h"
+#include "detail/files/same_file.h"
+#include "detail/files/temporary_name.h"
 
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cstdint>
+#include <string>
 
 #include "bytes.h"
 #include "kxtest.h"
@@ -11,8 +17,10 @@
 
 using Info = kxFile::ChecksumInfo;
 using State = Info::State;
-
+using kx::detail::nextFreeName;
 using reference::checksumMark;
+
+// --- Footers ------------------------------------------------------------------------------------
 
 namespace {
 
@@ -78,4 +86,50 @@ TEST(Crc32Of, ReadsAtMostTheLengthFromTheFilesPosition) {
         EXPECT_EQ(kx::detail::crc32Of(file, 1, maxBlock), 0U);
         std::fclose(file);
     }
+}
+
+// --- Names of temporary files -------------------------------------------------------------------
+
+TEST(NextFreeName, GoesOnWithNegativeNumbers) {
+    const kxtest::TempDir dir;
+    std::uint32_t count = 2147483646;
+    EXPECT_EQ(nextFreeName(dir.path(), "n", count), "n2147483646");
+    EXPECT_EQ(nextFreeName(dir.path(), "n", count), "n2147483647");
+    EXPECT_EQ(nextFreeName(dir.path(), "n", count), "n-2147483648");
+    EXPECT_EQ(nextFreeName(dir.path(), "n", count), "n-2147483647");
+    count = 0xFFFFFFFF;
+    EXPECT_EQ(nextFreeName(dir.path(), "n", count), "n-1");
+    EXPECT_EQ(nextFreeName(dir.path(), "n", count), "n0");
+    EXPECT_EQ(count, 1U);
+}
+
+TEST(NextFreeName, PassesOverWhatExists) {
+    const kxtest::TempDir dir;
+    dir.write("n2147483647", "");
+    dir.makeDir("n-2147483648");
+    std::uint32_t count = 2147483647;
+    EXPECT_EQ(nextFreeName(dir.path(), "n", count), "n-2147483647");
+    EXPECT_EQ(count, 2147483650U);
+}
+
+TEST(NextFreeName, TakesNoNumberForAnEmptyArgument) {
+    std::uint32_t count = 5;
+    EXPECT_EQ(nextFreeName("", "n", count), "");
+    EXPECT_EQ(nextFreeName("/", "", count), "");
+    EXPECT_EQ(count, 5U);
+}
+
+// --- Which file it is ---------------------------------------------------------------------------
+
+TEST(SameFile, HasTheSameNumberOnTheSameDevice) {
+    struct stat file {
+    }, other{};
+    file.st_dev = other.st_dev = 1;
+    file.st_ino = other.st_ino = 2;
+    EXPECT_TRUE(kx::detail::isSameFile(file, other));
+    other.st_dev = 2;
+    EXPECT_FALSE(kx::detail::isSameFile(file, other));
+    other.st_dev = 1;
+    other.st_ino = 1;
+    EXPECT_FALSE(kx::detail::isSameFile(file, other));
 }

@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "detail/crc/boost_lanes.h"
+#include "detail/crc/kernel.h"
 
 #include <gtest/gtest.h>
 
@@ -11,9 +12,15 @@
 
 #include "crc32_checks.h"
 #include "guarded.h"
+#include "kernels.h"
+#include "rows.h"
 
 using kx::detail::BoostCrc32;
+using kx::detail::Crc32Kernel;
 using kx::detail::processBytesInLanes;
+using kxtest::boostCrc;
+
+// --- Lanes of Boost's CRC-32 --------------------------------------------------------------------
 
 namespace {
 
@@ -82,4 +89,41 @@ TEST(BoostCrcLanes, ReadsNothingElse) {
         const std::string bytes = all.substr(0, n);
         kxtest::expectEverywhere(inLanes, bytes, 0, kxtest::boostCrc(bytes));
     }
+}
+
+// --- Kernels of CRC-32 --------------------------------------------------------------------------
+
+namespace kx::detail {
+static void PrintTo(const Crc32Kernel& kernel, std::ostream* os) { *os << kernel.name; }
+}  // namespace kx::detail
+
+static const auto kernels = kx::detail::crc32Kernels();
+
+class Crc32Kernels : public kxtest::KernelTest<Crc32Kernel> {};
+
+TEST_P(Crc32Kernels, EveryLengthAtEveryOffsetReadsNothingElse) {
+    const std::string all = kxtest::someBytes(300);
+    for (std::size_t n = 0; n <= all.size(); ++n)
+        ASSERT_NO_FATAL_FAILURE(kxtest::expectEverywhere(GetParam().calc, all.substr(0, n), 0,
+                                                         boostCrc(all.substr(0, n))));
+}
+
+TEST_P(Crc32Kernels, ContinuesFromAnyValueAtEveryLength) {
+    const std::string head = "previous", all = kxtest::someBytes(700);
+    for (std::size_t n = 0; n <= all.size(); ++n)
+        ASSERT_EQ(GetParam().calc(all.data(), n, boostCrc(head)), boostCrc(head + all.substr(0, n)))
+            << n;
+}
+
+TEST_P(Crc32Kernels, LongInputs) {
+    const std::string all = kxtest::someBytes(100003);
+    for (const std::size_t n : {1000UL, 1024UL, 4095UL, 4096UL, 65536UL, 100003UL})
+        EXPECT_EQ(GetParam().calc(all.data(), n, 0), boostCrc(all.substr(0, n))) << n;
+}
+
+INSTANTIATE_TEST_SUITE_P(Kernel, Crc32Kernels, testing::ValuesIn(kernels.begin(), kernels.end()),
+                         kxtest::nameOfRow);
+
+TEST(Crc32KernelTable, EndsWithThePortableOneAndChoosesTheFirstUsable) {
+    kxtest::expectPortableOneLastAndFirstUsableChosen(kernels);
 }

@@ -1,25 +1,37 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// That the fast way is taken: where it gives up, the classes have the right answer all the same,
-// but late.
 #include "detail/numbers/read.h"
+#include "detail/numbers/truncate.h"
 #include "detail/numbers/write.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <cstdint>
 #include <cstdio>
 #include <limits>
+#include <ostream>
 #include <random>
 #include <regex>
 #include <string>
 
+#if defined(__x86_64__)
+#include <emmintrin.h>
+#endif
+
+#include "bytes.h"
 #include "reference/classic_stream.h"
+#include "rows.h"
 
 using kx::detail::Decimal;
+using kx::detail::truncateToInt32;
 using reference::fromBits, reference::fromStream, reference::sameBits, reference::toStream;
 using std::string_literals::operator""s;
+
+// --- Decimal text -------------------------------------------------------------------------------
+// That the fast way is taken: where it gives up, the classes have the right answer all the same,
+// but late.
 
 namespace {
 
@@ -90,7 +102,7 @@ bool isHalf(float value) {
 
 }  // namespace
 
-// --- To the nearest float ------------------------------------------------------------------------
+// --- To the nearest float -----------------------------------------------------------------------
 
 TEST(DecimalToFloat, IsFastForRandomNumbers) {
     std::mt19937_64 random(5);
@@ -147,7 +159,7 @@ TEST(DecimalToDouble, IsFastWhereDigitsAndPowerAreExact) {
     EXPECT_FALSE(isFast<double>(decimal(1, -23)));
 }
 
-// --- Reading -------------------------------------------------------------------------------------
+// --- Reading ------------------------------------------------------------------------------------
 
 TEST(DecimalReading, TakesOneToEighteenDigits) {
     for (std::size_t before = 0; before <= 20; ++before)
@@ -237,9 +249,9 @@ TEST(DecimalReading, ScientificTextIsWhatThePatternTakes) {
                 const std::string text =
                     sign + "9.01234567"s.substr(0, 2 + static_cast<std::size_t>(decimals)) + power;
                 for (std::size_t place = 0; place <= text.size(); ++place)
-                    for (int byte = 0; byte < 256; ++byte) {
+                    for (const char byte : kxtest::everyByte()) {
                         std::string changed = text + ' ' + std::string(16, '3');
-                        changed[place] = static_cast<char>(byte);
+                        changed[place] = byte;
                         Decimal number;
                         const std::ptrdiff_t e = scientific(changed, decimals, number);
                         std::smatch parts;
@@ -263,7 +275,7 @@ TEST(DecimalReading, ScientificTextHasSixteenCharactersBehindIt) {
     EXPECT_EQ(scientific(text.substr(0, 15), 3, number), -1);
 }
 
-// --- Writing -------------------------------------------------------------------------------------
+// --- Writing ------------------------------------------------------------------------------------
 
 TEST(DecimalWriting, IsFastForRandomFloatsAndStaysInItsPlace) {
     std::mt19937 random(23);
@@ -289,3 +301,56 @@ TEST(DecimalWriting, IsFastForHalvesWithAnExactPowerOfTen) {
         EXPECT_EQ(written(half), toStream(half));
     EXPECT_EQ(written(1234565.0F), "slow");  // 10^-1 is not exact
 }
+
+// --- Truncation ---------------------------------------------------------------------------------
+
+namespace {
+
+constexpr std::int32_t smallest = std::numeric_limits<std::int32_t>::min();
+constexpr std::int32_t largest = std::numeric_limits<std::int32_t>::max();
+
+struct TruncateCase {
+    const char* name;
+    double value;
+    std::int32_t result;
+};
+void PrintTo(const TruncateCase& c, std::ostream* os) { *os << c.name; }
+
+const TruncateCase truncateCases[] = {
+    {"Zero", 0.0, 0},
+    {"MinusZero", -0.0, 0},
+    {"BelowOne", 0.999999, 0},
+    {"AboveMinusOne", -0.999999, 0},
+    {"TowardsZero", 27.5, 27},
+    {"NegativeTowardsZero", -27.5, -27},
+    {"Largest", 2147483647.0, largest},
+    {"LargestAndAHalf", 2147483647.5, largest},
+    {"JustBelowTheUpperLimit", std::nextafter(2147483648.0, 0.0), largest},
+    {"UpperLimit", 2147483648.0, smallest},
+    {"Smallest", -2147483648.0, smallest},
+    {"SmallestPlusAHalf", -2147483647.5, smallest + 1},
+    {"SmallestMinusAHalf", -2147483648.5, smallest},
+    {"LowerLimit", -2147483649.0, smallest},
+    {"FarAbove", 3.3e23, smallest},
+    {"FarBelow", -3.3e23, smallest},
+    {"Infinity", std::numeric_limits<double>::infinity(), smallest},
+    {"MinusInfinity", -std::numeric_limits<double>::infinity(), smallest},
+    {"NotANumber", std::numeric_limits<double>::quiet_NaN(), smallest},
+};
+
+class TruncateToInt32 : public testing::TestWithParam<TruncateCase> {};
+
+}  // namespace
+
+TEST_P(TruncateToInt32, MatchesTable) {
+    const TruncateCase& c = GetParam();
+    EXPECT_EQ(truncateToInt32(c.value), c.result);
+#if defined(__x86_64__)
+    EXPECT_EQ(_mm_cvttsd_si32(_mm_set_sd(c.value)), c.result) << "the processor's own conversion";
+#endif
+}
+
+INSTANTIATE_TEST_SUITE_P(Table, TruncateToInt32, testing::ValuesIn(truncateCases),
+                         kxtest::nameOfRow);
+
+static_assert(truncateToInt32(-1.5) == -1 && truncateToInt32(1e10) == smallest, "constant too");

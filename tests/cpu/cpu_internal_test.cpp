@@ -2,6 +2,7 @@
 // SPDX-License-Identifier: MIT
 
 #include "detail/cpu/cpuid.h"
+#include "detail/cpu/kernel_table.h"
 
 #include <gtest/gtest.h>
 
@@ -61,7 +62,7 @@ constexpr std::uint32_t fusedMultiplyAdd = bit(12), movbe = bit(22), osxsave = b
 
 }  // namespace
 
-// --- Which queries are made, and in which order --------------------------------------------------
+// --- Which queries are made, and in which order -------------------------------------------------
 
 namespace {
 
@@ -115,7 +116,7 @@ TEST(CpuidWalkBound, NonsenseAnswersEndAndAreDecodedAllTheSame) {
     EXPECT_EQ(cpu.queries.back(), Query(4, 256));
 }
 
-// --- Every bit of every register -----------------------------------------------------------------
+// --- Every bit of every register ----------------------------------------------------------------
 
 namespace {
 
@@ -287,7 +288,7 @@ TEST(CpuidFields, BeforeAnyQueryRegistersAreAllOnesAndTheRestIsZero) {
     EXPECT_FALSE(fields.avx512);
 }
 
-// --- What the highest leaves keep from being read ------------------------------------------------
+// --- What the highest leaves keep from being read -----------------------------------------------
 
 TEST(CpuidHighestLeaf, FillsItsOwnFieldsOnly) {
     const CpuidRegisters ones{~0U, ~0U, ~0U, ~0U};
@@ -337,7 +338,7 @@ TEST(CpuidHighestLeaf, DoesNotKeepLeaf4FromBeingRead) {
     }
 }
 
-// --- AVX2 and AVX-512 ----------------------------------------------------------------------------
+// --- AVX2 and AVX-512 ---------------------------------------------------------------------------
 
 namespace {
 
@@ -378,7 +379,7 @@ TEST_P(CpuidAvx, FollowsTheBits) {
 }
 INSTANTIATE_TEST_SUITE_P(Table, CpuidAvx, testing::ValuesIn(avxCases), kxtest::nameOfRow);
 
-// --- Caches of leaf 4 ----------------------------------------------------------------------------
+// --- Caches of leaf 4 ---------------------------------------------------------------------------
 
 TEST(CpuidCaches, NoneDescribedLeavesAllFieldsAlone) {
     FakeCpu cpu(4, 0);
@@ -427,7 +428,7 @@ TEST(CpuidCaches, AnyOfBits4To7DescribesOne) {
     }
 }
 
-// --- Two real processors, as their makers document the encoding ----------------------------------
+// --- Two real processors, as their makers document the encoding ---------------------------------
 
 TEST(CpuidExample, IntelDesktop) {
     FakeCpu cpu(0x16, 0x80000008);
@@ -475,4 +476,19 @@ TEST(CpuidExample, AmdServer) {
     EXPECT_EQ(f.cores, 0);  // leaf 4 is reserved here
     EXPECT_TRUE(f.avx2);
     EXPECT_TRUE(f.avx512);
+}
+
+// --- The table of kernels -----------------------------------------------------------------------
+
+TEST(KernelTable, FastestIsTheFirstUsable) {
+    struct Kernel {
+        bool (*usable)();
+        int number;
+    };
+    const auto yes = [] { return true; };
+    const auto no = [] { return false; };
+    using Table = kx::detail::KernelTable<Kernel>;
+    EXPECT_EQ((Table{{{{no, 1}, {yes, 2}, {yes, 3}}}, 3}.fastest().number), 2);
+    EXPECT_EQ((Table{{{{no, 1}, {no, 2}, {yes, 3}}}, 3}.fastest().number), 3);
+    EXPECT_EQ((Table{{{{yes, 1}, {}, {}}}, 1}.fastest().number), 1);
 }

@@ -1,10 +1,12 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
+#include "detail/text/byte_search.h"
 #include "detail/text/find.h"
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <random>
 #include <string>
 #include <vector>
@@ -177,3 +179,21 @@ INSTANTIATE_TEST_SUITE_P(Ways, FindText,
                          testing::Values(Search{"Text", kx::detail::findText},
                                          Search{"TwoWay", kx::detail::findTwoWay}),
                          kxtest::nameOfRow);
+
+// --- Counting -----------------------------------------------------------------------------------
+
+// In blocks of sixteen, and each place of a block in a counter of its own that holds up to 127.
+TEST(CountByte, EqualsTheStandardLibrary) {
+    std::string text;
+    for (const std::size_t size :
+         {0UL, 1UL, 15UL, 16UL, 17UL, 33UL, 2031UL, 2032UL, 2033UL, 2048UL, 5000UL}) {
+        for (const char value : {'a', '\0', '\xFF'}) {
+            text.assign(size, value);
+            EXPECT_EQ(kx::detail::countByte(text, value), size);
+            for (std::size_t i = 0; i < size; i += 3) text[i] = 'b';
+            EXPECT_EQ(kx::detail::countByte(text, value),
+                      static_cast<std::size_t>(std::count(text.begin(), text.end(), value)))
+                << size;
+        }
+    }
+}

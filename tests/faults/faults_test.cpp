@@ -1,10 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// Every step of every operation fails once, alone and with all that follow: each allocation, and
-// each call of the operating system in the ways in which it can fail. What the operation promises
-// for that case holds then, no memory, descriptor or child process is left behind, and the log can
-// still be used.
+// Each step of each operation fails once, alone and with all later ones: README.md says what must
+// hold then, and how to repeat one failure.
 #include <gtest/gtest.h>
 #include <sys/wait.h>
 

@@ -1,8 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The operations whose steps are made to fail, one row each: what is there before, what is done,
-// and what is promised for a failure.
+// The operations whose steps are made to fail, one row each. README.md says how to add one.
 #pragma once
 
 #include <gtest/gtest.h>

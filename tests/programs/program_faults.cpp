@@ -2,10 +2,9 @@
 // SPDX-License-Identifier: MIT
 
 // Preloaded into a program: makes one step fail that the program takes from main() on, to its last
-// system call. KXTEST_FAULT says which, and how: KIND STEP VARIANT ONWARD, where KIND is 1 for an
-// allocation, 2 for a system call and 3 for a kill before a system call, and ONWARD is 0 or 1.
-// KXTEST_PLAN names a file, which then shows the plan as it was left. A program that has not ended
-// after half a minute is ended by SIGALRM.
+// system call. KXTEST_FAULT says which, and how, by the four numbers that tests/faults/README.md
+// explains. KXTEST_PLAN names a file, which then shows the plan as it was left. A program that has
+// not ended after half a minute is ended by SIGALRM.
 #include <dlfcn.h>
 #include <fcntl.h>
 #include <pthread.h>

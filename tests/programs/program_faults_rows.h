@@ -1,9 +1,8 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The command lines of which each step fails once, in program_faults_test.cpp. A row is added to
-// the table in program_faults_rows.cpp: a name (letters and digits), the command line, the files
-// that are there before each run, and what it promises beyond what all of them do.
+// The command lines whose steps are made to fail by program_faults_test.cpp. tests/faults/README.md
+// says how to add one.
 #pragma once
 
 #include <initializer_list>

@@ -1,24 +1,9 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The programs under faults: each step of each command line of program_faults_rows.cpp fails once,
-// an allocation or a system call, alone and with all that follow; and the program is killed before
-// each system call. program_faults.cpp, preloaded into the program, makes that happen.
-//
-// However a run goes, the program neither crashes nor hangs. It ends as it does without the fault,
-// with the same output and the same files; or it owns up: another exit code, which the row allows,
-// with a word on standard error (or in its document), no wrong line among its results, no file left
-// behind, and the files that the row names whole.
-//
-// Of the allocations, of which there are thousands, and of the system calls that are made again and
-// again, a run of the tests tries some: with KX_FAULTS_FULL=1 all of them. A failing run is named
-// by four numbers (program_faults.cpp says what they mean), and is repeated alone, and shown, by
-//
-//     KX_FAULTS_ONLY='2 17 0 0' program_faults_test --gtest_filter=*SystemCalls*Stamp
-//
-// or in a folder of one's own, with a debugger, by
-//
-//     KXTEST_FAULT='2 17 0 0' LD_PRELOAD=.../libprogram_faults.so kxutils stamp in
+// Each step of each command line of program_faults_rows.cpp fails once, and the program is killed
+// before each system call: tests/faults/README.md says what must hold then, and how to repeat one
+// run. program_faults.cpp, preloaded into the program, makes that happen.
 #include <gtest/gtest.h>
 #include <unistd.h>
 

@@ -11,7 +11,11 @@
 #include <cstdlib>
 #include <filesystem>
 #include <iostream>
+#include <random>
+#include <set>
+#include <string>
 
+#include "bytes.h"
 #include "descriptors.h"
 
 TEST(TempDir, IsRemovedWithItsContent) {
@@ -94,4 +98,26 @@ TEST(OpenDescriptors, ShowAnotherFileUnderTheSameNumber) {
     const auto during = kxtest::openDescriptors();
     close(fd);
     EXPECT_NE(during, before);
+}
+
+TEST(Bytes, AreTheSameAtEveryCallAndTheBeginningOfMore) {
+    const std::string bytes = kxtest::someBytes(1000);
+    EXPECT_EQ(bytes, kxtest::someBytes(1000));
+    EXPECT_EQ(bytes.substr(0, 100), kxtest::someBytes(100));
+    EXPECT_EQ(kxtest::someBytes(0), "");
+    EXPECT_GT(std::set<char>(bytes.begin(), bytes.end()).size(), 200U);
+}
+
+TEST(Bytes, AreOthersForEachUseOfAGenerator) {
+    std::mt19937 random(1), again(1);
+    const std::string bytes = kxtest::randomBytes(random, 100);
+    EXPECT_EQ(bytes.size(), 100U);
+    EXPECT_NE(bytes, kxtest::randomBytes(random, 100));
+    EXPECT_EQ(bytes, kxtest::randomBytes(again, 100));
+}
+
+TEST(Bytes, AreEveryOneOnceInOrder) {
+    const std::string bytes = kxtest::everyByte();
+    ASSERT_EQ(bytes.size(), 256U);
+    for (std::size_t i = 0; i < 256; ++i) EXPECT_EQ(static_cast<unsigned char>(bytes[i]), i);
 }

@@ -17,7 +17,7 @@ namespace kxtest {
 
 inline constexpr char canary = '\x5a';
 
-/// A text in which one of `oneIn` characters is "=" and one is of any kind.
+/// A text in which one in `oneIn` characters is "=", and just as many are arbitrary bytes.
 inline std::string randomText(std::mt19937& random, std::size_t n, unsigned int oneIn) {
     std::string text;
     while (text.size() < n) {

@@ -288,7 +288,7 @@ TEST(CpuidFields, BeforeAnyQueryRegistersAreAllOnesAndTheRestIsZero) {
     EXPECT_FALSE(fields.avx512);
 }
 
-// --- What the highest leaves keep from being read -----------------------------------------------
+// --- How the highest leaves limit the walk ------------------------------------------------------
 
 TEST(CpuidHighestLeaf, FillsItsOwnFieldsOnly) {
     const CpuidRegisters ones{~0U, ~0U, ~0U, ~0U};

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// What every implementation of CRC-32 is checked with.
+// The checks that every implementation of CRC-32 must pass.
 #pragma once
 
 #include <gtest/gtest.h>
@@ -23,7 +23,7 @@ inline std::uint32_t boostCrc(const std::string& bytes) {
     return crc.checksum();
 }
 
-/// `function` gives the same for `bytes` just before a guard page and, behind one, at any offset.
+/// Expects equal results for `bytes` just before a guard page and, at any offset, after one.
 inline void expectEverywhere(Crc32Function function, const std::string& bytes,
                              std::uint32_t previous, std::uint32_t expected) {
     static const Guarded memory(4096);

@@ -51,7 +51,7 @@ TEST(BoostCrcLanes, EveryLengthFromAnyStart) {
 }
 
 TEST(BoostCrcLanes, LongLengthsFromAnyStart) {
-    constexpr std::size_t most = 81920;  // what the lanes take at once
+    constexpr std::size_t most = 81920;  // the most that the lanes take at once
     const std::string all = kxtest::someBytes(3 * most);
     std::mt19937 random(2);
     const auto expectSame = [&](std::size_t n) {

@@ -24,7 +24,7 @@ using reference::checksumMark;
 
 namespace {
 
-// What is found in a file of these bytes, printing nothing on the way.
+// The findings in a file of these bytes; nothing must be printed meanwhile.
 Info inspect(const std::string& bytes, std::uint32_t offset) {
     const kxtest::TempDir dir;
     kxtest::Captured out(stdout), err(stderr);

@@ -19,7 +19,7 @@ namespace {
 
 using State = kxFile::ChecksumInfo::State;
 
-constexpr std::size_t block = 81920;  // what is read at once
+constexpr std::size_t block = 81920;  // the size that is read at once
 
 std::string stampedBytes(std::size_t size) {
     const std::string bytes = kxtest::someBytes(size);

@@ -30,8 +30,8 @@ using reference::fromBits, reference::fromStream, reference::sameBits, reference
 using std::string_literals::operator""s;
 
 // --- Decimal text -------------------------------------------------------------------------------
-// That the fast way is taken: where it gives up, the classes have the right answer all the same,
-// but late.
+// Checks that the fast way is taken. When it gives up, the classes still find the right answer, but
+// slowly.
 
 namespace {
 

@@ -1,7 +1,7 @@
 // SPDX-FileCopyrightText: 2026 The kxUtils authors
 // SPDX-License-Identifier: MIT
 
-// The units for macOS, compiled and run on any system with a stand-in for what they call there.
+// Tests the units for macOS on any system, with a stand-in for the calls that they make there.
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <mach-o/dyld.h>

@@ -26,8 +26,8 @@
 #include "kxtest.h"
 
 // --- Entering a directory -----------------------------------------------------------------------
-// What entering a directory would do, compared with doing it, in processes that may go where they
-// like.
+// Compares what entering a directory would do with actually entering it, in processes that may go
+// where they like.
 
 namespace {
 
@@ -281,11 +281,12 @@ TEST(EnteredDirectory, MayBeCalledDeleted) {
 TEST(ExecutablePath, IsThatOfTheRunningProgram) {
     const std::filesystem::path path = kx::detail::executablePath();
     EXPECT_EQ(path.stem(), "platform_internal_test");  // an emulator's program has an extension
-    // Read, not followed: that would lead to the emulator.
+    // The link is read, not followed, since it would lead to the emulator.
     EXPECT_TRUE(std::filesystem::equivalent(path, std::filesystem::read_symlink("/proc/self/exe")));
 }
 
-// A shell that is started without PATH has one of its own: so the commands of the machine count.
+// A shell that is started without PATH has its own default path, so the commands of the machine
+// count.
 TEST(Browser, IsWhatTheShellFindsWithoutPath) {
     const auto shell = kxtest::run({"/bin/sh", "-c",
                                     "o=$(command -v open) && "

@@ -59,7 +59,7 @@ std::string started(const std::string& tmp, const std::string& where = root) {
     return "Talo, installed in " + where + "\n" + processor() + "TALO_TMP_DIR = '" + tmp + "'\n";
 }
 
-// The checksum of a copy, and that of the copy after one byte of it was damaged.
+// The checksum of a copy, and the checksum after one byte of the copy has been damaged.
 std::string findings(std::string content) {
     std::string text = "  checksum   " + reference::crc32Digits(content) + "\n";
     if (content.empty()) return text;

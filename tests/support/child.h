@@ -19,7 +19,7 @@
 
 namespace kxtest {
 
-/// Runs `work` in a child process, which may change what it likes of itself, and returns the
+/// Runs `work` in a child process, where it may change anything about the process, and returns the
 /// child's answer.
 inline std::string inChild(const std::function<std::string()>& work) {
     int ends[2];
@@ -52,7 +52,7 @@ inline std::string inChild(const std::function<std::string()>& work) {
     return answer;
 }
 
-/// As inChild(), where the child is not the super-user, to whom the system refuses nothing.
+/// Like inChild(), but the child is not the super-user, to whom the system would refuse nothing.
 inline std::string asOrdinaryUser(const std::function<std::string()>& work) {
     return inChild([&]() -> std::string {
         constexpr unsigned nobody = 65534;

@@ -182,7 +182,7 @@ INSTANTIATE_TEST_SUITE_P(Ways, FindText,
 
 // --- Counting -----------------------------------------------------------------------------------
 
-// In blocks of sixteen, and each place of a block in a counter of its own that holds up to 127.
+// It works in blocks of sixteen; each place of a block has its own counter, which holds up to 127.
 TEST(CountByte, EqualsTheStandardLibrary) {
     std::string text;
     for (const std::size_t size :

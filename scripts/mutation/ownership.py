@@ -28,12 +28,13 @@ LAST = {"faults_test", "kxLog_processes_test", "kxLog_threads_test", "threads_te
 
 
 class Program:
-    """A test program: whether it links the object files, and the files that it is compiled from."""
+    """A test program: its folder, whether it links the object files, and the files that it is compiled from."""
 
-    def __init__(self, name, internal=False, sources=()):
+    def __init__(self, name, internal=False, sources=(), folder=""):
         self.name = name
         self.internal = internal
-        self.sources = [f"{name}.cpp", *sources]  # in tests/
+        self.folder = folder  # in tests/
+        self.sources = [f"{name}.cpp", *sources]  # in that folder
         self.units = []  # of the library, compiled into the program
 
 
@@ -178,13 +179,17 @@ class Tree:
         return own + sorted(reached.difference(own))
 
     def _find_programs(self):
-        names = sorted(os.path.splitext(file)[0] for file in os.listdir(self.tests) if file.endswith("_test.cpp"))
-        with open(os.path.join(self.tests, "CMakeLists.txt"), encoding="utf-8") as text:
-            programs = read_programs(text.read(), names)
         self._programs_for = {file: set() for file in self.sources}
-        for program in programs.values():
-            for file in self._tested_by(program):
-                self._programs_for[file].add(program.name)
+        for folder, _, files in os.walk(self.tests):
+            if "CMakeLists.txt" not in files:
+                continue
+            names = sorted(os.path.splitext(file)[0] for file in files if file.endswith("_test.cpp"))
+            with open(os.path.join(folder, "CMakeLists.txt"), encoding="utf-8") as text:
+                programs = read_programs(text.read(), names)
+            for program in programs.values():
+                program.folder = os.path.relpath(folder, self.tests)
+                for file in self._tested_by(program):
+                    self._programs_for[file].add(program.name)
 
     def _tested_by(self, program):
         def is_named_after(name):
@@ -210,7 +215,8 @@ class Tree:
 
     def _included_by_test(self, program):
         """What of the library a program's sources include, and the headers in tests/ that they include."""
-        library, seen, waiting = set(), set(), list(program.sources)
+        library, seen = set(), set()
+        waiting = [os.path.normpath(os.path.join(program.folder, file)) for file in program.sources]
         helpers = [os.path.relpath(os.path.join(folder, name), self.tests)
                    for folder, _, names in os.walk(self.tests) for name in names if name.endswith(".h")]
         while waiting:

@@ -83,13 +83,17 @@ TEST_F(LogEnd, ThreadsMayLogUntilTheProcessHasEnded) {
         const Outcome outcome = probe("threads");
         ASSERT_EQ(outcome.exitCode, 0) << outcome.err.substr(0, 5000);
         ASSERT_EQ(outcome.signal, 0);
-        std::string lines = slurp(path);
+        const std::string lines = slurp(path);
         ASSERT_FALSE(lines.empty());
-        for (std::size_t at = 0; at < lines.size();) {
-            const std::string line = lines.substr(at, lines.find('\n', at) + 1 - at);
-            ASSERT_TRUE(line == "a line of an info\n" || line == "a line of an error\n") << line;
-            at += line.size();
+        const std::string info = "a line of an info\n", error = "a line of an error\n";
+        std::size_t at = 0;
+        for (std::size_t end = 0; (end = lines.find('\n', at)) != std::string::npos; at = end + 1) {
+            const std::string line = lines.substr(at, end + 1 - at);
+            ASSERT_TRUE(line == info || line == error) << line;
         }
+        // The system may cut the last line: it ends a thread in the middle of a write.
+        const std::string last = lines.substr(at);
+        ASSERT_TRUE(info.rfind(last, 0) == 0 || error.rfind(last, 0) == 0) << last;
         // Nothing was written to a file of another name.
         ASSERT_LE(kxtest::list(dir.path()).size(), 2U);
     }

@@ -40,8 +40,8 @@ NamedFile::~NamedFile() {
     if (_copy) std::fclose(_copy);
 }
 
-kxFile::ChecksumInfo findFooter(const NamedFile& file, std::uint32_t offset,
-                                const kxFile::Progress& progress) {
+kxFile::ChecksumInfo findChecksum(const NamedFile& file, std::uint32_t offset,
+                                  const kxFile::Progress& progress) {
     kxFile::ChecksumInfo info = kxFile::findChecksum(file.path(), offset, progress);
     if (info.error != 0) throw Failure(Status::unreadable, std::strerror(info.error));
     if (hasFooter(info) && info.covered < info.footerAt - offset)

@@ -31,8 +31,8 @@ private:
 
 /// Calls kxFile::findChecksum. Throws a Failure with Status::unreadable if the file cannot be read
 /// to its end or is not a regular file.
-kxFile::ChecksumInfo findFooter(const NamedFile& file, std::uint32_t offset,
-                                const kxFile::Progress& progress);
+kxFile::ChecksumInfo findChecksum(const NamedFile& file, std::uint32_t offset,
+                                  const kxFile::Progress& progress);
 
 bool hasFooter(const kxFile::ChecksumInfo& info);
 

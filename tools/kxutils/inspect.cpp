@@ -36,7 +36,7 @@ void inspect(const std::string& name, const Options& options, Session& session, 
     const std::uint64_t size = *input.remaining();
     session.progress.expect(size);
     const auto info =
-        findFooter(file, options.offset, [&](std::uint64_t bytes) { session.advance(bytes); });
+        findChecksum(file, options.offset, [&](std::uint64_t bytes) { session.advance(bytes); });
     const std::string identifier = identifierOf(input, size);
     item.status = statusOf(info);
 

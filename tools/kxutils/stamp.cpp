@@ -45,7 +45,7 @@ void copyToOutput(const std::string& path, Session& session) {
 void stamp(const std::string& name, const Options& options, Session& session, Item& item) {
     const NamedFile file(name);
     const auto info =
-        findFooter(file, options.offset, [&](std::uint64_t bytes) { session.advance(bytes); });
+        findChecksum(file, options.offset, [&](std::uint64_t bytes) { session.advance(bytes); });
     if (hasFooter(info) && !options.isForced)
         throw Failure(Status::bad, "has a checksum footer already");
     const std::uint32_t checksum = checksumBehind(file.path(), options.offset, session);

@@ -166,7 +166,7 @@ struct Stopped {};
 Item check(const Candidate& candidate, std::uint32_t offset, const kxFile::Progress& progress) {
     return makeItem(candidate.path, [&](Item& item) {
         if (!candidate.error.empty()) throw Failure(Status::unreadable, candidate.error);
-        const kxFile::ChecksumInfo info = findFooter(NamedFile(candidate.path), offset, progress);
+        const kxFile::ChecksumInfo info = findChecksum(NamedFile(candidate.path), offset, progress);
         item.status = statusOf(info);
         setValues(item.fields, info);
     });

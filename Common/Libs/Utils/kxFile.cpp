@@ -598,7 +598,7 @@ kxFile::ChecksumInfo kxFile::findChecksum(const std::string& path, std::uint32_t
                                           const Progress& progress) {
     ChecksumInfo info;
     const FileHandle file(openUnbuffered(path.c_str(), "rbe"));
-    if (file) kx::detail::findFooter(file.get(), offset, progress, info);
+    if (file) kx::detail::findChecksum(file.get(), offset, progress, info);
     if (!file || std::ferror(file.get()) != 0) info.error = errno;
     return info;
 }

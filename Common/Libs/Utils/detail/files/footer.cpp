@@ -79,8 +79,8 @@ std::string checksumFooter(std::uint32_t checksum) {
     return std::string(checksumMark) + checksumDigits(checksum);
 }
 
-void findFooter(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
-                kxFile::ChecksumInfo& info) {
+void findChecksum(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
+                  kxFile::ChecksumInfo& info) {
     using State = kxFile::ChecksumInfo::State;
     info.state = State::noFooter;
     const off_t size = sizeOf(file);

@@ -37,7 +37,7 @@ std::string checksumFooter(std::uint32_t checksum);
 
 /// Does the work of kxFile::findChecksum for an open file: takes a newly made `info` and fills in
 /// what follows from the file's content. If a read fails, errno is the error of that read.
-void findFooter(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
-                kxFile::ChecksumInfo& info);
+void findChecksum(std::FILE* file, std::uint32_t offset, const kxFile::Progress& progress,
+                  kxFile::ChecksumInfo& info);
 
 }  // namespace kx::detail

@@ -87,8 +87,9 @@ TEST_F(LogEnd, ThreadsMayLogUntilTheProcessHasEnded) {
         ASSERT_FALSE(lines.empty());
         const std::string info = "a line of an info\n", error = "a line of an error\n";
         std::size_t at = 0;
-        for (std::size_t end = 0; (end = lines.find('\n', at)) != std::string::npos; at = end + 1) {
-            const std::string line = lines.substr(at, end + 1 - at);
+        for (std::size_t next = 0; (next = lines.find('\n', at)) != std::string::npos;
+             at = next + 1) {
+            const std::string line = lines.substr(at, next + 1 - at);
             ASSERT_TRUE(line == info || line == error) << line;
         }
         // The system may cut the last line: it ends a thread in the middle of a write.

@@ -830,6 +830,7 @@ TEST_F(TaloFaults, OfMemoryEndItWithAMessage) {
         if (outcome.exitCode == 0) {
             EXPECT_EQ(outcome.out, clean) << number;
             EXPECT_EQ(kxtest::slurp(target), copied) << number;
+            makeOldCopy();
             continue;
         }
         EXPECT_EQ(outcome.exitCode, 1) << number << outcome.err;

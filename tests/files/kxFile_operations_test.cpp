@@ -35,7 +35,9 @@ static std::function<int(const std::string&, mode_t)> theMkdir;
 
 static std::function<ssize_t(int, void*, std::size_t)> theRead;
 
-extern "C" ssize_t read(int file, void* buffer, std::size_t size) {
+// By its symbol, since the headers of a hardened build define a function of the name itself.
+extern "C" ssize_t replacedRead(int file, void* buffer, std::size_t size) __asm__("read");
+extern "C" ssize_t replacedRead(int file, void* buffer, std::size_t size) {
     const iovec whole{buffer, size};
     return theRead ? theRead(file, buffer, size) : readv(file, &whole, 1);
 }

@@ -278,10 +278,12 @@ TEST_F(Tool, LogNoticesAHeadThatIsLost) {
     std::filesystem::remove(dir.file("f"));
     // The limit must not apply to what the test reads, and it leaves no room for messages held
     // back.
+    // ThreadSanitizer meets the limit before the program can ignore the signal.
+    const std::string ignore = kxtest::underSanitizer() ? "trap '' XFSZ; " : "";
     for (const std::string format : {"html", "csv"}) {
-        expectRun(
-            shell("(ulimit -f 0; \"$K\" log --file f --format " + format + " 2>&1; echo $?) | cat"),
-            0, "kxutils: -: the head of the log was not written\n3\n", "");
+        expectRun(shell("(" + ignore + "ulimit -f 0; \"$K\" log --file f --format " + format +
+                        " 2>&1; echo $?) | cat"),
+                  0, "kxutils: -: the head of the log was not written\n3\n", "");
         std::filesystem::remove(dir.file("f"));
     }
 }

@@ -3,6 +3,8 @@
 
 #include "program_faults_rows.h"
 
+#include <unistd.h>
+
 #include <algorithm>
 #include <cstdint>
 #include <ctime>
@@ -57,6 +59,10 @@ Row withTree(const Row& row) {
         .with("tree/below/c", stamped(few))
         .with("tree/below/d", stamped(some));
 }
+
+// Where the user database cannot be read, some systems make up a home for "nobody", which is not
+// the one in the database.
+const std::string homeOfKnownUser = geteuid() == 0 ? "~/x" : "~root/x";
 
 }  // namespace
 
@@ -118,7 +124,7 @@ const std::vector<Row> rows = {
 
     kxutils("PathName", {"path", "name", "/a/b.obj", "c"}),
     kxutils("PathRelative", {"path", "rel", "/a/b.obj"}).failingWith({1, 3, 5}),
-    kxutils("PathExpand", {"path", "expand", "~/x", "$HOME/y"}).failingWith({1, 3, 5}),
+    kxutils("PathExpand", {"path", "expand", homeOfKnownUser, "$HOME/y"}).failingWith({1, 3, 5}),
 
     kxutils("Selftest", {"selftest"}),
 

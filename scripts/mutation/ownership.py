@@ -66,13 +66,13 @@ class Tree:
 
     def __init__(self, root):
         self.root = root
-        self.library = os.path.join(root, UTILS)
+        self.utils = os.path.join(root, UTILS)
         self.tests = os.path.join(root, "tests")
-        found = sorted(os.path.relpath(os.path.join(folder, name), self.library)
-                       for folder, _, names in os.walk(self.library) for name in names
+        found = sorted(os.path.relpath(os.path.join(folder, name), self.utils)
+                       for folder, _, names in os.walk(self.utils) for name in names
                        if name.endswith((".cpp", ".h")))
         self.sources = [file for file in found if not FAULTLESS.search(file)]
-        self.includes = {file: self._included(os.path.join(self.library, file), self.library, self.sources)
+        self.includes = {file: self._included(os.path.join(self.utils, file), self.utils, self.sources)
                          for file in self.sources}
         self.class_names = [os.path.splitext(file)[0] for file in self.sources if re.fullmatch(r"\w+\.cpp", file)]
         self.rooms = sorted({os.path.dirname(re.match("detail/[^/]+/?", file).group())
@@ -82,7 +82,7 @@ class Tree:
         self._find_programs()
 
     def read(self, file):
-        with open(os.path.join(self.library, file), encoding="utf-8") as source:
+        with open(os.path.join(self.utils, file), encoding="utf-8") as source:
             return source.read()
 
     def owners(self, file):
@@ -121,7 +121,7 @@ class Tree:
         """How wide a name is, and what it stands for."""
         if name in self.class_names:
             return 2, [file for file in self.classes[name] if self.owners(file)[0] == name]
-        file = os.path.relpath(os.path.realpath(name), self.library) if os.path.exists(name) else name.rstrip("/")
+        file = os.path.relpath(os.path.realpath(name), self.utils) if os.path.exists(name) else name.rstrip("/")
         if file in self.sources:
             return 0, [file]
         inside = [source for source in self.sources if source.startswith(file + "/")]
@@ -225,6 +225,6 @@ class Tree:
             if file in seen or not os.path.exists(path):
                 continue
             seen.add(file)
-            library |= self._included(path, self.library, self.sources)
+            library |= self._included(path, self.utils, self.sources)
             waiting += self._included(path, self.tests, helpers, ("", "support"))
         return library

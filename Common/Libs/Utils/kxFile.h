@@ -373,7 +373,7 @@ public:
         enum class State {
             notOpened,        ///< the path is empty or the file cannot be opened for reading
             noFooter,         ///< no checksum footer, nor a meta footer that leads to one
-            badMetaDistance,  ///< a meta footer whose number has no hexadecimal digit
+            badMetaDistance,  ///< a meta footer whose number starts with no hexadecimal digit
             correct,          ///< a footer that matches the data
             incorrect         ///< a footer that does not match the data
         };

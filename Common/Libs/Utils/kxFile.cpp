@@ -22,6 +22,7 @@
 #include "detail/files/footer.h"
 #include "detail/files/handle.h"
 #include "detail/files/make_path.h"
+#include "detail/files/same_file.h"
 #include "detail/files/temporary_name.h"
 #include "detail/paths/expand.h"
 #include "detail/paths/relative.h"
@@ -266,8 +267,8 @@ void withdraw(int file, const std::string& place) {
     struct stat ours {
     }, there{};
     const bool isTaken =
-        fstat(file, &ours) == 0 &&
-        (ours.st_size != 0 || (lstat(place.c_str(), &there) == 0 && there.st_ino != ours.st_ino));
+        fstat(file, &ours) == 0 && (ours.st_size != 0 || (lstat(place.c_str(), &there) == 0 &&
+                                                          !kx::detail::isSameFile(there, ours)));
     if (!isTaken) unlink(place.c_str());
     close(file);
 }
